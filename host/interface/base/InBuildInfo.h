@@ -1,0 +1,34 @@
+#pragma once
+
+#include "base/OPtr.h"
+
+#include <memory>
+#include <vector>
+
+/// Which build a library is.
+class InBuildInfo {
+public:
+    virtual ~InBuildInfo() = default;
+
+    virtual char const* getProductLine() const = 0;
+    virtual char const* getLibraryName() const = 0;
+    virtual char const* getYear() const = 0;
+    virtual char const* getVersion() const = 0;
+    virtual char const* getReleaseStage() const = 0;
+    virtual int getMajorVersion() const = 0;
+    virtual int getMinorVersion() const = 0;
+    virtual int getReleaseCode() const = 0;
+    virtual char const* getBuildNumber() const = 0;
+    virtual char const* getBuildDate() const = 0;
+    virtual char const* getConfiguration() const = 0;
+};
+
+/// The builds that libraries have registered. User-interface thread.
+class InBuildInfoUtil {
+public:
+    static void registerInfo(OPtr<InBuildInfo> info);
+    static std::vector<std::unique_ptr<InBuildInfo>> const& getInfos();
+
+    /// Lets all of them go: before the libraries that they come from are unloaded.
+    static void clear();
+};

@@ -1,0 +1,117 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <typeinfo>
+#include <utility>
+#include <vector>
+
+class InVariableBase;
+
+/// A package of code that the host starts and shuts down in the order of dependencies. One global
+/// object per package; its construction at load announces it. User-interface thread.
+class InPackageInit {
+public:
+    explicit InPackageInit(std::string packageName);
+    InPackageInit(InPackageInit const&) = delete;
+    InPackageInit& operator=(InPackageInit const&) = delete;
+
+    /// Takes the package out of the registry.
+    virtual ~InPackageInit();
+
+    /// Dependencies on single variables: our host has no such variables and ignores them.
+    virtual void addDependency(InVariableBase* variable);
+    virtual void removeDependency(InVariableBase* variable);
+
+    virtual std::string getName() const { return name; }
+
+    /// Before and after the dependencies are started. Our host starts packages one by one and calls
+    /// both just before startUp.
+    virtual void beforeDependencies();
+    virtual void afterDependencies();
+
+    virtual void startUp();
+    virtual void shutDown();
+
+    /// Whether the process has a user in front of it; called once before startUp.
+    virtual void setInteractive(bool interactive);
+
+    /// Announces the package to the host. Throws the assertion failure for a name that is taken.
+    void registerPackage();
+
+    /// The package with that type record is started before this one.
+    void addDependency(std::type_info const* packageType);
+
+    std::vector<std::type_info const*> const& getDependencies() const { return dependencies; }
+
+private:
+    std::string name;
+    std::vector<std::type_info const*> dependencies;
+};
+
+/// A package known by its tag type.
+template <typename Tag>
+class InInit : public InPackageInit {
+public:
+    /// Announces the package.
+    explicit InInit(std::string packageName);
+
+    static std::type_info const& getType();
+};
+
+template <typename Tag>
+InInit<Tag>::InInit(std::string packageName) : InPackageInit(std::move(packageName))
+{
+    registerPackage();
+}
+
+template <typename Tag>
+std::type_info const& InInit<Tag>::getType()
+{
+    return typeid(InInit);
+}
+
+/// Tags of the host's own packages.
+namespace VxInit {
+struct base;
+struct primitives;
+struct pluginAPI;
+struct internalAPI;
+struct framework;
+struct resmgt;
+} // namespace VxInit
+
+// Each lies in the library of its name: whoever depends on the package needs the library.
+extern template class InInit<VxInit::base>;
+extern template class InInit<VxInit::primitives>;
+extern template class InInit<VxInit::pluginAPI>;
+extern template class InInit<VxInit::internalAPI>;
+extern template class InInit<VxInit::framework>;
+extern template class InInit<VxInit::resmgt>;
+
+/// All packages of the process, in the order of their registration.
+class InPackageRegistry {
+public:
+    static InPackageRegistry& getInstance();
+
+    /// Starts every package that is not running, dependencies first. Throws the assertion failure
+    /// for a missing dependency or a cycle, and what a package's start-up throws; packages started
+    /// before that keep running.
+    void startPackages(bool interactive);
+
+    /// Shuts the running packages down, last started first.
+    void shutDownPackages();
+
+    /// The package of that name; null when there is none.
+    InPackageInit* find(std::string const& packageName) const;
+    bool isRunning(InPackageInit const& package) const;
+    std::size_t getNbPackages() const { return packages.size(); }
+
+private:
+    friend class InPackageInit;
+
+    void start(InPackageInit& package, bool interactive, std::vector<InPackageInit*>& underWay);
+
+    std::vector<InPackageInit*> packages;
+    std::vector<InPackageInit*> running; // in the order of their start
+};

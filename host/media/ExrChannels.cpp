@@ -1,0 +1,263 @@
+// Which channels of an EXR file are its colour, and where the samples of the others go.
+
+#include "media/ExrChannels.h"
+
+#include "media/ErrorText.h"
+
+#include <ImfFrameBuffer.h>
+#include <ImfStringVectorAttribute.h>
+#include <algorithm>
+#include <cstdint>
+#include <set>
+
+namespace {
+
+constexpr char const* luminanceName = "Y";
+constexpr std::array<char const*, 2> chromaNames = {"RY", "BY"};
+
+std::string prefixOf(std::string const& layer)
+{
+    return layer.empty() ? "" : layer + ".";
+}
+
+Imf::Channel const* find(Imf::ChannelList const& channels, std::string const& name)
+{
+    return channels.findChannel(name);
+}
+
+bool hasColour(Imf::ChannelList const& channels, std::string const& prefix)
+{
+    return find(channels, prefix + luminanceName) != nullptr ||
+           std::any_of(exrColourNames.begin(), exrColourNames.end(), [&](char const* name) {
+               return find(channels, prefix + name) != nullptr;
+           });
+}
+
+std::vector<std::string> layersWithColour(Imf::ChannelList const& channels)
+{
+    std::set<std::string> layers;
+    for (auto channel = channels.begin(); channel != channels.end(); ++channel) {
+        std::string const name = channel.name();
+        auto const dot = name.rfind('.');
+        if (dot != std::string::npos && hasColour(channels, name.substr(0, dot + 1))) {
+            layers.insert(name.substr(0, dot));
+        }
+    }
+    return {layers.begin(), layers.end()};
+}
+
+std::vector<std::string> allNames(Imf::ChannelList const& channels)
+{
+    std::vector<std::string> names;
+    for (auto channel = channels.begin(); channel != channels.end(); ++channel) {
+        names.emplace_back(channel.name());
+    }
+    return names;
+}
+
+/// The first of a file's views has its channels without the view's name.
+bool isFirstView(Imf::Header const& header, std::string const& layer)
+{
+    auto const* const views = header.findTypedAttribute<Imf::StringVectorAttribute>("multiView");
+    return views != nullptr && !views->value().empty() && views->value().front() == layer;
+}
+
+std::string chooseLayer(Imf::Header const& header, std::string const& wanted,
+                        std::filesystem::path const& file)
+{
+    Imf::ChannelList const& channels = header.channels();
+    bool const isOwn = wanted.empty() || isFirstView(header, wanted);
+    std::string const layer = isOwn ? "" : wanted;
+    std::string const prefix = prefixOf(layer);
+    if (hasColour(channels, prefix)) {
+        return layer;
+    }
+    std::vector<std::string> const layers = layersWithColour(channels);
+    bool const hasAlpha = find(channels, prefix + exrAlphaName) != nullptr;
+    if (!isOwn && !hasAlpha) {
+        throwReadError(ImageFailure::Request, file,
+                       "it has no layer " + quoteName(wanted) + " with colour; " +
+                           (layers.empty() ? "it has no layers with colour at all"
+                                           : "there are " + quoteList(layers)));
+    }
+    if (isOwn && layers.size() == 1) {
+        return layers.front();
+    }
+    if (isOwn && layers.size() > 1) {
+        throwReadError(ImageFailure::Request, file,
+                       "only its layers have colour; choose one of " + quoteList(layers));
+    }
+    if (!hasAlpha) {
+        throwReadError(ImageFailure::File, file,
+                       "it has no channels of colour; its channels are " +
+                           quoteList(allNames(channels)));
+    }
+    return layer;
+}
+
+ExrColourKind findKind(Imf::ChannelList const& channels, std::string const& prefix)
+{
+    bool const hasRgb =
+        std::any_of(exrColourNames.begin(), exrColourNames.end(),
+                    [&](char const* name) { return find(channels, prefix + name) != nullptr; });
+    if (hasRgb) {
+        return ExrColourKind::Rgb;
+    }
+    if (find(channels, prefix + luminanceName) == nullptr) {
+        return ExrColourKind::AlphaOnly;
+    }
+    Imf::Channel const* const red = find(channels, prefix + chromaNames[0]);
+    Imf::Channel const* const blue = find(channels, prefix + chromaNames[1]);
+    if (red == nullptr || blue == nullptr) {
+        return ExrColourKind::Luminance;
+    }
+    return red->xSampling == 1 && red->ySampling == 1 ? ExrColourKind::FullLumaChroma
+                                                      : ExrColourKind::SubsampledLumaChroma;
+}
+
+bool isChroma(std::string const& name, ExrColour const& colour)
+{
+    return name == colour.prefix + chromaNames[0] || name == colour.prefix + chromaNames[1];
+}
+
+bool isColour(std::string const& name, ExrColour const& colour)
+{
+    if (name == colour.prefix + exrAlphaName) {
+        return true;
+    }
+    switch (colour.kind) {
+    case ExrColourKind::Rgb:
+        return std::any_of(exrColourNames.begin(), exrColourNames.end(),
+                           [&](char const* letter) { return name == colour.prefix + letter; });
+    case ExrColourKind::Luminance:
+        return name == colour.prefix + luminanceName;
+    case ExrColourKind::SubsampledLumaChroma:
+    case ExrColourKind::FullLumaChroma:
+        return name == colour.prefix + luminanceName || isChroma(name, colour);
+    case ExrColourKind::AlphaOnly:
+        return false;
+    }
+    return false;
+}
+
+void checkColourChannel(std::string const& name, Imf::Channel const& channel,
+                        ExrColour const& colour, std::filesystem::path const& file)
+{
+    if (channel.type == Imf::UINT) {
+        throwReadError(ImageFailure::File, file,
+                       "its channel " + quoteName(name) +
+                           " holds whole numbers; only half and float can be processed");
+    }
+    int const sampling =
+        colour.kind == ExrColourKind::SubsampledLumaChroma && isChroma(name, colour) ? 2 : 1;
+    if (channel.xSampling != sampling || channel.ySampling != sampling) {
+        throwReadError(ImageFailure::File, file,
+                       "its channel " + quoteName(name) +
+                           " is sub-sampled in a way that cannot be processed");
+    }
+}
+
+/// Samples at multiples of `sampling` from `begin` up to, not including, `end`. The quotients are
+/// rounded up for negative coordinates too.
+std::int64_t countSamples(int begin, int end, int sampling)
+{
+    auto const divideUp = [](std::int64_t value, std::int64_t divisor) {
+        return value > 0 ? (value + divisor - 1) / divisor : -(-value / divisor);
+    };
+    return divideUp(end, sampling) - divideUp(begin, sampling);
+}
+
+std::size_t sampleBytesOf(Imf::PixelType type)
+{
+    return type == Imf::HALF ? 2 : 4;
+}
+
+} // namespace
+
+ExrColour chooseExrColour(Imf::Header const& header, std::string const& layer,
+                          std::filesystem::path const& file)
+{
+    Imf::ChannelList const& channels = header.channels();
+    ExrColour colour;
+    colour.layer = chooseLayer(header, layer, file);
+    colour.prefix = prefixOf(colour.layer);
+    colour.kind = findKind(channels, colour.prefix);
+    colour.hasAlpha = find(channels, colour.prefix + exrAlphaName) != nullptr;
+    for (std::size_t component = 0; component < exrColourNames.size(); ++component) {
+        colour.isPresent[component] =
+            find(channels, colour.prefix + exrColourNames[component]) != nullptr;
+    }
+    for (auto channel = channels.begin(); channel != channels.end(); ++channel) {
+        if (isColour(channel.name(), colour)) {
+            checkColourChannel(channel.name(), channel.channel(), colour, file);
+            if (channel.channel().type == Imf::FLOAT) {
+                colour.type = Imf::FLOAT;
+            }
+        }
+    }
+    return colour;
+}
+
+std::vector<ExrFurtherChannel> findFurtherChannels(Imf::ChannelList const& channels,
+                                                   ExrColour const& colour)
+{
+    std::vector<ExrFurtherChannel> further;
+    for (auto channel = channels.begin(); channel != channels.end(); ++channel) {
+        if (!isColour(channel.name(), colour)) {
+            Imf::Channel const& kept = channel.channel();
+            further.push_back({channel.name(), kept.type, kept.xSampling, kept.ySampling});
+        }
+    }
+    return further;
+}
+
+IxPixelFormat::Components componentsOf(ExrColour const& colour)
+{
+    if (colour.kind == ExrColourKind::AlphaOnly) {
+        return IxPixelFormat::ALPHA;
+    }
+    return colour.hasAlpha ? IxPixelFormat::RGBA : IxPixelFormat::RGB;
+}
+
+std::size_t furtherBytesOf(std::vector<ExrFurtherChannel> const& channels,
+                           GeRectangle<int> const& bounds)
+{
+    std::size_t bytes = 0;
+    for (ExrFurtherChannel const& channel : channels) {
+        bytes += static_cast<std::size_t>(countSamples(bounds.x0, bounds.x1, channel.xSampling)) *
+                 static_cast<std::size_t>(countSamples(bounds.y0, bounds.y1, channel.ySampling)) *
+                 sampleBytesOf(channel.type);
+    }
+    return bytes;
+}
+
+void insertFurtherChannels(Imf::FrameBuffer& frame, std::vector<ExrFurtherChannel> const& channels,
+                           GeRectangle<int> const& bounds, std::byte* memory)
+{
+    for (ExrFurtherChannel const& channel : channels) {
+        std::size_t const pixelBytes = sampleBytesOf(channel.type);
+        std::size_t const rowBytes =
+            pixelBytes *
+            static_cast<std::size_t>(countSamples(bounds.x0, bounds.x1, channel.xSampling));
+        insertSamples(frame, channel.name,
+                      {channel.type, memory, pixelBytes, rowBytes, channel.xSampling,
+                       channel.ySampling},
+                      bounds);
+        memory += rowBytes *
+                  static_cast<std::size_t>(countSamples(bounds.y0, bounds.y1, channel.ySampling));
+    }
+}
+
+void insertSamples(Imf::FrameBuffer& frame, std::string const& name, ExrSamples const& samples,
+                   GeRectangle<int> const& bounds)
+{
+    // The library counts from the sample at pixel (0, 0), which need not lie in any memory of ours:
+    // the address is formed as a number.
+    auto const left = countSamples(0, bounds.x0, samples.xSampling);
+    auto const top = countSamples(0, bounds.y0, samples.ySampling);
+    auto const origin = reinterpret_cast<std::uintptr_t>(samples.first) -
+                        static_cast<std::uintptr_t>(left) * samples.pixelBytes -
+                        static_cast<std::uintptr_t>(top) * samples.rowBytes;
+    frame.insert(name, Imf::Slice(samples.type, reinterpret_cast<char*>(origin), samples.pixelBytes,
+                                  samples.rowBytes, samples.xSampling, samples.ySampling));
+}

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "pluginAPI/IxPixelFormat.h"
+#include "primitives/GeRectangle.h"
+
+#include <ImfChannelList.h>
+#include <ImfForward.h>
+#include <ImfHeader.h>
+#include <ImfPixelType.h>
+#include <array>
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+/// What a file's colour consists of.
+enum class ExrColourKind {
+    Rgb,                  ///< one to three of R, G, B
+    Luminance,            ///< Y alone
+    SubsampledLumaChroma, ///< Y, and RY and BY at every second pixel of every second row
+    FullLumaChroma,       ///< Y, RY and BY at every pixel
+    AlphaOnly,
+};
+
+/// The channels that become a tile's pixels.
+struct ExrColour {
+    ExrColourKind kind = ExrColourKind::Rgb;
+    std::string layer;                ///< "" for the file's own
+    std::string prefix;               ///< of channel names: "" or the layer and a dot
+    std::array<bool, 3> isPresent{};  ///< which of R, G, B the file has (Rgb only)
+    bool hasAlpha = false;
+    Imf::PixelType type = Imf::HALF;  ///< the widest of them
+};
+
+/// A channel that is copied as it is.
+struct ExrFurtherChannel {
+    std::string name;
+    Imf::PixelType type = Imf::HALF;
+    int xSampling = 1;
+    int ySampling = 1;
+};
+
+/// Names of the channels R, G, B without layer, in the order of a tile's components.
+inline constexpr std::array<char const*, 3> exrColourNames = {"R", "G", "B"};
+inline constexpr char const* exrAlphaName = "A";
+
+/// Finds the colour of `layer`, or for "" the file's own or that of its only layer. Throws
+/// ImageFileError where there is none, several, or a kind that cannot be processed.
+ExrColour chooseExrColour(Imf::Header const& header, std::string const& layer,
+                          std::filesystem::path const& file);
+
+/// All channels that are not part of `colour`, in the file's order.
+std::vector<ExrFurtherChannel> findFurtherChannels(Imf::ChannelList const& channels,
+                                                   ExrColour const& colour);
+
+/// Components of the tiles that hold `colour`.
+IxPixelFormat::Components componentsOf(ExrColour const& colour);
+
+/// Bytes that the samples of `channels` within `bounds` take: channel after channel, each row after
+/// row without gaps.
+std::size_t furtherBytesOf(std::vector<ExrFurtherChannel> const& channels,
+                           GeRectangle<int> const& bounds);
+
+/// Lets `frame` read or write `channels` within `bounds` at `memory`, laid out as above.
+void insertFurtherChannels(Imf::FrameBuffer& frame, std::vector<ExrFurtherChannel> const& channels,
+                           GeRectangle<int> const& bounds, std::byte* memory);
+
+/// Where a channel's samples lie: the first at `first`, belonging to the first sampled pixel of
+/// `bounds`.
+struct ExrSamples {
+    Imf::PixelType type = Imf::HALF;
+    std::byte* first = nullptr;
+    std::size_t pixelBytes = 0; ///< from one sample to the next in a row
+    std::size_t rowBytes = 0;   ///< from one sampled row to the next
+    int xSampling = 1;
+    int ySampling = 1;
+};
+void insertSamples(Imf::FrameBuffer& frame, std::string const& name, ExrSamples const& samples,
+                   GeRectangle<int> const& bounds);

@@ -1,0 +1,257 @@
+// Reads headers with distrust: a damaged file must not make the library take memory or time that
+// the file's own size cannot justify.
+
+#include "media/ExrHeader.h"
+
+#include "media/ErrorText.h"
+
+#include <Iex.h>
+#include <ImathBox.h>
+#include <ImfChannelList.h>
+#include <ImfPartType.h>
+#include <ImfVersion.h>
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <string>
+
+namespace {
+
+constexpr std::uint64_t headerStart = 8;                // magic number and version
+constexpr std::size_t longestName = 255;                // bytes, of attributes and their types
+constexpr int longestAttribute = 256 << 20;             // bytes; previews and manifests are far less
+constexpr std::uint64_t mostBlockBytes = 1ULL << 30;    // decoded, of one block of rows or one tile
+constexpr std::uint64_t chunkTableEntryBytes = 8;
+constexpr std::int64_t farthestPixel = std::numeric_limits<int>::max() / 2;
+
+/// What the first bytes and a walk over the attributes tell.
+struct HeaderOutline {
+    int version = 0;
+    int parts = 0;
+};
+
+[[noreturn]] void throwDamaged(std::filesystem::path const& file, std::string const& what)
+{
+    throwReadError(ImageFailure::File, file, "the file is damaged (" + what + ")");
+}
+
+[[noreturn]] void throwDeep(std::filesystem::path const& file)
+{
+    throwReadError(ImageFailure::File, file,
+                   "it holds deep data, which has no plain pixels; flatten it first");
+}
+
+int readInt(CheckedInput& stream)
+{
+    std::array<char, 4> bytes{};
+    stream.read(bytes.data(), static_cast<int>(bytes.size()));
+    std::uint32_t value = 0;
+    for (std::size_t index = bytes.size(); index-- > 0;) {
+        value = value << 8U | static_cast<unsigned char>(bytes[index]);
+    }
+    return static_cast<int>(value);
+}
+
+std::string readName(CheckedInput& stream)
+{
+    std::string name;
+    for (char letter = 0; stream.read(&letter, 1), letter != 0;) {
+        name += letter;
+        if (name.size() > longestName) {
+            throw Iex::InputExc("a name in the header does not end");
+        }
+    }
+    return name;
+}
+
+/// Steps over one header. Returns false for the empty one that ends the headers of many parts.
+bool walkAttributes(CheckedInput& stream)
+{
+    bool hasAttributes = false;
+    while (!readName(stream).empty()) {
+        hasAttributes = true;
+        readName(stream); // the type
+        int const size = readInt(stream);
+        std::uint64_t const left = stream.getSize() - stream.tellg();
+        if (size < 0 || size > longestAttribute || static_cast<std::uint64_t>(size) > left) {
+            throw Iex::InputExc("an attribute announces an impossible size");
+        }
+        stream.seekg(stream.tellg() + static_cast<std::uint64_t>(size));
+    }
+    return hasAttributes;
+}
+
+HeaderOutline outlineHeader(CheckedInput& stream)
+{
+    HeaderOutline outline;
+    stream.seekg(0);
+    if (readInt(stream) != Imf::MAGIC) {
+        throw Iex::InputExc("it does not begin as an EXR file does");
+    }
+    outline.version = readInt(stream);
+    if (!Imf::isMultiPart(outline.version)) {
+        outline.parts = walkAttributes(stream) ? 1 : 0;
+        return outline;
+    }
+    while (walkAttributes(stream)) {
+        ++outline.parts;
+    }
+    return outline;
+}
+
+void checkKind(HeaderOutline const& outline, std::filesystem::path const& file)
+{
+    if (Imf::getVersion(outline.version) != Imf::EXR_VERSION ||
+        !Imf::supportsFlags(Imf::getFlags(outline.version))) {
+        throwReadError(ImageFailure::File, file,
+                       "it is damaged or of a version of EXR that is not known here");
+    }
+    if (outline.parts == 0) {
+        throwDamaged(file, "its header is empty");
+    }
+    if (outline.parts > 1) {
+        throwReadError(ImageFailure::File, file,
+                       "it has " + std::to_string(outline.parts) +
+                           " parts; files of several parts cannot be processed, split it first");
+    }
+    if (Imf::isNonImage(outline.version)) {
+        throwDeep(file);
+    }
+}
+
+void checkPartType(Imf::Header const& header, std::filesystem::path const& file)
+{
+    if (header.hasType() && Imf::isDeepData(header.type())) {
+        throwDeep(file);
+    }
+}
+
+/// Blocks or tiles of level 0; each has an entry in a table that the file holds.
+std::uint64_t countChunks(ExrHeader const& header)
+{
+    Imath::Box2i const& window = header.header.dataWindow();
+    auto const width = static_cast<std::uint64_t>(window.max.x) - window.min.x + 1;
+    auto const height = static_cast<std::uint64_t>(window.max.y) - window.min.y + 1;
+    auto const rows = static_cast<std::uint64_t>(rowsPerBlockOf(header));
+    std::uint64_t const down = (height + rows - 1) / rows;
+    if (!header.isTiled) {
+        return down;
+    }
+    std::uint64_t const across = header.header.tileDescription().xSize;
+    return down * ((width + across - 1) / across);
+}
+
+void checkWindow(Imath::Box2i const& window, std::filesystem::path const& file)
+{
+    for (std::int64_t const edge : {window.min.x, window.min.y, window.max.x, window.max.y}) {
+        if (edge < -farthestPixel || edge > farthestPixel) {
+            throwDamaged(file, "its data window lies out of reach");
+        }
+    }
+    if (window.isEmpty()) {
+        throwDamaged(file, "its data window is empty");
+    }
+}
+
+void checkTiles(ExrHeader const& header, std::filesystem::path const& file)
+{
+    if (!header.isTiled) {
+        return;
+    }
+    if (!header.header.hasTileDescription()) {
+        throwDamaged(file, "it is tiled but has no tile size");
+    }
+    Imf::TileDescription const& tiles = header.header.tileDescription();
+    std::uint64_t const pixelBytes = bytesPerPixelOf(header.header.channels());
+    std::uint64_t const most = std::numeric_limits<int>::max() / 2;
+    if (tiles.xSize == 0 || tiles.ySize == 0 || tiles.xSize > most || tiles.ySize > most) {
+        throwDamaged(file, "its tile size is impossible");
+    }
+    std::uint64_t const pixels = static_cast<std::uint64_t>(tiles.xSize) * tiles.ySize;
+    if (pixels > mostBlockBytes || pixels * pixelBytes > mostBlockBytes) {
+        throwReadError(ImageFailure::File, file, "its tiles are too large to be processed");
+    }
+}
+
+void checkSizes(ExrHeader const& header, std::filesystem::path const& file,
+                std::uint64_t fileBytes, std::size_t mostBytes)
+{
+    Imath::Box2i const& window = header.header.dataWindow();
+    checkWindow(window, file);
+    checkTiles(header, file);
+    auto const width = static_cast<std::uint64_t>(window.max.x) - window.min.x + 1;
+    auto const height = static_cast<std::uint64_t>(window.max.y) - window.min.y + 1;
+    std::uint64_t const pixelBytes = bytesPerPixelOf(header.header.channels());
+    std::string const size = std::to_string(width) + " x " + std::to_string(height) + " pixels";
+    // Widths and heights have 31 bits: their product fits, and the division avoids the rest.
+    if (pixelBytes != 0 && width * height > mostBytes / pixelBytes) {
+        throwReadError(ImageFailure::File, file,
+                       "it announces " + size + ", more than is processed here");
+    }
+    auto const rows = static_cast<std::uint64_t>(rowsPerBlockOf(header));
+    if (width * std::min(rows, height) * pixelBytes > mostBlockBytes) {
+        throwReadError(ImageFailure::File, file, "its rows are too long to be processed");
+    }
+    if (countChunks(header) > fileBytes / chunkTableEntryBytes) {
+        throwDamaged(file, "it announces " + size + " but is too short for them");
+    }
+}
+
+} // namespace
+
+ExrHeader readExrHeader(CheckedInput& stream, std::filesystem::path const& file,
+                        std::size_t mostBytes)
+{
+    ExrHeader result;
+    try {
+        HeaderOutline const outline = outlineHeader(stream);
+        checkKind(outline, file);
+        stream.seekg(headerStart);
+        int version = outline.version;
+        result.header.readFrom(stream, version);
+        checkPartType(result.header, file);
+        // A file of several parts that has one only names its kind in that part.
+        result.isTiled = Imf::isMultiPart(version) ? result.header.type() == Imf::TILEDIMAGE
+                                                   : Imf::isTiled(version);
+        result.header.sanityCheck(result.isTiled);
+        checkSizes(result, file, stream.getSize(), mostBytes);
+        return result;
+    } catch (...) {
+        rethrowAsReadError(file, stream.getSystemError());
+    }
+}
+
+int rowsPerBlockOf(ExrHeader const& header)
+{
+    if (header.isTiled) {
+        return static_cast<int>(header.header.tileDescription().ySize);
+    }
+    switch (header.header.compression()) {
+    case Imf::NO_COMPRESSION:
+    case Imf::RLE_COMPRESSION:
+    case Imf::ZIPS_COMPRESSION:
+        return 1;
+    case Imf::ZIP_COMPRESSION:
+    case Imf::PXR24_COMPRESSION:
+        return 16;
+    case Imf::PIZ_COMPRESSION:
+    case Imf::B44_COMPRESSION:
+    case Imf::B44A_COMPRESSION:
+    case Imf::DWAA_COMPRESSION:
+        return 32;
+    case Imf::DWAB_COMPRESSION:
+        return 256;
+    case Imf::NUM_COMPRESSION_METHODS:
+        break;
+    }
+    throw Iex::InputExc("unknown compression");
+}
+
+std::size_t bytesPerPixelOf(Imf::ChannelList const& channels)
+{
+    std::size_t bytes = 0;
+    for (auto channel = channels.begin(); channel != channels.end(); ++channel) {
+        bytes += channel.channel().type == Imf::HALF ? 2 : 4;
+    }
+    return bytes;
+}

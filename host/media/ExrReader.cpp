@@ -1,0 +1,217 @@
+// Reading EXR pictures strip by strip.
+
+#include "media/ExrReader.h"
+
+#include "media/ErrorText.h"
+#include "media/LumaChroma.h"
+
+#include <Iex.h>
+#include <ImfFrameBuffer.h>
+#include <ImfInputFile.h>
+#include <ImfStandardAttributes.h>
+#include <ImfTiledInputFile.h>
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+GeRectangle<int> toRectangle(Imath::Box2i const& box)
+{
+    return {box.min.x, box.min.y, box.max.x + 1, box.max.y + 1};
+}
+
+/// The library's closest fraction, or `fallback` where it is not above 0 or does not fit.
+Rational toRational(Imf::Rational const& value, Rational const& fallback)
+{
+    bool const isUsable =
+        value.n > 0 && value.d > 0 && value.d <= static_cast<unsigned>(std::numeric_limits<int>::max());
+    return isUsable ? Rational(value.n, static_cast<int>(value.d)) : fallback;
+}
+
+/// Interpolated and converted chroma is half; everything else keeps its type.
+bool isConvertedToHalf(ExrColour const& colour)
+{
+    return colour.kind == ExrColourKind::SubsampledLumaChroma ||
+           colour.kind == ExrColourKind::FullLumaChroma;
+}
+
+/// The channel that feeds component 0, 1 or 2 of a tile, "" if none does.
+std::string sourceChannelOf(ExrColour const& colour, std::size_t component)
+{
+    switch (colour.kind) {
+    case ExrColourKind::Rgb:
+        // An absent channel stays in the frame: the library fills it with 0.
+        return colour.prefix + exrColourNames[component];
+    case ExrColourKind::Luminance:
+        return component == 0 ? colour.prefix + "Y" : "";
+    case ExrColourKind::FullLumaChroma:
+        return colour.prefix + std::array{"RY", "Y", "BY"}[component];
+    case ExrColourKind::SubsampledLumaChroma:
+    case ExrColourKind::AlphaOnly:
+        return "";
+    }
+    return "";
+}
+
+} // namespace
+
+ExrReader::ExrReader(std::filesystem::path const& file, ReadOptions const& options,
+                     MediaNote const& note)
+    : path(file), stream(std::make_unique<CheckedInput>(file)),
+      header(readExrHeader(*stream, file, options.mostBytes)),
+      colour(chooseExrColour(header.header, options.layer, file)),
+      further(findFurtherChannels(header.header.channels(), colour))
+{
+    describe();
+    try {
+        openPixels();
+    } catch (...) {
+        rethrowAsReadError(path, stream->getSystemError());
+    }
+    if (header.isTiled && header.header.tileDescription().mode != Imf::ONE_LEVEL) {
+        note("\"" + path.string() + "\" has several resolutions; only the full one is processed");
+    }
+}
+
+ExrReader::~ExrReader() = default;
+
+void ExrReader::describe()
+{
+    info.dataWindow = toRectangle(header.header.dataWindow());
+    info.displayWindow = toRectangle(header.header.displayWindow());
+    if (header.header.lineOrder() == Imf::DECREASING_Y) {
+        order = StripOrder::BottomToTop;
+    }
+    bool const isHalf = colour.type == Imf::HALF || isConvertedToHalf(colour);
+    info.storage = isHalf ? SampleStorage::Half : SampleStorage::Float;
+    Rational const aspect =
+        toRational(Imf::Rational(header.header.pixelAspectRatio()), Rational(1, 1));
+    info.format =
+        IxPixelFormat(componentsOf(colour), isHalf ? IxPixelFormat::FLOAT16 : IxPixelFormat::FLOAT32,
+                      aspect, colour.hasAlpha);
+    if (Imf::hasFramesPerSecond(header.header)) {
+        info.frameRate = toRational(Imf::framesPerSecond(header.header), info.frameRate);
+    }
+}
+
+void ExrReader::openPixels()
+{
+    stream->seekg(0);
+    if (colour.kind == ExrColourKind::SubsampledLumaChroma) {
+        lumaChroma = std::make_unique<LumaChromaReader>(path, colour);
+    }
+    if (header.isTiled) {
+        tiles = std::make_unique<Imf::TiledInputFile>(*stream);
+        checkComplete(tiles->isComplete());
+    } else {
+        scanLines = std::make_unique<Imf::InputFile>(*stream);
+        checkComplete(scanLines->isComplete());
+    }
+}
+
+void ExrReader::checkComplete(bool isComplete) const
+{
+    if (!isComplete) {
+        throwReadError(ImageFailure::File, path,
+                       "the file is incomplete: pixels are missing; make or copy it again");
+    }
+}
+
+int ExrReader::getRowsPerBlock() const
+{
+    // A tile may be taller than the picture.
+    return std::min(rowsPerBlockOf(header), info.dataWindow.getHeight());
+}
+
+GeRectangle<int> ExrReader::getStripBounds(int index, int rows) const
+{
+    return stripBoundsOf(info.dataWindow, index, rows, order);
+}
+
+void ExrReader::takePlainStrips()
+{
+    order = StripOrder::TopToBottom;
+    bringsFurther = false;
+}
+
+void ExrReader::readStrip(GeRectangle<int> const& bounds, ImageStrip& strip)
+{
+    try {
+        strip.colour = IxTile(); // its buffer is the best one for the next tile
+        strip.colour = IxTile(info.format, bounds);
+        strip.furtherChannels.resize(bringsFurther ? furtherBytesOf(further, bounds) : 0);
+        Imf::FrameBuffer frame;
+        insertColour(frame, strip.colour);
+        if (bringsFurther) {
+            insertFurtherChannels(frame, further, bounds, strip.furtherChannels.data());
+        }
+        readRows(frame, bounds);
+        finishColour(strip.colour);
+    } catch (...) {
+        int const lumaError = lumaChroma != nullptr ? lumaChroma->getSystemError() : 0;
+        rethrowAsReadError(path, lumaError != 0 ? lumaError : stream->getSystemError());
+    }
+}
+
+void ExrReader::insertColour(Imf::FrameBuffer& frame, IxTile const& tile) const
+{
+    if (colour.kind == ExrColourKind::SubsampledLumaChroma) {
+        return;
+    }
+    IxWriteGuard const guard(tile);
+    std::size_t const pixelBytes = info.format.getBytesPerPixel();
+    bool const isHalf = info.format.getDepth() == IxPixelFormat::FLOAT16;
+    std::size_t const sampleBytes = isHalf ? 2 : 4;
+    std::byte* const first = guard.getRow(tile.getBounds().y0);
+    auto const insert = [&](std::string const& name, std::size_t component) {
+        insertSamples(frame, name,
+                      {isHalf ? Imf::HALF : Imf::FLOAT, first + component * sampleBytes, pixelBytes,
+                       tile.getRowBytes()},
+                      tile.getBounds());
+    };
+    for (std::size_t component = 0; component < exrColourNames.size(); ++component) {
+        std::string const name = sourceChannelOf(colour, component);
+        if (!name.empty()) {
+            insert(name, component);
+        }
+    }
+    if (colour.hasAlpha) {
+        insert(colour.prefix + exrAlphaName,
+               colour.kind == ExrColourKind::AlphaOnly ? 0 : exrColourNames.size());
+    }
+}
+
+void ExrReader::readRows(Imf::FrameBuffer const& frame, GeRectangle<int> const& bounds)
+{
+    if (frame.begin() == frame.end()) {
+        return; // the luminance/chroma reader does it all
+    }
+    if (scanLines != nullptr) {
+        scanLines->setFrameBuffer(frame);
+        scanLines->readPixels(bounds.y0, bounds.y1 - 1);
+        return;
+    }
+    int const tileRows = rowsPerBlockOf(header);
+    int const top = info.dataWindow.y0;
+    tiles->setFrameBuffer(frame);
+    tiles->readTiles(0, tiles->numXTiles() - 1, (bounds.y0 - top) / tileRows,
+                     (bounds.y1 - 1 - top) / tileRows);
+}
+
+void ExrReader::finishColour(IxTile const& tile)
+{
+    switch (colour.kind) {
+    case ExrColourKind::Luminance:
+        spreadLuminance(tile);
+        break;
+    case ExrColourKind::SubsampledLumaChroma:
+        lumaChroma->readRows(tile);
+        break;
+    case ExrColourKind::FullLumaChroma:
+        convertFullLumaChroma(tile, luminanceWeightsOf(header.header));
+        break;
+    case ExrColourKind::Rgb:
+    case ExrColourKind::AlphaOnly:
+        break;
+    }
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "media/ExrChannels.h"
+#include "media/ExrHeader.h"
+#include "media/ImageFiles.h"
+#include "media/MediaSource.h"
+
+#include <ImfForward.h>
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+class LumaChromaReader;
+
+
+/// Reads one layer of an EXR picture. Half and float samples go into the tile without a pass of
+/// their own. ImageStrip::furtherChannels is laid out as furtherBytesOf says.
+class ExrReader : public MediaSource {
+public:
+    /// Opens the file, checks it and chooses its channels. Throws ImageFileError.
+    ExrReader(std::filesystem::path const& file, ReadOptions const& options,
+              MediaNote const& note);
+    ~ExrReader() override;
+
+    ImageInfo const& getInfo() const override { return info; }
+    int getRowsPerBlock() const override;
+    GeRectangle<int> getStripBounds(int index, int rows) const override;
+    void readStrip(GeRectangle<int> const& bounds, ImageStrip& strip) override;
+
+    bool isLuminanceOnly() const override { return colour.kind == ExrColourKind::Luminance; }
+    bool hasFurtherChannels() const override { return !further.empty(); }
+    void takePlainStrips() override;
+
+    ExrHeader const& getHeader() const { return header; }
+    ExrColour const& getColour() const { return colour; }
+    std::vector<ExrFurtherChannel> const& getFurtherChannels() const { return further; }
+
+private:
+    void describe();
+    void openPixels();
+    void checkComplete(bool isComplete) const;
+    void insertColour(Imf::FrameBuffer& frame, IxTile const& tile) const;
+    void readRows(Imf::FrameBuffer const& frame, GeRectangle<int> const& bounds);
+    void finishColour(IxTile const& tile);
+
+    std::filesystem::path path;
+    std::unique_ptr<CheckedInput> stream;
+    ExrHeader header;
+    ExrColour colour;
+    std::vector<ExrFurtherChannel> further;
+    ImageInfo info;
+    StripOrder order = StripOrder::TopToBottom;
+    bool bringsFurther = true;
+    // One of these two, or none where `lumaChroma` reads all there is.
+    std::unique_ptr<Imf::InputFile> scanLines;
+    std::unique_ptr<Imf::TiledInputFile> tiles;
+    std::unique_ptr<LumaChromaReader> lumaChroma;
+};

@@ -1,0 +1,308 @@
+// Writing EXR pictures strip by strip.
+
+#include "media/ExrWriter.h"
+
+#include "media/ErrorText.h"
+#include "media/LumaChroma.h"
+#include "media/PixelRows.h"
+
+#include <ImfFrameBuffer.h>
+#include <ImfInputFile.h>
+#include <ImfOutputFile.h>
+#include <ImfPartType.h>
+#include <ImfTiledOutputFile.h>
+#include <cstdint>
+#include <cstring>
+#include <half.h>
+#include <limits>
+
+namespace {
+
+Imf::PixelType typeOfDepth(IxPixelFormat::Depth depth)
+{
+    return depth == IxPixelFormat::FLOAT16 ? Imf::HALF : Imf::FLOAT;
+}
+
+std::size_t bytesOf(Imf::PixelType type)
+{
+    return type == Imf::HALF ? 2 : 4;
+}
+
+Imath::Box2i toBox(GeRectangle<int> const& rectangle)
+{
+    return {Imath::V2i(rectangle.x0, rectangle.y0), Imath::V2i(rectangle.x1 - 1, rectangle.y1 - 1)};
+}
+
+GeRectangle<int> windowOf(Imf::Header const& header)
+{
+    Imath::Box2i const& box = header.dataWindow();
+    return {box.min.x, box.min.y, box.max.x + 1, box.max.y + 1};
+}
+
+/// Stores every `stride`-th value as half or float, one after the other.
+void storeSamples(float const* values, std::size_t stride, std::size_t count, Imf::PixelType type,
+                  std::byte* samples)
+{
+    for (std::size_t index = 0; index < count; ++index, values += stride) {
+        if (type == Imf::HALF) {
+            std::uint16_t const bits = imath_float_to_half(*values);
+            std::memcpy(samples + index * sizeof bits, &bits, sizeof bits);
+        } else {
+            std::memcpy(samples + index * sizeof(float), values, sizeof(float));
+        }
+    }
+}
+
+bool isConverted(ExrColourKind kind)
+{
+    return kind == ExrColourKind::SubsampledLumaChroma || kind == ExrColourKind::FullLumaChroma;
+}
+
+} // namespace
+
+ExrWriter::ExrWriter(std::filesystem::path const& file, ImageSource const& source,
+                     IxPixelFormat const& resultFormat, bool keepsInputDepth,
+                     MediaNote const& mediaNote)
+    : note(mediaNote), temporary(file), format(resultFormat)
+{
+    if (auto const* const reader = dynamic_cast<ExrReader const*>(&source)) {
+        planFromExr(*reader, keepsInputDepth);
+    } else {
+        planFromOther(source);
+    }
+    rowsLeft = source.getInfo().dataWindow.getHeight();
+    try {
+        open();
+    } catch (...) {
+        rethrowAsWriteError(file, stream != nullptr ? stream->getSystemError() : 0);
+    }
+}
+
+ExrWriter::~ExrWriter() = default;
+
+void ExrWriter::addColour(Imf::ChannelList& channels, ColourChannel const& colour,
+                          Imf::Channel const& likeness)
+{
+    Imf::Channel channel = likeness;
+    channel.type = colour.type;
+    channels.insert(colour.name, channel);
+    colours.push_back(colour);
+}
+
+void ExrWriter::planFromExr(ExrReader const& reader, bool keepsInputDepth)
+{
+    header = reader.getHeader().header;
+    isTiled = reader.getHeader().isTiled;
+    further = reader.getFurtherChannels();
+    ExrColour const& colour = reader.getColour();
+    Imf::ChannelList const old = header.channels();
+    Imf::ChannelList kept;
+    for (ExrFurtherChannel const& channel : further) {
+        kept.insert(channel.name, old[channel.name]);
+    }
+    auto const add = [&](std::string const& name, std::size_t component, std::string const& like) {
+        Imf::Channel const& likeness = old[like];
+        addColour(kept, {name, keepsInputDepth ? likeness.type : typeOfDepth(format.getDepth()),
+                         component},
+                  likeness);
+    };
+    std::string const luminance = colour.prefix + "Y";
+    for (std::size_t component = 0; component < exrColourNames.size(); ++component) {
+        std::string const name = colour.prefix + exrColourNames[component];
+        if (colour.kind == ExrColourKind::Rgb && colour.isPresent[component]) {
+            add(name, component, name);
+        } else if (isConverted(colour.kind)) {
+            add(name, component, luminance);
+        }
+    }
+    if (colour.kind == ExrColourKind::Luminance) {
+        luminanceWeights = luminanceWeightsOf(header);
+        add(luminance, 0, luminance);
+    }
+    if (colour.hasAlpha) {
+        std::string const alpha = colour.prefix + exrAlphaName;
+        add(alpha, colour.kind == ExrColourKind::AlphaOnly ? 0 : exrColourNames.size(), alpha);
+    }
+    if (isConverted(colour.kind)) {
+        note("\"" + temporary.getTarget().string() +
+             "\" holds R, G and B in place of luminance and chroma");
+    }
+    header.channels() = kept;
+    if (isTiled && header.tileDescription().mode != Imf::ONE_LEVEL) {
+        header.tileDescription().mode = Imf::ONE_LEVEL;
+        header.erase("chunkCount"); // it counted the tiles of all levels
+    }
+}
+
+void ExrWriter::planFromOther(ImageSource const& source)
+{
+    ImageInfo const& info = source.getInfo();
+    header = Imf::Header(toBox(info.displayWindow), toBox(info.dataWindow),
+                         info.format.getAspectRatio().getFloat());
+    Imf::PixelType const type = typeOfDepth(format.getDepth());
+    bool const isAlphaOnly = format.getComponents() == IxPixelFormat::ALPHA;
+    if (!isAlphaOnly) {
+        for (std::size_t component = 0; component < exrColourNames.size(); ++component) {
+            addColour(header.channels(), {exrColourNames[component], type, component}, {});
+        }
+    }
+    if (format.getComponents() != IxPixelFormat::RGB) {
+        addColour(header.channels(),
+                  {exrAlphaName, type, isAlphaOnly ? 0 : exrColourNames.size()}, {});
+    }
+    // Colour in an EXR file is multiplied by alpha.
+    isPremultiplying =
+        format.getComponents() == IxPixelFormat::RGBA && !info.format.isPremultiplied();
+}
+
+void ExrWriter::open()
+{
+    stream = std::make_unique<CheckedOutput>(temporary.getPath(), temporary.getTarget());
+    if (isTiled) {
+        tiles = std::make_unique<Imf::TiledOutputFile>(*stream, header);
+    } else {
+        scanLines = std::make_unique<Imf::OutputFile>(*stream, header);
+    }
+    planes.resize(colours.size());
+}
+
+bool ExrWriter::isDirect(ColourChannel const& channel) const
+{
+    bool const isChanged = channel.component < exrColourNames.size() &&
+                           (isPremultiplying || luminanceWeights.has_value());
+    return !isChanged && channel.type == typeOfDepth(format.getDepth());
+}
+
+void ExrWriter::writeStrip(IxTile const& result, ImageStrip const& strip)
+{
+    GeRectangle<int> const& bounds = result.getBounds();
+    try {
+        Imf::FrameBuffer frame;
+        convert(result);
+        insertColour(frame, result);
+        // Writing only reads from the frame, but the library has one kind of frame for both.
+        insertFurtherChannels(frame, further, bounds,
+                              const_cast<std::byte*>(strip.furtherChannels.data()));
+        writeRows(frame, bounds);
+    } catch (...) {
+        rethrowAsWriteError(temporary.getTarget(), stream->getSystemError());
+    }
+    rowsLeft -= bounds.getHeight();
+}
+
+/// The exact value where the three agree to the bit.
+float ExrWriter::luminanceOf(float const* pixel)
+{
+    if (std::memcmp(pixel, pixel + 1, sizeof(float)) == 0 &&
+        std::memcmp(pixel, pixel + 2, sizeof(float)) == 0) {
+        return *pixel;
+    }
+    hasLostColour = true;
+    return pixel[0] * luminanceWeights->x + pixel[1] * luminanceWeights->y +
+           pixel[2] * luminanceWeights->z;
+}
+
+void ExrWriter::convert(IxTile const& result)
+{
+    GeRectangle<int> const& bounds = result.getBounds();
+    auto const width = static_cast<std::size_t>(bounds.getWidth());
+    auto const components = static_cast<std::size_t>(format.getNbComponents());
+    bool isNeeded = false;
+    for (std::size_t index = 0; index < colours.size(); ++index) {
+        if (!isDirect(colours[index])) {
+            planes[index].resize(width * static_cast<std::size_t>(bounds.getHeight()) *
+                                 bytesOf(colours[index].type));
+            isNeeded = true;
+        }
+    }
+    if (!isNeeded) {
+        return;
+    }
+    IxReadGuard const guard(result);
+    std::vector<float> values(width * components);
+    for (int y = bounds.y0; y < bounds.y1; ++y) {
+        samplesToFloat(guard.getRow(y), format.getDepth(), values);
+        if (isPremultiplying) {
+            premultiply(values);
+        }
+        for (std::size_t x = 0; luminanceWeights.has_value() && x < width; ++x) {
+            values[x * components] = luminanceOf(&values[x * components]);
+        }
+        for (std::size_t index = 0; index < colours.size(); ++index) {
+            if (!isDirect(colours[index])) {
+                std::size_t const rowBytes = width * bytesOf(colours[index].type);
+                storeSamples(&values[colours[index].component], components, width,
+                             colours[index].type,
+                             &planes[index][static_cast<std::size_t>(y - bounds.y0) * rowBytes]);
+            }
+        }
+    }
+}
+
+void ExrWriter::insertColour(Imf::FrameBuffer& frame, IxTile const& result)
+{
+    GeRectangle<int> const& bounds = result.getBounds();
+    IxWriteGuard const guard(result); // for the address only, see writeStrip
+    std::size_t const tileSampleBytes = static_cast<std::size_t>(format.getDepth()) / 8;
+    for (std::size_t index = 0; index < colours.size(); ++index) {
+        ColourChannel const& colour = colours[index];
+        std::size_t const sampleBytes = bytesOf(colour.type);
+        if (isDirect(colour)) {
+            insertSamples(frame, colour.name,
+                          {colour.type, guard.getRow(bounds.y0) + colour.component * tileSampleBytes,
+                           format.getBytesPerPixel(), result.getRowBytes()},
+                          bounds);
+        } else {
+            insertSamples(frame, colour.name,
+                          {colour.type, planes[index].data(), sampleBytes,
+                           sampleBytes * static_cast<std::size_t>(bounds.getWidth())},
+                          bounds);
+        }
+    }
+}
+
+void ExrWriter::writeRows(Imf::FrameBuffer const& frame, GeRectangle<int> const& bounds)
+{
+    if (scanLines != nullptr) {
+        scanLines->setFrameBuffer(frame);
+        scanLines->writePixels(bounds.getHeight());
+        return;
+    }
+    int const tileRows = static_cast<int>(header.tileDescription().ySize);
+    int const top = windowOf(header).y0;
+    tiles->setFrameBuffer(frame);
+    tiles->writeTiles(0, tiles->numXTiles() - 1, (bounds.y0 - top) / tileRows,
+                      (bounds.y1 - 1 - top) / tileRows);
+}
+
+void ExrWriter::finish()
+{
+    if (rowsLeft != 0) {
+        throwWriteError(ImageFailure::File, temporary.getTarget(), "not all rows have come");
+    }
+    // These end by writing the table of where everything is.
+    scanLines.reset();
+    tiles.reset();
+    stream->close();
+    check();
+    temporary.publish();
+    if (hasLostColour) {
+        note("\"" + temporary.getTarget().string() +
+             "\" holds luminance only, as its source did: the colour of the result is not in it");
+    }
+}
+
+void ExrWriter::check() const
+{
+    try {
+        CheckedInput written(temporary.getPath());
+        Imf::InputFile const file(written, 0);
+        if (file.isComplete() && file.header().dataWindow() == header.dataWindow()) {
+            return;
+        }
+    } catch (std::exception const&) {
+        // One message for everything that is wrong with it.
+    }
+    throwWriteError(ImageFailure::Surroundings, temporary.getTarget(),
+                    "what was written does not read back; the disk may be full or faulty");
+}

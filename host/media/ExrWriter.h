@@ -1,0 +1,63 @@
+#pragma once
+
+#include "media/ExrReader.h"
+#include "media/TemporaryFile.h"
+
+#include <ImathVec.h>
+#include <ImfForward.h>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// Writes an EXR picture. From an EXR source it keeps all but the colour: attributes, windows,
+/// tiling, line order, compression, names, order and further channels. From another source it makes
+/// a picture of R, G, B (and A) with ZIP compression. Samples of a channel's own type are written
+/// from the tile without a pass of their own.
+class ExrWriter : public ImageSink {
+public:
+    /// Begins the file; see createImage.
+    ExrWriter(std::filesystem::path const& file, ImageSource const& source,
+              IxPixelFormat const& format, bool keepsInputDepth, MediaNote const& note);
+    ~ExrWriter() override;
+
+    void writeStrip(IxTile const& result, ImageStrip const& strip) override;
+    void finish() override;
+
+private:
+    /// A channel that is written from the tile.
+    struct ColourChannel {
+        std::string name;
+        Imf::PixelType type = Imf::HALF;
+        std::size_t component = 0; ///< of the tile's format
+    };
+
+    void planFromExr(ExrReader const& reader, bool keepsInputDepth);
+    void planFromOther(ImageSource const& source);
+    void addColour(Imf::ChannelList& channels, ColourChannel const& colour,
+                   Imf::Channel const& likeness);
+    void open();
+    bool isDirect(ColourChannel const& channel) const;
+    void convert(IxTile const& result);
+    void insertColour(Imf::FrameBuffer& frame, IxTile const& result);
+    void writeRows(Imf::FrameBuffer const& frame, GeRectangle<int> const& bounds);
+    float luminanceOf(float const* pixel);
+    void check() const;
+
+    MediaNote note;
+    TemporaryFile temporary;
+    IxPixelFormat format;
+    Imf::Header header;
+    bool isTiled = false;
+    bool isPremultiplying = false;
+    std::vector<ColourChannel> colours;
+    std::vector<ExrFurtherChannel> further;
+    /// Set where the first three components end in one channel.
+    std::optional<Imath::V3f> luminanceWeights;
+    bool hasLostColour = false;
+    std::vector<std::vector<std::byte>> planes; ///< of the channels that are not direct
+    int rowsLeft = 0;
+    std::unique_ptr<CheckedOutput> stream;
+    // One of these two; each ends before the stream.
+    std::unique_ptr<Imf::OutputFile> scanLines;
+    std::unique_ptr<Imf::TiledOutputFile> tiles;
+};

@@ -1,0 +1,108 @@
+// Which code reads and writes a picture: EXR by its first bytes or extension, the rest in a module.
+
+#include "media/ImageFiles.h"
+
+#include "media/ErrorText.h"
+#include "media/ExrReader.h"
+#include "media/ExrWriter.h"
+#include "media/ImageFormats.h"
+#include "media/OiioModule.h"
+#include "media/TemporaryFile.h"
+
+#include <ImfThreading.h>
+#include <algorithm>
+#include <array>
+
+namespace {
+
+constexpr std::array<char, 4> exrMagic = {0x76, 0x2f, 0x31, 0x01};
+
+int libraryThreads = 0; // main thread only; for a module that is loaded later
+
+bool isExr(std::filesystem::path const& file)
+{
+    CheckedInput stream(file);
+    std::array<char, exrMagic.size()> first{};
+    bool const isLongEnough = stream.getSize() >= first.size();
+    if (isLongEnough) {
+        stream.read(first.data(), static_cast<int>(first.size()));
+    }
+    return (isLongEnough && first == exrMagic) || findFileKind(file) == FileKind::Exr;
+}
+
+FileKind requireFileKind(std::filesystem::path const& file)
+{
+    std::optional<FileKind> const kind = findFileKind(file);
+    if (!kind.has_value()) {
+        throwWriteError(ImageFailure::Request, file,
+                        (file.has_extension()
+                             ? "the extension \"" + file.extension().string() + "\" is not known"
+                             : std::string("the name has no extension")) +
+                            "; known are " + listExtensions());
+    }
+    return *kind;
+}
+
+FileKind checkKindAndDepth(std::filesystem::path const& file, IxPixelFormat::Depth depth)
+{
+    FileKind const kind = requireFileKind(file);
+    if (kind == FileKind::Exr && depth == IxPixelFormat::UINT8) {
+        throwWriteError(
+            ImageFailure::Request, file,
+            "EXR holds no 8-bit channels; choose 16 or 32 bit, or another file format");
+    }
+    return kind;
+}
+
+OiioModule& oiioModule()
+{
+    OiioModule& module = loadOiioModule();
+    module.setThreads(libraryThreads);
+    return module;
+}
+
+} // namespace
+
+std::unique_ptr<ImageSource> openImage(std::filesystem::path const& file,
+                                       ReadOptions const& options, MediaNote const& note)
+{
+    std::error_code ignored;
+    if (std::filesystem::is_directory(file, ignored)) {
+        throwReadError(ImageFailure::File, file, "it is a folder");
+    }
+    bool isExrFile = false;
+    try {
+        isExrFile = isExr(file);
+    } catch (...) {
+        rethrowAsReadError(file, 0);
+    }
+    if (isExrFile) {
+        return std::make_unique<ExrReader>(file, options, note);
+    }
+    return oiioModule().open(file, options, note);
+}
+
+void checkOutput(std::filesystem::path const& file, IxPixelFormat::Depth depth)
+{
+    checkKindAndDepth(file, depth);
+    checkTarget(file);
+}
+
+std::unique_ptr<ImageSink> createImage(std::filesystem::path const& file, ImageSource& source,
+                                       IxPixelFormat const& format, bool keepsInputDepth,
+                                       MediaNote const& note)
+{
+    if (checkKindAndDepth(file, format.getDepth()) == FileKind::Exr) {
+        return std::make_unique<ExrWriter>(file, source, format, keepsInputDepth, note);
+    }
+    return oiioModule().create(file, source, format, keepsInputDepth, note);
+}
+
+void setMediaThreads(int threads)
+{
+    libraryThreads = std::max(threads, 0);
+    Imf::setGlobalThreadCount(libraryThreads);
+    if (OiioModule* const module = findOiioModule()) {
+        module->setThreads(libraryThreads);
+    }
+}

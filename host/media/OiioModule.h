@@ -1,0 +1,31 @@
+#pragma once
+
+#include "media/ImageFiles.h"
+
+#include <memory>
+
+/// What the module for files other than EXR offers. It lives until the process ends.
+class OiioModule {
+public:
+    virtual ~OiioModule() = default;
+
+    virtual std::unique_ptr<ImageSource> open(std::filesystem::path const& file,
+                                              ReadOptions const& options,
+                                              MediaNote const& note) = 0;
+    virtual std::unique_ptr<ImageSink> create(std::filesystem::path const& file,
+                                              ImageSource& source,
+                                              IxPixelFormat const& format, bool keepsInputDepth,
+                                              MediaNote const& note) = 0;
+    virtual void setThreads(int threads) = 0;
+};
+
+/// Name of the function that the module exports; it returns the one OiioModule.
+inline constexpr char const* oiioModuleFunction = "remapMediaOiioModule";
+using OiioModuleFunction = OiioModule* (*)();
+
+/// Loads the module the first time; main thread. It is looked for beside the code of this library
+/// and beside the program, there and in `../lib`. Throws ImageFileError (Surroundings).
+OiioModule& loadOiioModule();
+
+/// The module if it has been loaded, or null.
+OiioModule* findOiioModule();

@@ -1,0 +1,358 @@
+// Writing pictures through OpenImageIO strip by strip.
+
+#include "media/oiio/OiioWriter.h"
+
+#include "media/ErrorText.h"
+#include "media/PixelRows.h"
+#include "media/oiio/OiioAttributes.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+namespace {
+
+constexpr std::size_t rgbaComponents = 4;
+constexpr std::uint64_t mostPixels = 1ULL << 33; // of a display window, which may be nonsense
+constexpr int paddingRows = 16;                  // written at a time
+
+/// Weights of ITU-R BT.709.
+constexpr std::array<float, 3> luminanceWeights = {0.2126F, 0.7152F, 0.0722F};
+
+OIIO::TypeDesc typeOf(SampleStorage storage)
+{
+    switch (storage) {
+    case SampleStorage::UInt8:
+        return OIIO::TypeUInt8;
+    case SampleStorage::UInt16:
+        return OIIO::TypeUInt16;
+    case SampleStorage::Half:
+        return OIIO::TypeHalf;
+    case SampleStorage::Float:
+        break;
+    }
+    return OIIO::TypeFloat;
+}
+
+/// An integer of `bits` bits as the library wants it: scaled to 16 bits such that its highest bits
+/// are the integer.
+std::uint16_t widen(unsigned value, int bits)
+{
+    return static_cast<std::uint16_t>(value << (16 - bits) | value >> (2 * bits - 16));
+}
+
+bool isSameToTheBit(float a, float b)
+{
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+std::string describeDepth(OutputDepth const& depth)
+{
+    return std::to_string(depth.bits) + "-bit integers";
+}
+
+} // namespace
+
+OiioWriter::OiioWriter(std::filesystem::path const& file, ImageSource& source,
+                       IxPixelFormat const& resultFormat, bool keepsInputDepth,
+                       MediaNote const& mediaNote)
+    : note(mediaNote), kind(findFileKind(file).value()), format(resultFormat),
+      dataWindow(source.getInfo().dataWindow), displayWindow(source.getInfo().displayWindow),
+      isSourcePremultiplied(source.getInfo().format.isPremultiplied()), nextRow(displayWindow.y0),
+      temporary(file), stream(temporary)
+{
+    auto* const media = dynamic_cast<MediaSource*>(&source);
+    if (media != nullptr) {
+        media->takePlainStrips();
+    }
+    try {
+        planChannels(media);
+        planSamples(source, keepsInputDepth);
+        planAttributes(source);
+        open();
+    } catch (...) {
+        rethrowAsWriteError(file, stream.getSystemError());
+    }
+    noteLosses(media);
+}
+
+OiioWriter::~OiioWriter() = default;
+
+void OiioWriter::planChannels(MediaSource const* source)
+{
+    bool const hasAlpha = format.getComponents() == IxPixelFormat::RGBA;
+    bool const dropsAlpha = kind == FileKind::Jpeg;
+    // DPX has no luminance with alpha.
+    isLuminance = source != nullptr && source->isLuminanceOnly() &&
+                  !(kind == FileKind::Dpx && hasAlpha);
+    std::size_t const colours =
+        isLuminance || format.getComponents() == IxPixelFormat::ALPHA ? 1 : 3;
+    channels = colours + (hasAlpha && !dropsAlpha ? 1 : 0);
+}
+
+void OiioWriter::planSamples(ImageSource const& source, bool keepsInputDepth)
+{
+    auto const* const reader = dynamic_cast<OiioReader const*>(&source);
+    SampleStorage const storage = source.getInfo().storage;
+    int const sourceBits = reader != nullptr                 ? reader->getBits()
+                           : storage == SampleStorage::UInt8 ? 8
+                                                             : 16;
+    depth = chooseOutputDepth(kind, format.getDepth(), storage, sourceBits, keepsInputDepth);
+    auto const pixels = static_cast<std::uint64_t>(displayWindow.getWidth()) *
+                        static_cast<std::uint64_t>(displayWindow.getHeight());
+    if (displayWindow.isEmpty() || pixels > mostPixels) {
+        throwWriteError(ImageFailure::Request, temporary.getTarget(),
+                        "the source's display window is too large for this kind of file");
+    }
+    spec = OIIO::ImageSpec(displayWindow.getWidth(), displayWindow.getHeight(),
+                           static_cast<int>(channels), typeOf(depth.storage));
+    if (channels == 2) {
+        spec.channelnames = {"Y", "A"};
+        spec.alpha_channel = 1;
+    }
+}
+
+void OiioWriter::planAttributes(ImageSource const& source)
+{
+    auto const* const reader = dynamic_cast<OiioReader const*>(&source);
+    if (reader != nullptr && reader->getKind() == kind) {
+        copyAllAttributes(reader->getSpec(), kind, spec);
+        spec.tile_width = reader->getSpec().tile_width;
+        spec.tile_height = reader->getSpec().tile_height;
+    } else {
+        float const aspect = source.getInfo().format.getAspectRatio().getFloat();
+        if (aspect != 1.F) {
+            spec.attribute("PixelAspectRatio", aspect);
+        }
+        if (reader != nullptr) {
+            copyLookAttributes(reader->getSpec(), kind, spec);
+        }
+    }
+    if (reader != nullptr && losesExif(reader->getSpec(), kind)) {
+        note("\"" + temporary.getTarget().string() + "\" cannot keep the Exif data of its source");
+    }
+    suppressOwnAttributes(kind, spec);
+    if (kind == FileKind::Dpx) {
+        spec.attribute("oiio:BitsPerSample", depth.bits);
+    }
+    // Says that colour is handed over as it is to be stored; without it, PNG colour is divided by
+    // alpha once more.
+    if (kind == FileKind::Png || !isSourcePremultiplied) {
+        spec.attribute("oiio:UnassociatedAlpha", 1);
+    }
+}
+
+void OiioWriter::noteLosses(MediaSource const* source) const
+{
+    std::string const name = "\"" + temporary.getTarget().string() + "\"";
+    if (!(dataWindow == displayWindow)) {
+        note(name + " gets the display window of " + std::to_string(displayWindow.getWidth()) +
+             " x " + std::to_string(displayWindow.getHeight()) +
+             " pixels: this kind of file has no data window");
+    }
+    if (source != nullptr && source->hasFurtherChannels()) {
+        note(name + " holds colour and alpha only: this kind of file has no further channels");
+    }
+    if (format.getComponents() == IxPixelFormat::RGBA && kind == FileKind::Jpeg) {
+        note(name + " holds no alpha: this kind of file has none");
+    }
+    if (depth.isReduced) {
+        note(name + " holds " + describeDepth(depth) + ": values are clamped to 0 to 1 and rounded");
+    }
+}
+
+void OiioWriter::open()
+{
+    output = OIIO::ImageOutput::create(temporary.getPath().string());
+    if (output == nullptr || !output->set_ioproxy(&stream)) {
+        throwWriteError(ImageFailure::Surroundings, temporary.getTarget(),
+                        "this installation of OpenImageIO cannot write this kind of file");
+    }
+    // The name ends up in some files: it must not be the temporary one.
+    if (!output->open(temporary.getTarget().filename().string(), spec)) {
+        if (stream.getSystemError() != 0) {
+            fail();
+        }
+        throwWriteError(ImageFailure::Request, temporary.getTarget(),
+                        trimLibraryText(output->geterror(), temporary.getTarget().filename()));
+    }
+}
+
+void OiioWriter::fail() const
+{
+    if (stream.getSystemError() != 0) {
+        throwSystemWriteError(stream.getSystemError(), temporary.getTarget());
+    }
+    std::string const detail =
+        trimLibraryText(output->geterror(), temporary.getTarget().filename());
+    throwWriteError(ImageFailure::Surroundings, temporary.getTarget(),
+                    detail.empty() ? "the disk may be full or faulty" : detail);
+}
+
+void OiioWriter::writeStrip(IxTile const& result, ImageStrip const&)
+{
+    int const top = std::max(result.getBounds().y0, displayWindow.y0);
+    int const bottom = std::min(result.getBounds().y1, displayWindow.y1);
+    if (top >= bottom) {
+        return;
+    }
+    try {
+        padTo(top);
+        std::size_t const rowBytes = static_cast<std::size_t>(spec.scanline_bytes());
+        bytes.assign(rowBytes * static_cast<std::size_t>(bottom - top), std::byte{});
+        for (int y = top; y < bottom; ++y) {
+            fillRow(result, y, &bytes[rowBytes * static_cast<std::size_t>(y - top)]);
+        }
+        writeRows(bottom - top, bytes);
+    } catch (...) {
+        rethrowAsWriteError(temporary.getTarget(), stream.getSystemError());
+    }
+}
+
+bool OiioWriter::isStraightCopy() const
+{
+    return format.getDepth() == IxPixelFormat::UINT8 && depth.storage == SampleStorage::UInt8 &&
+           channels == static_cast<std::size_t>(format.getNbComponents()) &&
+           !(kind == FileKind::Png && isSourcePremultiplied);
+}
+
+/// Fills what lies within the data window of row `y` of the file.
+void OiioWriter::fillRow(IxTile const& result, int y, std::byte* row)
+{
+    IxReadGuard const guard(result);
+    int const left = std::max(dataWindow.x0, displayWindow.x0);
+    int const right = std::min(dataWindow.x1, displayWindow.x1);
+    if (left >= right) {
+        return;
+    }
+    auto const pixels = static_cast<std::size_t>(right - left);
+    std::byte const* const source =
+        guard.getRow(y) + static_cast<std::size_t>(left - result.getBounds().x0) *
+                              format.getBytesPerPixel();
+    std::byte* const target = row + static_cast<std::size_t>(left - displayWindow.x0) *
+                                        static_cast<std::size_t>(spec.pixel_bytes());
+    if (isStraightCopy()) {
+        std::memcpy(target, source, pixels * format.getBytesPerPixel());
+        return;
+    }
+    values.resize(pixels * static_cast<std::size_t>(format.getNbComponents()));
+    samplesToFloat(source, format.getDepth(), values);
+    if (kind == FileKind::Png && isSourcePremultiplied &&
+        format.getComponents() == IxPixelFormat::RGBA) {
+        unpremultiply(values);
+    }
+    reduceToChannels(pixels);
+    storeSamples({values.data(), pixels * channels}, target);
+}
+
+/// Brings the components of `values` to those of the file, in place.
+void OiioWriter::reduceToChannels(std::size_t pixels)
+{
+    auto const components = static_cast<std::size_t>(format.getNbComponents());
+    if (components == channels) {
+        return;
+    }
+    float* target = values.data();
+    for (std::size_t index = 0; index < pixels; ++index) {
+        float* const pixel = &values[index * components];
+        if (isLuminance) {
+            bool const isGrey =
+                isSameToTheBit(pixel[0], pixel[1]) && isSameToTheBit(pixel[0], pixel[2]);
+            hasLostColour = hasLostColour || !isGrey;
+            *target++ = isGrey ? pixel[0]
+                               : pixel[0] * luminanceWeights[0] + pixel[1] * luminanceWeights[1] +
+                                     pixel[2] * luminanceWeights[2];
+        } else {
+            target = std::copy_n(pixel, 3, target);
+        }
+        if (channels % 2 == 0) { // 2 and 4 have alpha
+            *target++ = pixel[rgbaComponents - 1];
+        }
+    }
+}
+
+void OiioWriter::storeSamples(std::span<float const> stored, std::byte* samples) const
+{
+    unsigned const largest = (1U << static_cast<unsigned>(std::min(depth.bits, 16))) - 1U;
+    switch (depth.storage) {
+    case SampleStorage::UInt8:
+        for (float const value : stored) {
+            *samples++ = static_cast<std::byte>(toInteger(value, largest));
+        }
+        return;
+    case SampleStorage::UInt16:
+        for (float const value : stored) {
+            std::uint16_t const word = widen(toInteger(value, largest), depth.bits);
+            std::memcpy(samples, &word, sizeof word);
+            samples += sizeof word;
+        }
+        return;
+    case SampleStorage::Half:
+    case SampleStorage::Float:
+        std::memcpy(samples, stored.data(), stored.size_bytes());
+        return;
+    }
+}
+
+void OiioWriter::writeRows(int rows, std::vector<std::byte> const& rowsBytes)
+{
+    int const begin = spec.y + nextRow - displayWindow.y0;
+    bool isWritten = false;
+    if (spec.tile_width > 0) {
+        isWritten = output->write_tiles(spec.x, spec.x + spec.width, begin, begin + rows, spec.z,
+                                        spec.z + 1, spec.format, rowsBytes.data());
+    } else {
+        isWritten = output->write_scanlines(begin, begin + rows, spec.z, spec.format,
+                                            rowsBytes.data());
+    }
+    if (!isWritten || stream.getSystemError() != 0) {
+        fail();
+    }
+    nextRow += rows;
+}
+
+/// Writes rows of 0 up to `y`.
+void OiioWriter::padTo(int y)
+{
+    std::vector<std::byte> zeros;
+    while (nextRow < y) {
+        int const rows = std::min(y - nextRow, paddingRows);
+        zeros.resize(static_cast<std::size_t>(spec.scanline_bytes()) *
+                     static_cast<std::size_t>(rows));
+        writeRows(rows, zeros);
+    }
+}
+
+void OiioWriter::finish()
+{
+    try {
+        padTo(displayWindow.y1);
+        bool const isClosed = output->close();
+        std::string const error = output->geterror();
+        if (!isClosed || (!error.empty() && !isComplaintAboutExif(error, kind))) {
+            stream.finish();
+            throw std::runtime_error(error.empty() ? "closing failed" : error);
+        }
+        stream.finish();
+    } catch (...) {
+        rethrowAsWriteError(temporary.getTarget(), stream.getSystemError());
+    }
+    check();
+    temporary.publish();
+    if (hasLostColour) {
+        note("\"" + temporary.getTarget().string() +
+             "\" holds luminance only, as its source did: the colour of the result is not in it");
+    }
+}
+
+void OiioWriter::check() const
+{
+    auto const written = OIIO::ImageInput::open(temporary.getPath().string());
+    if (written == nullptr || written->spec().width != spec.width ||
+        written->spec().height != spec.height ||
+        static_cast<std::size_t>(written->spec().nchannels) != channels) {
+        OIIO::geterror();
+        throwWriteError(ImageFailure::Surroundings, temporary.getTarget(),
+                        "what was written does not read back; the disk may be full or faulty");
+    }
+}

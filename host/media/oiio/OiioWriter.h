@@ -1,0 +1,64 @@
+#pragma once
+
+#include "media/ImageFiles.h"
+#include "media/OutputDepth.h"
+#include "media/TemporaryFile.h"
+#include "media/oiio/OiioReader.h"
+#include "media/oiio/OiioStream.h"
+
+#include <OpenImageIO/imageio.h>
+#include <memory>
+#include <span>
+#include <vector>
+
+/// Writes PNG, TIFF, JPEG and DPX. These have no windows: they get the display window, what lies
+/// outside of the data window 0.
+///
+/// Alpha: PNG holds colour that is not multiplied by it, so premultiplied colour is divided;
+/// TIFF and DPX hold either and keep the source's; JPEG holds none. Colour that was not multiplied
+/// at the source is never touched.
+///
+/// A source of luminance makes a file of luminance; a source of alpha alone a grey picture of it.
+class OiioWriter : public ImageSink {
+public:
+    /// Begins the file; see createImage.
+    OiioWriter(std::filesystem::path const& file, ImageSource& source, IxPixelFormat const& format,
+               bool keepsInputDepth, MediaNote const& note);
+    ~OiioWriter() override;
+
+    void writeStrip(IxTile const& result, ImageStrip const& strip) override;
+    void finish() override;
+
+private:
+    void planChannels(MediaSource const* source);
+    void planSamples(ImageSource const& source, bool keepsInputDepth);
+    void planAttributes(ImageSource const& source);
+    void noteLosses(MediaSource const* source) const;
+    void open();
+    bool isStraightCopy() const;
+    void fillRow(IxTile const& result, int y, std::byte* row);
+    void reduceToChannels(std::size_t pixels);
+    void storeSamples(std::span<float const> values, std::byte* samples) const;
+    void writeRows(int rows, std::vector<std::byte> const& bytes);
+    void padTo(int y);
+    [[noreturn]] void fail() const;
+    void check() const;
+
+    MediaNote note;
+    FileKind kind;
+    IxPixelFormat format;
+    GeRectangle<int> dataWindow;
+    GeRectangle<int> displayWindow;
+    bool isSourcePremultiplied = false;
+    bool isLuminance = false;
+    bool hasLostColour = false;
+    std::size_t channels = 0; ///< of the file
+    OutputDepth depth;
+    OIIO::ImageSpec spec;
+    int nextRow = 0; ///< of the display window, in picture coordinates
+    std::vector<float> values;
+    std::vector<std::byte> bytes;
+    TemporaryFile temporary;
+    OiioStream stream;
+    std::unique_ptr<OIIO::ImageOutput> output; ///< ends before the stream
+};

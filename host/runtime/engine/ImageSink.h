@@ -1,0 +1,17 @@
+#pragma once
+
+#include "runtime/engine/ImageSource.h"
+
+/// Writes one picture strip by strip, in the order of its source. Used by one thread at a time;
+/// throws ImageFileError. Destroyed before `finish`, it leaves nothing behind.
+class ImageSink {
+public:
+    virtual ~ImageSink() = default;
+
+    /// Writes the rows of `result` (in the format announced at creation), with what `strip` brought
+    /// along for channels that the tool does not touch.
+    virtual void writeStrip(IxTile const& result, ImageStrip const& strip) = 0;
+
+    /// Completes the file, checks it and lets it appear under its name.
+    virtual void finish() = 0;
+};

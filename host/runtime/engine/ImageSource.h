@@ -1,0 +1,52 @@
+#pragma once
+
+#include "pluginAPI/IxPixelFormat.h"
+#include "pluginAPI/IxTile.h"
+#include "primitives/GeRectangle.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+/// How a file stores one colour component. Integers stand for 0 to 1.
+enum class SampleStorage { UInt8, UInt16, Half, Float };
+
+/// What is known of a picture before its pixels flow.
+struct ImageInfo {
+    GeRectangle<int> dataWindow;    ///< where there are pixels
+    GeRectangle<int> displayWindow; ///< what is shown; may be smaller or larger than the data window
+    /// Format of the strips' tiles: UINT8 for 8-bit files, FLOAT16 for half, FLOAT32 for everything
+    /// else (16-bit integers become float, v / 65535).
+    IxPixelFormat format;
+    SampleStorage storage = SampleStorage::Float; ///< how the file itself holds the colour
+    Rational frameRate{24, 1};
+};
+
+/// A run of whole rows on its way from a source to a sink. Movable; one thread has it at a time.
+struct ImageStrip {
+    IxTile colour; ///< native-format pixels; its bounds are the strip's rows over the data window
+    /// Samples of channels that the tool does not touch, in a layout that the source and the sink
+    /// of one file kind share; empty otherwise.
+    std::vector<std::byte> furtherChannels;
+};
+
+/// Reads one picture strip by strip. Used by one thread at a time; throws ImageFileError.
+class ImageSource {
+public:
+    virtual ~ImageSource() = default;
+
+    virtual ImageInfo const& getInfo() const = 0;
+
+    /// Rows that are read together with the least work (a compression block or a row of tiles),
+    /// at least 1.
+    virtual int getRowsPerBlock() const = 0;
+
+    /// Bounds of strip `index` for strips of `rows` rows, in the order in which the file is read
+    /// and written best (bottom to top for a decreasing line order). `rows` is a multiple of
+    /// getRowsPerBlock(). Strips meet without overlap and cover the data window.
+    virtual GeRectangle<int> getStripBounds(int index, int rows) const = 0;
+
+    /// Fills `strip` with the rows `bounds`, as getStripBounds gave them. Buffers in `strip` may be
+    /// used again.
+    virtual void readStrip(GeRectangle<int> const& bounds, ImageStrip& strip) = 0;
+};

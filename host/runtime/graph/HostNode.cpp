@@ -1,0 +1,218 @@
+// A node built from its tool's description.
+
+#include "runtime/graph/HostNode.h"
+
+#include "base/Assertions.h"
+#include "internalAPI/PiValueChangeInterface.h"
+#include "pluginAPI/PiImageModifier.h"
+#include "runtime/graph/CurveNode.h"
+#include "runtime/graph/HostGraph.h"
+#include "runtime/graph/HostSockets.h"
+#include "runtime/graph/InputNodeBuilder.h"
+
+#include <utility>
+
+namespace {
+
+/// The value behind an input of a plain type, at the default that its policy gives.
+RCShdPtr<HostValue> makeInputValue(std::string const& name, PiSocketType const& type,
+                                   RCShdPtr<PiInputPolicy const> const& policy,
+                                   ValueObserver* observer)
+{
+    switch (type.getCode()) {
+    case PiSocketType::Switch: {
+        auto const* const given = dynamic_cast<PiSwitchInputPolicy const*>(policy.get());
+        bool const isOn = given != nullptr && given->isOnByDefault();
+        return makeShared<HostTypedValue<bool>>(name, isOn, policy, observer);
+    }
+    case PiSocketType::Double: {
+        auto const* const given = dynamic_cast<PiRangeInputPolicy<double> const*>(policy.get());
+        double const number = given != nullptr ? given->getDefault() : 0.0;
+        return makeShared<HostTypedValue<double>>(name, number, policy, observer);
+    }
+    case PiSocketType::IntegerEnumeration: {
+        auto const* const given = dynamic_cast<PiEnumPolicy const*>(policy.get());
+        int const choice = given != nullptr ? given->getDefault() : 0;
+        return makeShared<HostTypedValue<int>>(name, choice, policy, observer);
+    }
+    case PiSocketType::Curve:
+        return makeShared<HostValue>(name, Animated<CurvePoints>(CurvePoints()), policy, observer);
+    case PiSocketType::Image: return {};
+    }
+    Assertions::throwProgramAborted(__FILE__, __LINE__, "type.getCode()");
+}
+
+RCShdPtr<HostValue> makeStoredValue(std::string const& name, PiValueType const& type,
+                                    ValueObserver* observer)
+{
+    using Policy = RCShdPtr<PiInputPolicy const>;
+    switch (type.getCode()) {
+    case PiValueType::Boolean:
+        return makeShared<HostTypedValue<bool>>(name, false, Policy(), observer);
+    case PiValueType::Double:
+        return makeShared<HostTypedValue<double>>(name, 0.0, Policy(), observer);
+    case PiValueType::Integer:
+        return makeShared<HostTypedValue<int>>(name, 0, Policy(), observer);
+    case PiValueType::DoubleArray: return makeShared<HostArrayValue>(name, observer);
+    }
+    Assertions::throwProgramAborted(__FILE__, __LINE__, "type.getCode()");
+}
+
+} // namespace
+
+HostNode::HostNode(PiToolProtocol const& nodeTool, HostGraph& hostGraph)
+    : tool(nodeTool), graph(&hostGraph)
+{
+    PiToolDescriptor descriptor;
+    tool.describe(descriptor);
+    declarations = descriptor.getDeclarations();
+    controller = RCStrongPtr<PiNodeController>(tool.createController());
+    controller->attach(*this);
+    for (PiDeclaration const& declaration : declarations) {
+        switch (declaration.kind) {
+        case PiDeclaration::Requires:
+            inputs[declaration.input.name] = addInput("", declaration.input);
+            break;
+        case PiDeclaration::Stores: addStoredValue(declaration); break;
+        case PiDeclaration::Produces: break;
+        }
+    }
+    for (ValueSlot const& slot : values) {
+        bool const isCurve = std::holds_alternative<Animated<CurvePoints>>(*slot.value->getState());
+        bool const isHostsOwn = slot.name == PiImageModifier::getMuteValueName() ||
+                                slot.name == PiImageModifier::getAffectValueName();
+        if ((!slot.isStored && !isCurve) || isHostsOwn) {
+            inputDefaults.emplace(slot.name, *slot.value->getState());
+        }
+    }
+}
+
+HostNode::~HostNode() noexcept(false) = default;
+
+RCShdPtr<PiInput> HostNode::findInput(std::string const& name, bool mustExist) const
+{
+    auto const found = inputs.find(name);
+    if (found != inputs.end()) {
+        return found->second;
+    }
+    if (mustExist) {
+        throw UnknownNameError("the tool has no input \"" + name + "\"");
+    }
+    return {};
+}
+
+RCShdPtr<PiValue> HostNode::findValue(std::string const& name, bool mustExist) const
+{
+    RCShdPtr<HostValue> const value = getValue(name);
+    if (value.isNull() && mustExist) {
+        throw UnknownNameError("the tool has no value \"" + name + "\"");
+    }
+    return value;
+}
+
+void HostNode::resetInputs()
+{
+    setValues(inputDefaults);
+}
+
+RCShdPtr<PiGraph> HostNode::getGraph() const
+{
+    return RCShdPtr<PiGraph>(graph);
+}
+
+RCShdPtr<HostValue> HostNode::getValue(std::string const& name) const
+{
+    for (ValueSlot const& slot : values) {
+        if (slot.name == name) {
+            return slot.value;
+        }
+    }
+    return {};
+}
+
+void HostNode::notifyCreated()
+{
+    controller->nodeCreated();
+}
+
+void HostNode::notifyLoaded()
+{
+    controller->nodeLoaded();
+}
+
+void HostNode::setValues(NodeValues const& states)
+{
+    for (auto const& [name, state] : states) {
+        RCShdPtr<HostValue> const value = getValue(name);
+        if (value.isNull()) {
+            throw ValueError("the tool has no value \"" + name + "\"");
+        }
+        value->check(state);
+    }
+    for (ValueSlot const& slot : values) {
+        auto const found = states.find(slot.name);
+        if (found != states.end()) {
+            slot.value->setState(found->second);
+        }
+    }
+}
+
+PxStrongHndl<PxNode const> HostNode::buildChain(PxNodePtr<PxImageProtocol const> const& source)
+{
+    InputNodeBuilder builder(*this);
+    PxStrongHndl<PxNode const> chain;
+    getToolInterface().createModifierProcNode(chain, builder, source);
+    return chain;
+}
+
+void HostNode::valueChanged(HostValue& value, ValueState const& before)
+{
+    if (graph != nullptr) {
+        graph->getHistory().record(value, before, *value.getState());
+    }
+    auto* const listener = dynamic_cast<PiValueChangeInterface*>(controller.get());
+    if (listener != nullptr) {
+        listener->valueChanged(RCShdPtr<PiValue>(&value));
+    }
+}
+
+PiToolInterface& HostNode::getToolInterface() const
+{
+    return *castStrong<PiToolInterface>(controller);
+}
+
+RCShdPtr<PiInput> HostNode::addInput(std::string const& prefix,
+                                     PiStructuredPolicyDescriptor::Member const& input)
+{
+    std::string const fullName = prefix + input.name;
+    if (!input.type) {
+        std::vector<HostStructuredInput::Member> members;
+        for (PiStructuredPolicyDescriptor::Member const& member : input.structure.getMembers()) {
+            members.emplace_back(member.name, addInput(fullName + ".", member));
+        }
+        return makeShared<HostStructuredInput>(fullName, std::move(members));
+    }
+    RCShdPtr<HostValue> const value = makeInputValue(
+        fullName, *input.type, getToolInterface().getInputPolicy(fullName), this);
+    if (!value.isNull()) {
+        addValue(fullName, false, value);
+    }
+    RCShdPtr<PiOutput> connection;
+    if (input.type->getCode() == PiSocketType::Curve) {
+        connection = makeShared<CurveOutput>(makeShared<CurveNode>(value, *graph));
+    }
+    return makeShared<HostInput>(fullName, value, connection);
+}
+
+void HostNode::addStoredValue(PiDeclaration const& declaration)
+{
+    std::string const& name = declaration.input.name;
+    addValue(name, true, makeStoredValue(name, *declaration.valueType, this));
+}
+
+RCShdPtr<HostValue> HostNode::addValue(std::string const& name, bool isStored,
+                                       RCShdPtr<HostValue> value)
+{
+    values.push_back({name, isStored, value});
+    return value;
+}

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "base/RCWeakPtr.h"
+#include "pluginAPI/PiNode.h"
+#include "pluginAPI/PiToolInterface.h"
+#include "pluginAPI/PiToolProtocol.h"
+#include "runtime/values/HostValue.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+class HostGraph;
+
+/// The state of every value of a node, by full name.
+using NodeValues = std::map<std::string, ValueState>;
+
+/// One tool in a graph, built from the tool's description: its inputs, the values behind them, the
+/// values that it stores, and a curve node for every curve input. User-interface thread.
+class HostNode : public PiNode, private ValueObserver {
+public:
+    /// A value and where it comes from.
+    struct ValueSlot {
+        std::string name; ///< full name
+        bool isStored;    ///< without an input
+        RCShdPtr<HostValue> value;
+    };
+
+    /// Builds the node of a tool. The graph lives longer or is left with `leaveGraph`.
+    HostNode(PiToolProtocol const& tool, HostGraph& hostGraph);
+    ~HostNode() noexcept(false) override;
+
+    RCShdPtr<PiInput> findInput(std::string const& name, bool mustExist) const override;
+    RCShdPtr<PiValue> findValue(std::string const& name, bool mustExist) const override;
+    RCWeakPtr<PiNodeController> getController() const override { return controller; }
+    void resetInputs() override;
+    RCShdPtr<PiGraph> getGraph() const override;
+
+    PiToolProtocol const& getTool() const { return tool; }
+
+    /// All values in the order of the description, curves included.
+    std::vector<ValueSlot> const& getValues() const { return values; }
+
+    /// The value of that full name; empty when there is none.
+    RCShdPtr<HostValue> getValue(std::string const& name) const;
+
+    /// What the tool declared, in its order.
+    std::vector<PiDeclaration> const& getDeclarations() const { return declarations; }
+
+    /// Tells the controller that the node is new or restored.
+    void notifyCreated();
+    void notifyLoaded();
+
+    /// Sets the named values to these states; the controller is told of each change. Throws
+    /// ValueError, having changed nothing, if one of them is unknown or not accepted.
+    void setValues(NodeValues const& states);
+
+    /// The chain that turns pictures of `source` into the tool's.
+    PxStrongHndl<PxNode const> buildChain(PxNodePtr<PxImageProtocol const> const& source);
+
+    /// Ends the node's tie to its graph.
+    void leaveGraph() { graph = nullptr; }
+
+private:
+    void valueChanged(HostValue& value, ValueState const& before) override;
+    PiToolInterface& getToolInterface() const;
+    RCShdPtr<PiInput> addInput(std::string const& prefix,
+                               PiStructuredPolicyDescriptor::Member const& input);
+    void addStoredValue(PiDeclaration const& declaration);
+    RCShdPtr<HostValue> addValue(std::string const& name, bool isStored, RCShdPtr<HostValue> value);
+
+    PiToolProtocol const& tool;
+    HostGraph* graph;
+    RCStrongPtr<PiNodeController> controller;
+    std::vector<PiDeclaration> declarations;
+    std::map<std::string, RCShdPtr<PiInput>> inputs; // top-level
+    std::vector<ValueSlot> values;
+    NodeValues inputDefaults;
+};

@@ -1,0 +1,111 @@
+#include "runtime/loader/ToolLoader.h"
+
+#include "base/EvEventManager.h"
+#include "base/InBuildInfo.h"
+#include "base/InPackageInit.h"
+#include "pluginAPI/PxRequestMgr.h"
+
+#include <cstdlib>
+#include <dlfcn.h>
+#include <sstream>
+
+namespace {
+
+constexpr bool runsForAUser = true;
+
+/// The dynamic linker's message without the path that it starts with.
+std::string takeLinkerError(std::filesystem::path const& library)
+{
+    char const* const text = dlerror();
+    std::string message = text == nullptr ? "unknown reason" : text;
+    std::string const prefix = library.string() + ": ";
+    return message.starts_with(prefix) ? message.substr(prefix.size()) : message;
+}
+
+std::filesystem::path getProgramFolder()
+{
+    std::error_code failure;
+    return std::filesystem::read_symlink("/proc/self/exe", failure).parent_path();
+}
+
+} // namespace
+
+ToolLoader::ToolLoader() = default;
+
+ToolLoader::~ToolLoader()
+{
+    PxRequestMgr::getInstance().shutDown();
+    EvEventManager::getInstance().discardEvents();
+    PiToolRegistry::getInstance().clear();
+    InPackageRegistry::getInstance().shutDownPackages();
+    InBuildInfoUtil::clear();
+    while (!libraries.empty()) {
+        libraries.pop_back();
+    }
+}
+
+void ToolLoader::load(std::filesystem::path const& library)
+{
+    auto const fail = [&](std::string const& why) {
+        throw ToolLoadError("cannot use the tool library " + library.string() + ": " + why);
+    };
+    std::size_t const nbPackages = InPackageRegistry::getInstance().getNbPackages();
+    std::unique_ptr<void, Close> handle(dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL));
+    if (handle == nullptr) {
+        fail(takeLinkerError(library));
+    }
+    if (InPackageRegistry::getInstance().getNbPackages() == nbPackages) {
+        fail("it announces no package to the host");
+    }
+    libraries.push_back(std::move(handle));
+    try {
+        InPackageRegistry::getInstance().startPackages(runsForAUser);
+    } catch (std::exception const& error) {
+        fail(std::string("its package does not start: ") + error.what());
+    }
+}
+
+void ToolLoader::find(std::string const& fileName)
+{
+    std::string searched;
+    for (std::filesystem::path const& folder : getToolFolders()) {
+        std::error_code failure;
+        if (std::filesystem::is_regular_file(folder / fileName, failure)) {
+            return load(folder / fileName);
+        }
+        searched += (searched.empty() ? "" : ", ") + folder.string();
+    }
+    throw ToolLoadError("cannot find the tool library " + fileName + " in " + searched +
+                        "; set VX_TOOL_PATH to its folder");
+}
+
+PiToolProtocol const& ToolLoader::getTool(std::string const& name) const
+{
+    PiToolProtocol const* const tool = PiToolRegistry::getInstance().find(name);
+    if (tool == nullptr) {
+        throw ToolLoadError("no loaded library offers the tool \"" + name + "\"");
+    }
+    return *tool;
+}
+
+void ToolLoader::Close::operator()(void* library) const
+{
+    dlclose(library);
+}
+
+std::vector<std::filesystem::path> getToolFolders()
+{
+    std::vector<std::filesystem::path> folders;
+    if (char const* const given = std::getenv("VX_TOOL_PATH")) {
+        std::istringstream list(given);
+        for (std::string folder; std::getline(list, folder, ':');) {
+            if (!folder.empty()) {
+                folders.emplace_back(folder);
+            }
+        }
+    }
+    std::filesystem::path const program = getProgramFolder();
+    folders.push_back(program);
+    folders.push_back((program / ".." / "lib" / "vxtools").lexically_normal());
+    return folders;
+}

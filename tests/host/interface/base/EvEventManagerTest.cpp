@@ -1,0 +1,153 @@
+// The event queue: order, failures, what runs when, and posting from other threads.
+
+#include "base/EvEventManager.h"
+
+#include "base/HostException.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+namespace {
+
+class TestEvent : public EvRequestEvent {
+public:
+    explicit TestEvent(std::function<void()> eventWork) : work(std::move(eventWork)) {}
+    void execute() override { work(); }
+
+private:
+    std::function<void()> work;
+};
+
+struct ThrowsWhenDestroyed : EvRequestEvent {
+    ~ThrowsWhenDestroyed() noexcept(false) override { throw std::runtime_error("destroyed"); }
+    void execute() override { throw std::runtime_error("executed"); }
+};
+
+struct EvEventManagerTest : ::testing::Test {
+    ~EvEventManagerTest() override
+    {
+        manager.discardEvents();
+        manager.setFailureReporter({});
+        manager.takeFailures();
+    }
+    void post(std::function<void()> work) { manager.post(makeOwned<TestEvent>(std::move(work))); }
+    void postLetter(char letter)
+    {
+        post([this, letter] { log += letter; });
+    }
+    void postFailure(char const* text)
+    {
+        post([text] { throw std::runtime_error(text); });
+    }
+
+    EvEventManager& manager = EvEventManager::getInstance();
+    std::string log;
+};
+
+TEST_F(EvEventManagerTest, EventsPostedByAnEventWaitForTheNextRound)
+{
+    post([this] { postLetter('c'); });
+    postLetter('a');
+    EXPECT_EQ(2, manager.processEvents());
+    EXPECT_EQ("a", log);
+    EXPECT_EQ(1, manager.processEvents());
+    EXPECT_EQ("ac", log);
+    EXPECT_EQ(0, manager.processEvents());
+}
+
+TEST_F(EvEventManagerTest, EventThatProcessesEventsKeepsTheOrderAndRunsNothingTwice)
+{
+    post([this] {
+        postLetter('c');
+        EXPECT_EQ(3, manager.processEvents());
+        postLetter('d');
+    });
+    postLetter('a');
+    postLetter('b');
+    EXPECT_EQ(1, manager.processEvents());
+    EXPECT_EQ("abc", log);
+    EXPECT_EQ(1, manager.processEvents());
+    EXPECT_EQ("abcd", log);
+}
+
+TEST_F(EvEventManagerTest, FailuresAreReportedAndTheRestGoesOn)
+{
+    postFailure("first");
+    manager.post(makeOwned<ThrowsWhenDestroyed>());
+    postLetter('a');
+    EXPECT_EQ(3, manager.processEvents());
+    EXPECT_EQ("a", log);
+    std::vector<std::string> const expected{"first", "executed", "destroyed"};
+    EXPECT_EQ(expected, manager.takeFailures());
+    EXPECT_TRUE(manager.takeFailures().empty());
+}
+
+TEST_F(EvEventManagerTest, ReporterTakesFailuresAndItsOwnAreKept)
+{
+    std::string reported;
+    manager.setFailureReporter([&](std::string const& text) {
+        reported += text;
+        if (text == "bad") {
+            throw std::runtime_error("reporter");
+        }
+    });
+    postFailure("good");
+    postFailure("bad");
+    postLetter('a');
+    EXPECT_EQ(3, manager.processEvents());
+    EXPECT_EQ("goodbad", reported);
+    EXPECT_EQ("a", log);
+    std::vector<std::string> const expected{"bad", "reporter"};
+    EXPECT_EQ(expected, manager.takeFailures());
+}
+
+TEST_F(EvEventManagerTest, DiscardedEventsAreDestroyedWithoutRunning)
+{
+    auto const marker = std::make_shared<int>(0);
+    post([this, marker] { log += 'x'; });
+    manager.post(makeOwned<ThrowsWhenDestroyed>());
+    EXPECT_TRUE(manager.waitForEvents(std::chrono::milliseconds(0)));
+    manager.discardEvents();
+    EXPECT_EQ(1, marker.use_count());
+    EXPECT_FALSE(manager.waitForEvents(std::chrono::milliseconds(1)));
+    EXPECT_EQ("", log);
+    EXPECT_EQ(std::vector<std::string>{"destroyed"}, manager.takeFailures());
+    EXPECT_THROW(manager.post({}), NullPointerException);
+}
+
+TEST_F(EvEventManagerTest, EveryEventOfEveryThreadRunsInItsThreadsOrder)
+{
+    constexpr int nbThreads = 3;
+    constexpr int nbEvents = 2000;
+    std::vector<int> next(nbThreads, 0);
+    std::vector<std::jthread> threads;
+    for (int thread = 0; thread < nbThreads; ++thread) {
+        threads.emplace_back([this, &next, thread] {
+            for (int number = 0; number < nbEvents; ++number) {
+                post([&next, thread, number] { EXPECT_EQ(number, next[thread]++); });
+            }
+        });
+    }
+    int nbProcessed = 0;
+    while (nbProcessed < nbThreads * nbEvents) {
+        ASSERT_TRUE(manager.waitForEvents(std::chrono::seconds(30)));
+        nbProcessed += manager.processEvents();
+    }
+    EXPECT_EQ(std::vector<int>(nbThreads, nbEvents), next);
+}
+
+TEST_F(EvEventManagerTest, EventNamesItsRunTimeTypeAndIsNotClonedByDefault)
+{
+    TestEvent const event([] {});
+    std::ostringstream out;
+    event.dump(out);
+    EXPECT_NE(std::string::npos, out.str().find("TestEvent\n"));
+    EXPECT_TRUE(event.clone().isNull());
+}
+
+} // namespace

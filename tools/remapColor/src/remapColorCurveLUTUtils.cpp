@@ -1,0 +1,232 @@
+// Adjustment curves as tables: sampling a curve, and mapping values through the samples.
+
+#include "remapColorCurveLUTUtils.h"
+
+#include "base/Assertions.h"
+#include "base/RCExUtil.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <utility>
+
+namespace {
+
+constexpr char const* sourceFile = "tools\\remapColor\\src\\remapColorCurveLUTUtils";
+constexpr int curveSubdivisions = 30;
+/// A segment narrower than this share of the evaluation step is a step of the curve.
+constexpr float stepsPerTolerance = 1000.0F;
+constexpr float degenerateHandleLength = std::numeric_limits<float>::epsilon();
+constexpr float smallestRange = std::numeric_limits<float>::min();
+
+using Point = GePoint2<float>;
+
+void check(bool holds, int line, char const* expression)
+{
+    if (!holds) {
+        Assertions::throwAssertionFailed(sourceFile, line, expression);
+    }
+}
+
+/// Reads a polyline off at positions that never decrease.
+class PolylineWalk {
+public:
+    PolylineWalk(Vector<Point> const& polyline, float narrowestSegment)
+        : data(polyline), tolerance(narrowestSegment)
+    {
+    }
+
+    float valueAt(float x)
+    {
+        if (data[segment].x > x) {
+            return data[segment].y;
+        }
+        while (segment + 2 < data.size() && x >= data[segment + 1].x) {
+            ++segment;
+        }
+        auto const [x0, y0] = data[segment];
+        auto const [x1, y1] = data[segment + 1];
+        if (x >= x1) {
+            return y1;
+        }
+        check(x0 <= x, 156, "x0 <= lutX");
+        check(x1 > x, 159, "x1 > lutX");
+        float const dx = x1 - x0;
+        if (tolerance > dx) {
+            return y0;
+        }
+        return ((x1 - x) * y0 + (x - x0) * y1) / dx;
+    }
+
+private:
+    Vector<Point> const& data;
+    float tolerance;
+    std::size_t segment = 0;
+};
+
+/// A straight line through an end key.
+struct EndLine {
+    float slope = 0.0F;
+    float keyX = 0.0F;
+    float keyY = 0.0F;
+};
+
+bool isDegenerate(Point const& key, Point const& handle)
+{
+    Point const d{handle.x - key.x, handle.y - key.y};
+    float const length = ::sqrtf(d.x * d.x + d.y * d.y);
+    return length > 0.0F ? degenerateHandleLength >= length
+                         : length + degenerateHandleLength >= 0.0F;
+}
+
+/// The line through `key` along the direction from `from` to `to`, which are the key and its handle
+/// in the caller's order: it decides the sign of a slope of zero.
+EndLine makeEndLine(Point const& key, Point const& handle, Point const& from, Point const& to)
+{
+    if (isDegenerate(key, handle)) {
+        return {};
+    }
+    return {(to.y - from.y) / (to.x - from.x), key.x, key.y};
+}
+
+} // namespace
+
+void RemapColorCurveLUTUtils::curveToLUT(Vector<float>& lut, float rangeMin, float rangeMax,
+                                         RCShdPtr<BzFunctionCurve>& curve, float* lutMin,
+                                         float* lutMax)
+{
+    // The evaluation step divides the range by N - 1, the table's spacing by N - 2: the last entry
+    // is a guard.
+    std::size_t const nbEntries = lut.size();
+    float const step = (rangeMax - rangeMin) / static_cast<float>(nbEntries - 1);
+
+    Vector<Point> data;
+    curve->evaluateCurve(data, curveSubdivisions, step);
+    check(!data.empty(), 78, "!data.empty()");
+    if (data.size() == 1) {
+        data.push_back(Point(data.front()));
+    }
+
+    auto const [leftmost, rightmost] = std::minmax_element(
+        data.begin(), data.end(), [](Point const& a, Point const& b) { return a.x < b.x; });
+    *lutMin = std::max(rangeMin, leftmost->x);
+    *lutMax = std::min(rangeMax, rightmost->x);
+
+    PolylineWalk walk(data, step / stepsPerTolerance);
+    auto const nbIntervals = static_cast<float>(nbEntries - 2);
+    float lutX = *lutMin;
+    for (std::size_t entry = 0; entry + 1 < nbEntries; ++entry) {
+        lut[entry] = walk.valueAt(lutX);
+        lutX = *lutMin + ((*lutMax - *lutMin) * static_cast<float>(entry + 1)) / nbIntervals;
+    }
+    lut[nbEntries - 1] = lut[nbEntries - 2];
+}
+
+/// The line below the table.
+class RemapColorCurveLUTUtils::ScanlineLut::InExtrapolator {
+public:
+    explicit InExtrapolator(EndLine const& line)
+        : slope(line.slope), keyX(line.keyX), keyY(line.keyY)
+    {
+    }
+    virtual ~InExtrapolator() = default;
+
+    /// The difference is formed in float, the rest in double: tables and lines meet bit for bit.
+    float map(float value) const
+    {
+        return static_cast<float>(static_cast<double>(keyY) -
+                                  static_cast<double>(keyX - value) * static_cast<double>(slope));
+    }
+
+private:
+    float slope;
+    float keyX;
+    float keyY;
+};
+
+/// The line above the table.
+class RemapColorCurveLUTUtils::ScanlineLut::OutExtrapolator {
+public:
+    explicit OutExtrapolator(EndLine const& line)
+        : slope(line.slope), keyX(line.keyX), keyY(line.keyY)
+    {
+    }
+    virtual ~OutExtrapolator() = default;
+
+    /// As below the table, with the difference and the sign the other way round.
+    float map(float value) const
+    {
+        return static_cast<float>(static_cast<double>(keyY) +
+                                  static_cast<double>(value - keyX) * static_cast<double>(slope));
+    }
+
+private:
+    float slope;
+    float keyX;
+    float keyY;
+};
+
+RemapColorCurveLUTUtils::ScanlineLut::ScanlineLut(RCShdPtr<BzFunctionCurve>& curve,
+                                                  Vector<float> table, float lutMin, float lutMax)
+    : lut(std::move(table))
+{
+    Vector<Point> const& points = std::as_const(*curve).getCtrlPoints();
+    Point const firstKey = points[1];
+    Point const firstHandle = curve->getTangentHandle(0);
+    inExtrapolator = std::make_unique<InExtrapolator>(
+        makeEndLine(firstKey, firstHandle, firstHandle, firstKey));
+
+    std::size_t const last = points.size() / 3 - 1;
+    Point const lastKey = points[3 * last + 1];
+    Point const lastHandle = curve->getTangentHandle(static_cast<int>(last));
+    outExtrapolator = std::make_unique<OutExtrapolator>(
+        makeEndLine(lastKey, lastHandle, lastKey, lastHandle));
+
+    if (lutMin == lutMax) {
+        // A single x: position 0 for every number.
+        lutScale = 0.0F;
+        lutOffset = 0.0F;
+        return;
+    }
+    float range = lutMax - lutMin;
+    range = range < 0.0F ? std::min(range, -smallestRange) : std::max(range, smallestRange);
+    lutScale = static_cast<float>(lut.size() - 2) / range;
+    lutOffset = (0.0F - lutMin) * lutScale;
+}
+
+RemapColorCurveLUTUtils::ScanlineLut::~ScanlineLut()
+{
+    outExtrapolator.reset();
+    inExtrapolator.reset();
+}
+
+float RemapColorCurveLUTUtils::ScanlineLut::map(float value) const
+{
+    float const position = lutScale * value + lutOffset;
+    if (0.0F > position) {
+        return inExtrapolator->map(value);
+    }
+    if (position > static_cast<float>(lut.size() - 2)) {
+        return outExtrapolator->map(value);
+    }
+    float const valid = position > 0.0F ? position : 0.0F; // a NaN reads entry 0
+    auto const entry = static_cast<int>(valid);
+    float const share = valid - static_cast<float>(entry);
+    auto const index = static_cast<std::size_t>(entry);
+    return (1.0F - share) * lut[index] + share * lut[index + 1];
+}
+
+void RemapColorCurveLUTUtils::ScanlineLut::processScanline(float& out, float value) const
+{
+    out = map(value);
+}
+
+void RemapColorCurveLUTUtils::ScanlineLut::processCurve(Vector<GePoint2<float>>& out,
+                                                        Vector<GePoint2<float>> const& in) const
+{
+    out.reserve(out.size() + in.size());
+    for (Point const& point : in) {
+        out.push_back({point.x, map(point.y)});
+    }
+}

@@ -1,0 +1,425 @@
+// The Linear mode: its inputs, its transfer and its processing node.
+
+#include "remapColorLinearMode.h"
+
+#include "base/RCExUtil.h"
+#include "internalAPI/PiTypedValueUtil.h"
+#include "pluginAPI/PiInputPolicy.h"
+#include "remapColorModeProcNode.h"
+#include "remapColorNames.h"
+#include "remapColorNodeUtils.h"
+#include "remapColorTransferUtils.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace {
+
+namespace Names = RemapColorNames::Linear;
+using RemapColorNames::nbChannels;
+using RemapColorNames::nbParams;
+using Pixel = CoRgbaColorTyped<float>;
+
+constexpr float smallestInputSpan = 1e-7F;
+constexpr float gammaIsOneTolerance = 1e-6F;
+constexpr float gammaIsOneMaximum = 1.00000095367F; // the float nearest 1 + gammaIsOneTolerance
+constexpr float gammaIsAbsentTolerance = 1e-6F;
+constexpr double rangeBound = 2147483647.0; // in effect no range
+
+/// The five parameters of one channel.
+struct LinearParams {
+    float inMin;
+    float inMax;
+    float outMin;
+    float outMax;
+    float gamma;
+};
+
+/// What the parameters of one channel become before pixels flow:
+///   scale    = max(outMax - outMin, 0) / max(inMax - inMin, 1e-7)
+///   offset   = outMin - inMin * scale
+///   invGamma = 1 / gamma, kept finite
+/// Output levels that are reversed thus give a flat line at the output minimum, never an inverted
+/// one.
+struct LevelsLine {
+    explicit LevelsLine(LinearParams const& params)
+    {
+        float const inSpan = params.inMax - params.inMin;
+        float const outSpan = params.outMax - params.outMin;
+        scale = (outSpan > 0.0F ? outSpan : 0.0F) /
+                (inSpan > smallestInputSpan ? inSpan : smallestInputSpan);
+        offset = params.outMin - params.inMin * scale;
+        invGamma = RemapColorTransferUtils::invertGamma(params.gamma);
+    }
+
+    float scale;
+    float offset;
+    float invGamma;
+};
+
+float applyLevels(float value, float scale, float offset)
+{
+    return value * scale + offset;
+}
+
+/// A power that maps negative values point-symmetrically instead of to NaN.
+float applySignedPower(float value, float exponent)
+{
+    return 0.0F > value ? 0.0F - ::powf(0.0F - value, exponent) : ::powf(value, exponent);
+}
+
+/// The order of the comparisons lets a NaN through and gives `high` for reversed bounds.
+float clampToRange(float value, float low, float high)
+{
+    float const notBelow = low > value ? low : value;
+    return high < notBelow ? high : notBelow;
+}
+
+bool countsAsOne(float gamma)
+{
+    return gamma > 1.0F ? gamma <= gammaIsOneMaximum : gamma + gammaIsOneTolerance >= 1.0F;
+}
+
+bool countsAsAbsent(float gamma)
+{
+    return gamma > 0.0F ? gamma <= gammaIsAbsentTolerance
+                        : gamma + gammaIsAbsentTolerance >= 0.0F;
+}
+
+// Which steps a pixel goes through besides the levels line and the adjusted curves. The signed power
+// comes before the curves, the clamp after them.
+struct LinearFunction {
+    static constexpr bool appliesGamma = false;
+    static constexpr bool clamps = false;
+};
+struct LinearGammaFunction {
+    static constexpr bool appliesGamma = true;
+    static constexpr bool clamps = false;
+};
+struct LinearClampFunction {
+    static constexpr bool appliesGamma = false;
+    static constexpr bool clamps = true;
+};
+struct LinearGammaClampFunction {
+    static constexpr bool appliesGamma = true;
+    static constexpr bool clamps = true;
+};
+
+/// Working values of the three channels, and the transfer before and after the adjusted curves.
+/// The values never change while pixels flow.
+class LinearProcess {
+public:
+    void setChannel(int channel, float inMin, float inMax, float outMin, float outMax, float gamma)
+    {
+        LevelsLine const line({inMin, inMax, outMin, outMax, gamma});
+        scale[channel] = line.scale;
+        offset[channel] = line.offset;
+        invGamma[channel] = line.invGamma;
+        clampRange[channel] = {outMin, outMax};
+    }
+    void setAdjustedCurves(RCShdPtr<RemapColorController::AdjustedCurveScanline> const& stage)
+    {
+        adjustedCurves = stage;
+    }
+
+    template <typename Function>
+    Pixel transferPixel(Pixel const& in) const
+    {
+        Pixel const out = adjustedCurves->processPixel(beforeCurves<Function>(in));
+        return afterCurves<Function>(out, in.alpha);
+    }
+
+    template <typename Function>
+    void transferRow(PiPixelLoopOneSource::Row row, PiPixelLoopOneSource::SourceRow sourceRow) const
+    {
+        for (std::size_t pixel = 0; pixel < row.size(); ++pixel) {
+            row[pixel] = beforeCurves<Function>(sourceRow[pixel]);
+        }
+        // The row is written whole before the stage runs: the stage works in place.
+        adjustedCurves->processRow(row);
+        if constexpr (Function::clamps) {
+            for (Pixel& pixel : row) {
+                pixel = afterCurves<Function>(pixel, pixel.alpha);
+            }
+        }
+    }
+
+private:
+    struct ClampRange {
+        float low;
+        float high;
+    };
+
+    template <typename Function>
+    float transferValue(int channel, float value) const
+    {
+        float const line = applyLevels(value, scale[channel], offset[channel]);
+        if constexpr (Function::appliesGamma) {
+            return applySignedPower(line, invGamma[channel]);
+        }
+        return line;
+    }
+
+    template <typename Function>
+    Pixel beforeCurves(Pixel const& in) const
+    {
+        return {transferValue<Function>(0, in.red), transferValue<Function>(1, in.green),
+                transferValue<Function>(2, in.blue), in.alpha};
+    }
+
+    template <typename Function>
+    Pixel afterCurves(Pixel const& out, float alpha) const
+    {
+        if constexpr (Function::clamps) {
+            return {clampToRange(out.red, clampRange[0].low, clampRange[0].high),
+                    clampToRange(out.green, clampRange[1].low, clampRange[1].high),
+                    clampToRange(out.blue, clampRange[2].low, clampRange[2].high), alpha};
+        }
+        return out;
+    }
+
+    float scale[nbChannels];
+    float offset[nbChannels];
+    float invGamma[nbChannels];
+    ClampRange clampRange[nbChannels];
+    RCShdPtr<RemapColorController::AdjustedCurveScanline> adjustedCurves;
+};
+
+/// Runs the transfer over a tile; lives for one computation.
+template <typename Function>
+class LinearLoop : public LinearProcess, public PiPixelLoopOneSource {
+public:
+    LinearLoop(LinearProcess const& process, IxWriteGuard& destination,
+               PiImageModifierTypes::AffectType affect)
+        : LinearProcess(process), PiPixelLoopOneSource(destination, affect)
+    {
+    }
+    ~LinearLoop() override = default;
+
+    void processRow(Row row, SourceRow sourceRow) override { transferRow<Function>(row, sourceRow); }
+    Pixel processPixel(Pixel const& in) override { return transferPixel<Function>(in); }
+};
+
+enum class ClampOutput { No, Yes };
+enum class ApplyGamma { No, Yes };
+
+/// Calls `function` with the function class that does no more than is asked for.
+template <typename Function>
+auto withFunctionClass(ApplyGamma gamma, ClampOutput clamp, Function const& function)
+{
+    if (clamp == ClampOutput::Yes) {
+        return gamma == ApplyGamma::Yes ? function(LinearGammaClampFunction())
+                                        : function(LinearClampFunction());
+    }
+    return gamma == ApplyGamma::Yes ? function(LinearGammaFunction()) : function(LinearFunction());
+}
+
+/// Evaluates the Linear mode: each request reads the inputs afresh at its own time.
+class ProcNode : public RemapColorController::ModeProcNode {
+public:
+    using ValueNodes = std::array<std::array<PxStrongHndl<>, nbChannels>, nbParams>;
+
+    ProcNode(Init const& init, PxNodePtr<PxImageProtocol const> const& imageSource,
+             PxStrongHndl<> const& clampNode, ValueNodes const& valueNodes,
+             PiInputNodeBuilder& builder)
+        : PxNode(init), ModeProcNode(init, imageSource, builder), source(imageSource),
+          clamp(castNode<PxAnimValueProtocol<bool> const>(clampNode))
+    {
+        for (int param = 0; param < nbParams; ++param) {
+            for (int channel = 0; channel < nbChannels; ++channel) {
+                values[param][channel] =
+                    castNode<PxAnimValueProtocol<double> const>(valueNodes[param][channel]);
+            }
+        }
+    }
+
+    ~ProcNode() noexcept(false) override
+    {
+        unregisterChild(source);
+        unregisterChild(clamp);
+        forEachValue([&](auto const& value) { unregisterChild(value); });
+    }
+
+    void init() override
+    {
+        ModeProcNode::init();
+        registerChild(source);
+        registerChild(clamp);
+        forEachValue([&](auto const& value) { registerChild(value); });
+    }
+
+    PxImageResult computeImage(PxImageContext const& context) const override
+    {
+        PxImageResult const sourceResult = source->computeImage(context);
+        PxValidityInterval validity = sourceResult.getValidity();
+        IxWriteGuard guard(allocateImageBuffer(context, sourceResult.getPixelRegion()));
+        Request const request = readRequest(context, validity);
+        withFunctionClass(request.gamma, request.clamp, [&](auto function) {
+            LinearLoop<decltype(function)> loop(request.process, guard,
+                                                static_cast<PiImageModifierTypes::AffectType>(1));
+            loop.process(sourceResult.getTileGuard());
+        });
+        return {guard.getTile(), validity};
+    }
+
+    Pixel computePixel(PxTimeContext const& time, Pixel const& in) const override
+    {
+        PxValidityInterval validity = PxValidityInterval::getFull();
+        Request const request = readRequest(time, validity);
+        return withFunctionClass(request.gamma, request.clamp, [&](auto function) {
+            return request.process.template transferPixel<decltype(function)>(in);
+        });
+    }
+
+private:
+    struct Request {
+        ClampOutput clamp;
+        ApplyGamma gamma;
+        LinearProcess process;
+    };
+
+    /// Reads all inputs at `time`, narrowing `validity`, and derives the working values.
+    Request readRequest(PxTimeContext const& time, PxValidityInterval& validity) const
+    {
+        using RemapColorNodeUtils::readValue;
+        Request request{};
+        request.clamp = readValue(clamp, time, validity) ? ClampOutput::Yes : ClampOutput::No;
+        float params[nbParams][nbChannels];
+        for (int param = 0; param < nbParams; ++param) {
+            for (int channel = 0; channel < nbChannels; ++channel) {
+                params[param][channel] =
+                    static_cast<float>(readValue(values[param][channel], time, validity));
+            }
+        }
+        auto const& gammas = params[4];
+        request.gamma = std::all_of(std::begin(gammas), std::end(gammas), countsAsOne)
+                            ? ApplyGamma::No
+                            : ApplyGamma::Yes;
+        request.process.setAdjustedCurves(createAdjustedCurveScanline(time, validity));
+        for (int channel = 0; channel < nbChannels; ++channel) {
+            request.process.setChannel(channel, params[0][channel], params[1][channel],
+                                       params[2][channel], params[3][channel], gammas[channel]);
+        }
+        return request;
+    }
+
+    template <typename Function>
+    void forEachValue(Function const& function) const
+    {
+        for (auto const& param : values) {
+            for (auto const& value : param) {
+                function(value);
+            }
+        }
+    }
+
+    PxNodePtr<PxImageProtocol const> source;
+    PxNodePtr<PxAnimValueProtocol<double> const> values[nbParams][nbChannels];
+    PxNodePtr<PxAnimValueProtocol<bool> const> clamp;
+};
+
+/// A structure with the members red, green and blue; `policy` may be empty.
+PiStructuredPolicyDescriptor describeChannels(RCShdPtr<PiInputPolicy const> const& policy)
+{
+    PiStructuredPolicyDescriptor channels;
+    for (std::string const& channel : RemapColorNames::channels) {
+        if (policy) {
+            channels.add(channel, PiSocketType::Double, policy, PiSocketType::Single);
+        } else {
+            channels.add(channel, PiSocketType::Double, PiSocketType::Single);
+        }
+    }
+    return channels;
+}
+
+} // namespace
+
+std::string RemapColorLinearMode::getModeName()
+{
+    return getName();
+}
+
+void RemapColorLinearMode::describeInputs(PiToolPolicyDescriptor& descriptor)
+{
+    // The minima carry no policy: the range policy's default of 1 is not theirs.
+    PiStructuredPolicyDescriptor const withoutPolicy = describeChannels({});
+    PiStructuredPolicyDescriptor const withPolicy = describeChannels(
+        PiRangeInputPolicy<double>::create(-rangeBound, rangeBound, 1.0, true, false));
+
+    PiStructuredPolicyDescriptor levels;
+    levels.add(Names::minimum, withoutPolicy, PiSocketType::Single);
+    levels.add(Names::maximum, withPolicy, PiSocketType::Single);
+
+    PiStructuredPolicyDescriptor mode;
+    mode.add(Names::inputLevel, levels, PiSocketType::Single);
+    mode.add(Names::outputLevel, levels, PiSocketType::Single);
+    mode.add(Names::gamma, withPolicy, PiSocketType::Single);
+    mode.add(Names::clamp, PiSocketType::Switch, PiSwitchInputPolicy::create(true, true, false),
+             PiSocketType::Single);
+
+    for (std::string const& link : Names::links) {
+        descriptor.stores(link, PiValueType::Boolean);
+    }
+    descriptor.requires_(Names::modeName, mode, PiSocketType::Single);
+}
+
+PxStrongHndl<> RemapColorLinearMode::createModeProcNode(
+    RCShdPtr<PiNode> const& node, PiInputNodeBuilder& builder,
+    PxNodePtr<PxImageProtocol const> const& source)
+{
+    ProcNode::ValueNodes valueNodes;
+    auto const inputs = castShared<PiStructuredInput>(node->findInput(Names::modeName, true));
+    for (int param = 0; param < nbParams; ++param) {
+        for (int channel = 0; channel < nbChannels; ++channel) {
+            valueNodes[param][channel] = builder.getInputNode(getInputName(param, channel));
+        }
+    }
+    PxStrongHndl<> const clampNode = builder.getInputNode(inputs->findMember(Names::clamp, false));
+    return PxStrongHndl<>(makeNode<ProcNode>(source, clampNode, valueNodes, builder).get());
+}
+
+void RemapColorLinearMode::resetLinks(RCShdPtr<PiNode> const& node)
+{
+    for (std::string const& link : Names::links) {
+        PiTypedValueUtil<bool>(node->findValue(link, true), CheckNull::Yes)->setValue(true);
+    }
+}
+
+std::string RemapColorLinearMode::getName()
+{
+    return Names::modeName;
+}
+
+std::string RemapColorLinearMode::getChannelName(int channel)
+{
+    return RemapColorNames::channels[channel];
+}
+
+std::string RemapColorLinearMode::getParamName(int param)
+{
+    return Names::params[param];
+}
+
+std::string RemapColorLinearMode::getInputName(int param, int channel)
+{
+    return RemapColorNames::join(RemapColorNames::join(getName(), getParamName(param)),
+                                 getChannelName(channel));
+}
+
+std::string RemapColorLinearMode::getClampName()
+{
+    return RemapColorNames::join(getName(), Names::clamp);
+}
+
+void RemapColorLinearMode::computeCurve(GeInterval<float> const& range, int samples, bool,
+                                        float inMin, float inMax, float outMin, float outMax,
+                                        float gamma, Vector<GePoint2<float>>& points)
+{
+    LevelsLine const line({inMin, inMax, outMin, outMax, gamma});
+    bool const isStraight = countsAsAbsent(gamma);
+    RemapColorTransferUtils::sampleTransfer(range, samples, points, [&](float x) {
+        float const y = applyLevels(x, line.scale, line.offset);
+        return isStraight ? y : applySignedPower(y, line.invGamma);
+    });
+}
