@@ -84,15 +84,14 @@ void HostValue::setState(ValueState state)
 {
     auto const before = getState();
     check(state);
-    if (state == *before) {
-        return;
-    }
+    bool const isChange = state != *before;
     {
+        // Taken over in any case: 0 and -0 are equal but not the same.
         auto next = std::make_shared<ValueState const>(std::move(state));
         std::lock_guard const lock(mutex);
         current = std::move(next);
     }
-    if (observer != nullptr) {
+    if (isChange && observer != nullptr) {
         observer->valueChanged(*this, *before);
     }
 }
@@ -113,6 +112,10 @@ void HostValue::check(ValueState const& candidate) const
         auto const* const choices = dynamic_cast<PiEnumPolicy const*>(policy.get());
         if (choices != nullptr && !choices->isAnimatable() && integers->isAnimated()) {
             throw ValueError(quote(name) + " cannot be animated");
+        }
+    } else if (auto const* const list = std::get_if<Vector<double>>(&candidate)) {
+        for (double const number : *list) {
+            checkNumber(name, number, policy.get());
         }
     } else if (auto const* const curves = std::get_if<Animated<CurvePoints>>(&candidate)) {
         for (auto const& key : curves->getKeys()) {
