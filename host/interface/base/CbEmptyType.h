@@ -3,8 +3,9 @@
 /// The value of a notification that carries none.
 struct CbEmptyType {
     struct NoArgCallBase {
-        /// What calling a handler of a real value type without a value ends in: a programming
-        /// error, thrown as an assertion failure.
-        [[noreturn]] static void invalidNoArgCall();
+        /// What calling a handler of a real value type without a value comes to: a programming
+        /// error. It is reported as an assertion failure by the event manager; the handlers after
+        /// this one still get their call. User-interface thread.
+        static void invalidNoArgCall();
     };
 };

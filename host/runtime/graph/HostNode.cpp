@@ -9,6 +9,7 @@
 #include "runtime/graph/HostGraph.h"
 #include "runtime/graph/HostSockets.h"
 #include "runtime/graph/InputNodeBuilder.h"
+#include "runtime/graph/MuteNode.h"
 
 #include <utility>
 
@@ -162,7 +163,7 @@ PxStrongHndl<PxNode const> HostNode::buildChain(PxNodePtr<PxImageProtocol const>
     InputNodeBuilder builder(*this);
     PxStrongHndl<PxNode const> chain;
     getToolInterface().createModifierProcNode(chain, builder, source);
-    return chain;
+    return addMute(chain, builder.getInputNode(PiImageModifier::getMuteValueName()), source);
 }
 
 void HostNode::valueChanged(HostValue& value, ValueState const& before)

@@ -55,7 +55,8 @@ public:
     /// ValueError, having changed nothing, if one of them is unknown or not accepted.
     void setValues(NodeValues const& states);
 
-    /// The chain that turns pictures of `source` into the tool's.
+    /// The chain that turns pictures of `source` into the tool's, or leaves them as they are while
+    /// the node is muted.
     PxStrongHndl<PxNode const> buildChain(PxNodePtr<PxImageProtocol const> const& source);
 
     /// Ends the node's tie to its graph.

@@ -14,7 +14,6 @@
 #include "base/RCShdPtr.h"
 #include "base/RCWeakPtr.h"
 #include "base/Vector.h"
-#include "callbacks/CbDispatcher.h"
 #include "callbacks/RCMethodCb.h"
 #include "internalAPI/PiTypedValueUtil.h"
 #include "internalAPI/PiValueChangeInterface.h"
@@ -23,6 +22,7 @@
 #include "primitives/CoColor.h"
 #include "primitives/GePoint2.h"
 #include "primitives/GeVector2.h"
+#include "remapColorCallbacks.h"
 #include "remapColorExport.h"
 
 #include <array>

@@ -1,0 +1,5 @@
+// The library's copies of the callback classes.
+
+#include "remapColorCallbacks.h"
+
+REMAPCOLOR_CALLBACKS(template REMAPCOLOR_EXPORT)
