@@ -1,5 +1,5 @@
-/// The camera of the example scene: super-sampling, the see-through bubble, the soft frame and
-/// the depth channel.
+/// The camera of the example scene: super-sampling, the see-through bubble and the depth
+/// channel.
 #include "scene.h"
 
 #include "shading.h"
@@ -65,19 +65,6 @@ Sample sampleAt(double x, double y)
     return throughBubble(ray, *bubbleDistance, solid);
 }
 
-/// Coverage of the soft-edged frame with round corners: 0 at the border, 1 inside.
-double frameAlpha(double x, double y)
-{
-    constexpr double cornerRadius = 40.0; // In pixels, as is the softness.
-    constexpr double softness = 14.0;
-    const double outX = std::abs(x - 0.5 * sceneWidth) - (0.5 * sceneWidth - cornerRadius);
-    const double outY = std::abs(y - 0.5 * sceneHeight) - (0.5 * sceneHeight - cornerRadius);
-    const double cornerX = std::max(outX, 0.0);
-    const double cornerY = std::max(outY, 0.0);
-    const double outside = std::sqrt(cornerX * cornerX + cornerY * cornerY);
-    return smoothStep(cornerRadius - 0.5, cornerRadius - softness, outside);
-}
-
 /// Depth of the surface in the middle of the pixel: an average over samples would lie between
 /// objects. The bubble has no depth. Rounded to 1/256, which compresses far better.
 double depthAt(double x, double y)
@@ -103,9 +90,6 @@ Pixel pixelAt(int column, int row)
             pixel.alpha += sample.alpha * weight;
         }
     }
-    const double frame = frameAlpha(column + 0.5, row + 0.5);
-    pixel.color = pixel.color * frame;
-    pixel.alpha *= frame;
     pixel.depth = depthAt(column + 0.5, row + 0.5);
     return pixel;
 }

@@ -3,6 +3,7 @@
 #include "media/ErrorText.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <new>
 #include <system_error>
@@ -86,18 +87,21 @@ void throwSystemWriteError(int error, std::filesystem::path const& file)
 
 std::string trimLibraryText(std::string text, std::filesystem::path const& file)
 {
-    auto const named = text.rfind(file.string());
-    if (!file.empty() && named != std::string::npos) {
-        text.erase(0, named + file.string().size());
+    std::string const named = file.string();
+    auto const found = named.empty() ? std::string::npos : text.rfind(named);
+    if (found != std::string::npos) {
+        auto const isLetter = [](unsigned char character) { return std::isalnum(character) != 0; };
+        auto const after = text.begin() + static_cast<std::ptrdiff_t>(found + named.size());
+        bool const saysMore = std::any_of(after, text.end(), isLetter);
+        text = saysMore ? std::string(after, text.end()) : text.substr(0, found);
     }
     std::replace(text.begin(), text.end(), '\n', ' ');
     text = makePrintable(text, Letters::AsciiOnly);
-    auto const first = text.find_first_not_of("\"'.: ");
-    text.erase(0, first);
+    text.erase(0, text.find_first_not_of("\"'.:;,) "));
     if (text.size() > longestLibraryText) {
         text = text.substr(0, longestLibraryText) + "...";
     }
-    text.erase(text.find_last_not_of(". ") + 1);
+    text.erase(text.find_last_not_of("\"'.:;,( ") + 1);
     return text;
 }
 

@@ -33,7 +33,7 @@ private:
 using MediaNote = std::function<void(std::string const&)>;
 
 struct ReadOptions {
-    std::string layer;                   ///< channels of this layer ("" = the file's own R, G, B)
+    std::string layer{};                 ///< channels of this layer ("" = the file's own R, G, B)
     std::size_t mostBytes = std::size_t{64} << 30; ///< pictures announcing more are refused
 };
 

@@ -31,7 +31,7 @@ std::vector<std::filesystem::path> homeFolders()
 std::filesystem::path findModuleFile()
 {
     for (std::filesystem::path const& home : homeFolders()) {
-        for (char const* const place : {"", "../lib", "../lib/remapcolor"}) {
+        for (char const* const place : {"", "../lib", "../" REMAPCOLOR_LIBRARY_FOLDER}) {
             std::filesystem::path const file = home / place / moduleFileName;
             std::error_code ignored;
             if (!home.empty() && std::filesystem::exists(file, ignored)) {

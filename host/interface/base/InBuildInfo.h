@@ -2,6 +2,7 @@
 
 #include "base/OPtr.h"
 
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -29,6 +30,6 @@ public:
     static void registerInfo(OPtr<InBuildInfo> info);
     static std::vector<std::unique_ptr<InBuildInfo>> const& getInfos();
 
-    /// Lets all of them go: before the libraries that they come from are unloaded.
-    static void clear();
+    /// Lets all but the `count` oldest go: before the library that they come from is unloaded.
+    static void keepFirst(std::size_t count);
 };

@@ -33,9 +33,9 @@ std::vector<std::unique_ptr<InBuildInfo>> const& InBuildInfoUtil::getInfos()
     return buildInfos();
 }
 
-void InBuildInfoUtil::clear()
+void InBuildInfoUtil::keepFirst(std::size_t count)
 {
-    buildInfos().clear();
+    buildInfos().resize(std::min(count, buildInfos().size()));
 }
 
 InPackageInit::InPackageInit(std::string packageName) : name(std::move(packageName)) {}

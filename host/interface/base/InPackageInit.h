@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <typeinfo>
 #include <utility>
@@ -105,7 +104,9 @@ public:
     /// The package of that name; null when there is none.
     InPackageInit* find(std::string const& packageName) const;
     bool isRunning(InPackageInit const& package) const;
-    std::size_t getNbPackages() const { return packages.size(); }
+
+    /// Whether startPackages would start any.
+    bool hasPackageToStart() const { return running.size() < packages.size(); }
 
 private:
     friend class InPackageInit;

@@ -5,6 +5,7 @@
 #include "base/Assertions.h"
 #include "pluginAPI/PiToolProtocol.h"
 
+#include <algorithm>
 #include <utility>
 
 RCShdPtr<PiInputPolicy const> PiToolInterface::getInputPolicy(std::string const& inputName) const
@@ -140,6 +141,11 @@ PiToolProtocol const* PiToolRegistry::find(std::string const& toolName) const
         }
     }
     return nullptr;
+}
+
+void PiToolRegistry::keepFirst(std::size_t count)
+{
+    tools.resize(std::min(count, tools.size()));
 }
 
 std::vector<PiToolProtocol const*> PiToolRegistry::getTools() const

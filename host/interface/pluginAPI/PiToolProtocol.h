@@ -5,6 +5,7 @@
 #include "pluginAPI/PiNodeController.h"
 #include "pluginAPI/PiToolPolicyDescriptor.h"
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -103,8 +104,8 @@ public:
     PiToolProtocol const* find(std::string const& toolName) const;
     std::vector<PiToolProtocol const*> getTools() const;
 
-    /// Lets all tools go: before the libraries that they come from are unloaded.
-    void clear() { tools.clear(); }
+    /// Lets all but the `count` oldest go: before the library that they come from is unloaded.
+    void keepFirst(std::size_t count);
 
 private:
     std::vector<std::unique_ptr<PiToolProtocol>> tools;

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <fstream>
 #include <string>
-#include <vector>
 
 namespace {
 
 constexpr char const* orientationName = "Orientation";
+constexpr char const* dateName = "DateTime";
+constexpr char const* softwareName = "Software";
 constexpr char const* profileName = "ICCProfile";
 constexpr char const* compressionName = "compression";
 
@@ -27,6 +30,39 @@ template <typename Names>
 bool isIn(Names const& names, OIIO::string_view name)
 {
     return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+std::uint32_t readBigEndian(std::istream& stream)
+{
+    std::array<char, 4> bytes{};
+    stream.read(bytes.data(), bytes.size());
+    std::uint32_t value = 0;
+    for (char const byte : bytes) {
+        value = value << 8U | static_cast<unsigned char>(byte);
+    }
+    return value;
+}
+
+/// Whether a chunk before a PNG file's pixels says what its colours mean.
+bool hasPngColourSpace(std::filesystem::path const& file)
+{
+    constexpr std::streamoff firstChunk = 8;
+    constexpr std::streamoff checksumBytes = 4;
+    std::ifstream stream(file, std::ios::binary);
+    stream.seekg(firstChunk);
+    while (stream) {
+        std::uint32_t const size = readBigEndian(stream);
+        std::string name(4, ' ');
+        stream.read(name.data(), static_cast<std::streamsize>(name.size()));
+        if (name == "sRGB" || name == "gAMA" || name == "cHRM" || name == "iCCP") {
+            return static_cast<bool>(stream);
+        }
+        if (name == "IDAT") {
+            return false;
+        }
+        stream.seekg(static_cast<std::streamoff>(size) + checksumBytes, std::ios::cur);
+    }
+    return false;
 }
 
 bool isExif(OIIO::string_view name)
@@ -55,6 +91,15 @@ void copyAllAttributes(OIIO::ImageSpec const& source, FileKind kind, OIIO::Image
     target.full_height = source.full_height;
 }
 
+void dropAssumedColourSpace(std::filesystem::path const& file, std::optional<FileKind> kind,
+                            OIIO::ImageSpec& source)
+{
+    bool const isNamed = kind == FileKind::Png && hasPngColourSpace(file);
+    if (kind.has_value() && !isNamed) {
+        source.erase_attribute("oiio:ColorSpace");
+    }
+}
+
 void copyLookAttributes(OIIO::ImageSpec const& source, FileKind kind, OIIO::ImageSpec& target)
 {
     bool const takesOrientation = kind == FileKind::Tiff || kind == FileKind::Jpeg;
@@ -66,13 +111,20 @@ void copyLookAttributes(OIIO::ImageSpec const& source, FileKind kind, OIIO::Imag
     }
 }
 
-void suppressOwnAttributes(FileKind kind, OIIO::ImageSpec& target)
+void suppressDate(FileKind kind, OIIO::ImageSpec& target)
 {
-    char const* const added = kind == FileKind::Tiff  ? "DateTime"
-                              : kind == FileKind::Dpx ? "Software"
-                                                      : nullptr;
-    if (added != nullptr && target.find_attribute(added) == nullptr) {
-        target.attribute(added, "");
+    if (kind == FileKind::Tiff && target.find_attribute(dateName) == nullptr) {
+        target.attribute(dateName, "");
+    }
+}
+
+void clearOwnName(FileKind kind, OIIO::ImageSpec const& written, OIIO::Filesystem::IOProxy& stream)
+{
+    // The field "creator" of the file's header, SMPTE ST 268.
+    constexpr std::int64_t creatorOffset = 160;
+    std::array<char, 100> const creator{};
+    if (kind == FileKind::Dpx && written.find_attribute(softwareName) == nullptr) {
+        stream.pwrite(creator.data(), creator.size(), creatorOffset);
     }
 }
 

@@ -3,6 +3,8 @@
 #include "media/oiio/OiioReader.h"
 
 #include "media/ErrorText.h"
+#include "media/oiio/OiioAttributes.h"
+#include "media/oiio/QuietLibraries.h"
 
 #include <algorithm>
 #include <array>
@@ -73,6 +75,7 @@ OiioReader::~OiioReader() = default;
 
 void OiioReader::open()
 {
+    QuietLibraries const quiet;
     OIIO::ImageSpec config;
     // Without this, colour under low alpha is lost.
     config.attribute("oiio:UnassociatedAlpha", 1);
@@ -85,6 +88,7 @@ void OiioReader::open()
     }
     spec = input->spec();
     kind = kindOf(input->format_name());
+    dropAssumedColourSpace(path, kind, spec);
 }
 
 void OiioReader::check(std::size_t mostBytes) const
@@ -178,6 +182,7 @@ void OiioReader::noteLosses(MediaNote const& note)
         note(name + " has " + std::to_string(spec.nchannels) +
              " channels; only colour and alpha are processed and kept");
     }
+    QuietLibraries const quiet;
     if (input->seek_subimage(1, 0)) {
         note(name + " holds several pictures; only the first is processed");
     }
@@ -216,6 +221,7 @@ void OiioReader::readRows(int top, int rows)
 {
     samples.resize(static_cast<std::size_t>(spec.width) * static_cast<std::size_t>(rows) *
                    static_cast<std::size_t>(spec.nchannels) * sampleType.size());
+    QuietLibraries const quiet;
     int const begin = spec.y + top;
     bool isRead = false;
     if (spec.tile_width > 0) {

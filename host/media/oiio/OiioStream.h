@@ -13,7 +13,8 @@ public:
     explicit OiioStream(TemporaryFile const& temporary);
     ~OiioStream() override;
 
-    char const* proxytype() const override { return "file"; }
+    /// Not "file": the JPEG writer takes everything of that name for the library's own class.
+    char const* proxytype() const override { return "checked"; }
     void close() override {} // the writers close early; finish() does it
     bool seek(int64_t offset) override;
     std::size_t read(void* bytes, std::size_t count) override;

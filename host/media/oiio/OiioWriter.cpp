@@ -5,6 +5,7 @@
 #include "media/ErrorText.h"
 #include "media/PixelRows.h"
 #include "media/oiio/OiioAttributes.h"
+#include "media/oiio/QuietLibraries.h"
 
 #include <algorithm>
 #include <array>
@@ -76,7 +77,11 @@ OiioWriter::OiioWriter(std::filesystem::path const& file, ImageSource& source,
     noteLosses(media);
 }
 
-OiioWriter::~OiioWriter() = default;
+OiioWriter::~OiioWriter()
+{
+    QuietLibraries const quiet; // an unfinished file is complained about
+    output.reset();
+}
 
 void OiioWriter::planChannels(MediaSource const* source)
 {
@@ -131,7 +136,7 @@ void OiioWriter::planAttributes(ImageSource const& source)
     if (reader != nullptr && losesExif(reader->getSpec(), kind)) {
         note("\"" + temporary.getTarget().string() + "\" cannot keep the Exif data of its source");
     }
-    suppressOwnAttributes(kind, spec);
+    suppressDate(kind, spec);
     if (kind == FileKind::Dpx) {
         spec.attribute("oiio:BitsPerSample", depth.bits);
     }
@@ -197,6 +202,7 @@ void OiioWriter::writeStrip(IxTile const& result, ImageStrip const&)
         return;
     }
     try {
+        QuietLibraries const quiet;
         padTo(top);
         std::size_t const rowBytes = static_cast<std::size_t>(spec.scanline_bytes());
         bytes.assign(rowBytes * static_cast<std::size_t>(bottom - top), std::byte{});
@@ -326,6 +332,7 @@ void OiioWriter::padTo(int y)
 void OiioWriter::finish()
 {
     try {
+        QuietLibraries const quiet;
         padTo(displayWindow.y1);
         bool const isClosed = output->close();
         std::string const error = output->geterror();
@@ -333,6 +340,7 @@ void OiioWriter::finish()
             stream.finish();
             throw std::runtime_error(error.empty() ? "closing failed" : error);
         }
+        clearOwnName(kind, spec, stream);
         stream.finish();
     } catch (...) {
         rethrowAsWriteError(temporary.getTarget(), stream.getSystemError());

@@ -42,6 +42,24 @@ private:
     }
 };
 
+/// Offers a strip to the chain for a scope: also when the chain throws, so that the next render
+/// through the same chain does not meet this one's pixels.
+class OfferedStrip {
+public:
+    OfferedStrip(SourceImageNode& startNode, IxTile const& strip)
+        : sourceNode(startNode), bounds(strip.getBounds())
+    {
+        sourceNode.addStrip(strip);
+    }
+    ~OfferedStrip() { sourceNode.removeStrip(bounds); }
+    OfferedStrip(OfferedStrip const&) = delete;
+    OfferedStrip& operator=(OfferedStrip const&) = delete;
+
+private:
+    SourceImageNode& sourceNode;
+    GeRectangle<int> bounds;
+};
+
 /// A strip on its way; used again for later ones.
 struct Strip {
     ImageStrip image;
@@ -130,10 +148,9 @@ private:
     {
         Handover const handover;
         PxWorkerScope const worker;
-        sourceNode.addStrip(strip->image.colour);
+        OfferedStrip const offered(sourceNode, strip->image.colour);
         PxImageContext const context(options.time, strip->bounds);
         strip->result = chain.computeImage(context).getTileGuard().getTile();
-        sourceNode.removeStrip(strip->bounds);
         return strip;
     }
 

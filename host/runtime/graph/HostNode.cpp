@@ -133,11 +133,13 @@ RCShdPtr<HostValue> HostNode::getValue(std::string const& name) const
 
 void HostNode::notifyCreated()
 {
+    isAlive = true;
     controller->nodeCreated();
 }
 
 void HostNode::notifyLoaded()
 {
+    isAlive = true;
     controller->nodeLoaded();
 }
 
@@ -168,6 +170,9 @@ PxStrongHndl<PxNode const> HostNode::buildChain(PxNodePtr<PxImageProtocol const>
 
 void HostNode::valueChanged(HostValue& value, ValueState const& before)
 {
+    if (!isAlive) {
+        return;
+    }
     if (graph != nullptr) {
         graph->getHistory().record(value, before, *value.getState());
     }

@@ -47,7 +47,8 @@ public:
     /// What the tool declared, in its order.
     std::vector<PiDeclaration> const& getDeclarations() const { return declarations; }
 
-    /// Tells the controller that the node is new or restored.
+    /// Tells the controller that the node is new or restored. From then on the controller is told
+    /// of changes and the graph records them; before, values are set without a sound.
     void notifyCreated();
     void notifyLoaded();
 
@@ -77,4 +78,5 @@ private:
     std::map<std::string, RCShdPtr<PiInput>> inputs; // top-level
     std::vector<ValueSlot> values;
     NodeValues inputDefaults;
+    bool isAlive = false; // notifyCreated or notifyLoaded has been called
 };

@@ -28,17 +28,39 @@ std::filesystem::path getProgramFolder()
     return std::filesystem::read_symlink("/proc/self/exe", failure).parent_path();
 }
 
+/// Can let go of what a library has registered since this object was made.
+class RegistrationsSince {
+public:
+    RegistrationsSince()
+        : nbTools(PiToolRegistry::getInstance().getTools().size()),
+          nbBuilds(InBuildInfoUtil::getInfos().size())
+    {
+    }
+    void takeBack() const
+    {
+        PiToolRegistry::getInstance().keepFirst(nbTools);
+        InBuildInfoUtil::keepFirst(nbBuilds);
+    }
+
+private:
+    std::size_t nbTools;
+    std::size_t nbBuilds;
+};
+
 } // namespace
 
-ToolLoader::ToolLoader() = default;
+ToolLoader::ToolLoader()
+{
+    InPackageRegistry::getInstance().startPackages(runsForAUser);
+}
 
 ToolLoader::~ToolLoader()
 {
     PxRequestMgr::getInstance().shutDown();
     EvEventManager::getInstance().discardEvents();
-    PiToolRegistry::getInstance().clear();
+    PiToolRegistry::getInstance().keepFirst(0);
     InPackageRegistry::getInstance().shutDownPackages();
-    InBuildInfoUtil::clear();
+    InBuildInfoUtil::keepFirst(0);
     while (!libraries.empty()) {
         libraries.pop_back();
     }
@@ -49,20 +71,21 @@ void ToolLoader::load(std::filesystem::path const& library)
     auto const fail = [&](std::string const& why) {
         throw ToolLoadError("cannot use the tool library " + library.string() + ": " + why);
     };
-    std::size_t const nbPackages = InPackageRegistry::getInstance().getNbPackages();
+    RegistrationsSince const registrations;
     std::unique_ptr<void, Close> handle(dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL));
     if (handle == nullptr) {
         fail(takeLinkerError(library));
     }
-    if (InPackageRegistry::getInstance().getNbPackages() == nbPackages) {
+    if (!InPackageRegistry::getInstance().hasPackageToStart()) {
         fail("it announces no package to the host");
     }
-    libraries.push_back(std::move(handle));
     try {
         InPackageRegistry::getInstance().startPackages(runsForAUser);
     } catch (std::exception const& error) {
+        registrations.takeBack();
         fail(std::string("its package does not start: ") + error.what());
     }
+    libraries.push_back(std::move(handle));
 }
 
 void ToolLoader::find(std::string const& fileName)

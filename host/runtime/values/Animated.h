@@ -100,9 +100,9 @@ public:
                 return constantFrom(previous);
             }
             if (time == previous->time) {
-                // The end of a constant stretch belongs to it.
+                // The end of a constant stretch belongs to it, also of the one before the first key.
                 bool const endsStretch =
-                    previous != keys.begin() && (previous - 1)->value == previous->value;
+                    previous == keys.begin() || (previous - 1)->value == previous->value;
                 return endsStretch ? constantFrom(previous) : atMoment(previous->value, time);
             }
             double const share = (time - previous->time) / (next->time - previous->time);

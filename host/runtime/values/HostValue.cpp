@@ -6,6 +6,7 @@
 #include "runtime/values/NumberText.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace {
@@ -18,7 +19,7 @@ std::string quote(std::string const& name)
 /// A bound that stands for none is not worth showing.
 std::string describeRange(PiRangeInputPolicy<double> const& range)
 {
-    constexpr double practicallyUnbounded = 2147483647.0;
+    constexpr double practicallyUnbounded = std::numeric_limits<double>::max();
     bool const hasMinimum = range.getMinimum() > -practicallyUnbounded;
     bool const hasMaximum = range.getMaximum() < practicallyUnbounded;
     if (hasMinimum && hasMaximum) {

@@ -28,7 +28,7 @@ std::string formatNumber(float value)
 
 std::optional<double> parseNumber(std::string_view text)
 {
-    if (text.starts_with('+')) {
+    if (text.starts_with('+') && !text.starts_with("+-")) {
         text.remove_prefix(1);
     }
     double value = 0.0;

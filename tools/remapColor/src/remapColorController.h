@@ -30,7 +30,7 @@
 
 namespace RemapColorTool {
 
-enum Channel { Red = 0, Green = 1, Blue = 2 };
+enum Channel : int { Red = 0, Green = 1, Blue = 2 };
 
 /// Which curves, which channels and which histogram a curve editor shows. The codes are the curve
 /// editor's: the tool keeps them and neither checks nor interprets them.

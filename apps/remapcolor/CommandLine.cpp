@@ -1,0 +1,159 @@
+// The program's commands.
+
+#include "remapcolor/CommandLine.h"
+
+#include "remapcolor/CommandOptions.h"
+#include "remapcolor/Failures.h"
+#include "remapcolor/NearestNames.h"
+
+#include <CLI/CLI.hpp>
+#include <vector>
+
+namespace {
+
+constexpr char const* helpFlag = "-h,--help";
+constexpr char const* helpDescription = "Print this help";
+
+constexpr char const* programExamples =
+    "Examples:\n"
+    "  remapcolor render in.exr -o out.exr --mode EXRDisplay -s EXRDisplay.Exposure=1.5\n"
+    "  remapcolor describe\n"
+    "  remapcolor render --help\n"
+    "\n"
+    "Exit status: 0 done; 1 the picture failed; 2 the command line is wrong, nothing was\n"
+    "written; 3 disk, permission, memory or installation failed; 130, 143 stopped by a signal.";
+
+constexpr char const* renderExamples =
+    "Examples:\n"
+    "  remapcolor render in.exr -o out.exr -s Linear.Gamma=2.2\n"
+    "  remapcolor render in.exr -o out.png --mode EXRDisplay --depth 8 \\\n"
+    "      -s EXRDisplay.Exposure=1.5 -s \"EXRDisplay.Knee High=4\"\n"
+    "  remapcolor render in.exr -o out.exr --curve \"rgb=0,0 0.5,0.65 1,1\"\n"
+    "  remapcolor render in.exr -o out.exr -s \"Linear.Input Level.Max.Red=0.8\" -v\n"
+    "\n"
+    "\"remapcolor describe\" lists all inputs with their ranges and defaults.";
+
+constexpr char const* describeExamples =
+    "Examples:\n"
+    "  remapcolor describe\n"
+    "  remapcolor describe | grep -i exposure\n"
+    "  remapcolor describe --json > remap-color.json";
+
+constexpr char const* projectExamples =
+    "Examples:\n"
+    "  remapcolor project -o look.json --mode EXRDisplay -s EXRDisplay.Exposure=0@1,2@24\n"
+    "  remapcolor project -p look.json -o look.json -s EXRDisplay.Gamma=2.4\n"
+    "  remapcolor render in.exr -o out.exr -p look.json";
+
+/// What the command-line library found wrong, in our words.
+[[noreturn]] void throwWrongOption(CLI::ParseError const& error, std::string const& command)
+{
+    std::string const text = error.what();
+    std::string const help = "; see \"remapcolor " + command + " --help\"";
+    if (dynamic_cast<CLI::ArgumentMismatch const*>(&error) == nullptr) {
+        throw UsageError(text + help);
+    }
+    std::string const name = text.substr(0, text.find_first_of(": "));
+    std::string const option = name.starts_with("-") ? name : "--" + name;
+    bool const needsValue = text.starts_with(name + ": 1 required");
+    throw UsageError(option + (needsValue ? " needs a value after it" : " takes no value") + help);
+}
+
+/// All commands with their options, for one command line.
+class CommandLine {
+public:
+    CommandLine()
+    {
+        setHelp(app, "remapcolor COMMAND [options]", programExamples);
+        app.set_help_flag(helpFlag, helpDescription);
+        app.set_version_flag("--version", "remapcolor " REMAPCOLOR_VERSION,
+                             "Print the program's version");
+        app.allow_extras();
+        app.require_subcommand(0, 1);
+        addRenderOptions(renderOptions, render);
+        addDescribeOptions(describeOptions, describe);
+        addProjectOptions(projectOptions, project);
+    }
+
+    Request parse(int nbArguments, char const* const* arguments)
+    {
+        try {
+            app.parse(nbArguments, arguments);
+        } catch (CLI::CallForHelp const&) {
+            return PrintRequest{app.help()};
+        } catch (CLI::CallForVersion const&) {
+            return PrintRequest{app.version() + "\n"};
+        } catch (CLI::ParseError const& error) {
+            throwWrongOption(error, getCommandName());
+        }
+        checkCommand();
+        if (describeOptions.isChosen()) {
+            describeOptions.apply();
+            return describe;
+        }
+        if (projectOptions.isChosen()) {
+            projectOptions.apply();
+            checkComplete(project);
+            return project;
+        }
+        renderOptions.apply();
+        checkComplete(render);
+        return render;
+    }
+
+private:
+    CLI::App* addCommand(char const* name, char const* description)
+    {
+        CLI::App* const command = app.add_subcommand(name, description)->group("Commands");
+        command->set_help_flag(helpFlag, helpDescription);
+        return command;
+    }
+
+    /// The command that the command line names; "COMMAND" where it names none.
+    std::string getCommandName() const
+    {
+        auto const given = app.get_subcommands();
+        return given.empty() ? "COMMAND" : given.front()->get_name();
+    }
+
+    /// Throws UsageError unless a command was given, and nothing before it.
+    void checkCommand() const
+    {
+        std::vector<std::string> const leftovers = app.remaining();
+        if (leftovers.empty()) {
+            if (app.get_subcommands().empty()) {
+                throw UsageError("a command is missing; see \"remapcolor --help\"");
+            }
+            return;
+        }
+        std::string const& first = leftovers.front();
+        if (first.starts_with("-")) {
+            throw UsageError("unexpected " + quote(first) +
+                             " before the command; write remapcolor COMMAND [options]");
+        }
+        std::vector<std::string> names;
+        for (CLI::App const* const command : app.get_subcommands({})) {
+            names.push_back(command->get_name());
+        }
+        throw UsageError("there is no command " + quote(first) +
+                         suggestNames(first, names, "see \"remapcolor --help\""));
+    }
+
+    CLI::App app{"Remaps the colours of pictures: levels, gamma, exposure, knee, curves."};
+    RenderRequest render;
+    DescribeRequest describe;
+    ProjectRequest project;
+    CommandOptions renderOptions{*addCommand("render", "Send a picture through the tool."),
+                                 "remapcolor render INPUT -o OUTPUT [options]", renderExamples};
+    CommandOptions describeOptions{*addCommand("describe", "List the tool's inputs."),
+                                   "remapcolor describe [options]", describeExamples};
+    CommandOptions projectOptions{*addCommand("project", "Save values as a project."),
+                                  "remapcolor project -o OUT.json [options]", projectExamples};
+};
+
+} // namespace
+
+Request parseCommandLine(int nbArguments, char const* const* arguments)
+{
+    return CommandLine().parse(nbArguments, arguments);
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "runtime/values/HostValue.h"
+
+#include <string>
+#include <string_view>
+
+/// Reads what a user typed for `value`: a number, true/false/on/off/yes/no/1/0 for a switch, label
+/// or number of a choice, a curve (see parseCurve), comma-separated numbers for a list; numbers,
+/// switches and choices also as keyframes "VALUE@TIME,VALUE@TIME,...". Throws UsageError naming
+/// the value and what it takes, and ValueError for what the value refuses (outside its range, not
+/// animatable).
+ValueState parseValue(HostValue const& value, std::string_view text);
+
+/// A constant or first key as a user would type it; a choice as its number and label.
+std::string formatValue(HostValue const& value);
+
+/// The numbers that an input without or with a range takes: "-10 to 10", "any number".
+std::string describeRange(PiInputPolicy const* policy);
+
+/// A choice as texts show it: `0 "Linear"`.
+std::string formatChoice(PiEnumPolicy::Pair const& choice);

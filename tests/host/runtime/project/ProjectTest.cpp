@@ -1,0 +1,115 @@
+// Projects: nothing is lost on the way, and nothing of a damaged one is taken over.
+
+#include "runtime/project/Project.h"
+
+#include "runtime/loader/ToolLoader.h"
+#include "support/InMemoryHost.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+struct ProjectTest : ::testing::Test {
+    ProjectTest()
+    {
+        loader.load(REMAPCOLOR_LIBRARY);
+        graph = makeShared<HostGraph>();
+        node = graph->createNode(loader.getTool("Remap Color"));
+    }
+    ~ProjectTest() noexcept override = default;
+
+    std::string failureOf(std::string const& text) const
+    {
+        try {
+            readProject(text, *node);
+        } catch (ProjectError const& error) {
+            return error.what();
+        }
+        return "";
+    }
+
+    static std::string project(std::string const& values, std::string const& schema = "5")
+    {
+        return R"({"format": "remap-color-project", "version": 1, "tool": "Remap Color", "schema": )" +
+               schema + R"(, "values": {)" + values + "}}";
+    }
+
+    ToolLoader loader;
+    RCShdPtr<HostGraph> graph;
+    RCShdPtr<HostNode> node;
+};
+
+TEST_F(ProjectTest, EveryKindOfValueSurvives)
+{
+    double const awkward = std::nextafter(0.1, 1.0);
+    CurvePoints const first = {{-0.1F, 0}, {0, 0.1F}, {0.3F, 0}, {0.7F, 1}, {1, 1}, {1.1F, 1e-30F}};
+    CurvePoints second = first;
+    second[4].y = 0.3F;
+    NodeValues const values = {
+        {"Linear.Gamma.Red", Animated<double>(-0.0)},
+        {"EXRDisplay.Exposure.Blue", Animated<double>({{-1.5, awkward}, {1e9, -9.0}})},
+        {"Adjust", Animated<bool>({{1.0, true}, {2.0, false}})},
+        {"Output Depth", Animated<int>(2)},
+        {"Curve Display", Animated<int>(-2147483647 - 1)},
+        {"Plot Color", Vector<double>{0.25, 1e300, awkward, 7.0}},
+        {"Adjust Curve.Green", Animated<CurvePoints>({{1.0, first}, {5.0, second}})}};
+    node->setValues(values);
+    std::string const text = writeProject(*node);
+    NodeValues const loaded = readProject(text, *graph->createNode(node->getTool()));
+    for (auto const& [name, value] : values) {
+        EXPECT_EQ(value, loaded.at(name)) << name;
+    }
+    EXPECT_TRUE(std::signbit(
+        std::get<Animated<double>>(loaded.at("Linear.Gamma.Red")).evaluate(0.0).getValue()));
+    EXPECT_EQ(node->getValues().size(), loaded.size());
+}
+
+TEST_F(ProjectTest, LeftOutValuesAreDefaults)
+{
+    RCShdPtr<HostNode> const loaded = graph->loadNode(
+        node->getTool(), readProject(project(R"("Mode": "EXRDisplay")"), *node));
+    node->setValues({{"Mode", Animated<int>(1)}});
+    EXPECT_EQ(writeProject(*node), writeProject(*loaded));
+}
+
+TEST_F(ProjectTest, FailuresNameThePlace)
+{
+    struct Case {
+        std::string text;
+        char const* message;
+    };
+    std::vector<Case> const cases = {
+        {"{", "not valid JSON"},
+        {"[]", "no JSON object"},
+        {"{}", "\"format\" is missing"},
+        {project("", "4"), "\"schema\" is 4, not 5"},
+        {project(R"("Mode": "EXRDisplay", "Mode": "Linear")"), "\"Mode\" stands there twice"},
+        {project(R"("Mood": 1)"), "\"Mood\""},
+        {project(R"("Mode": "Log")"), "\"Mode\" must be one of \"Linear\", \"EXRDisplay\""},
+        {project(R"("Adjust": 1)"), "\"Adjust\" must be true or false"},
+        {project(R"("Linear.Gamma.Red": "2")"), "\"Linear.Gamma.Red\" must be a number"},
+        {project(R"("EXRDisplay.Knee High.Red": 9)"), "3.5 to 7.5"},
+        {project(R"("Linear.Gamma.Red": {"keys": [[1, 2], [1, 3]]})"), "times of keys must rise"},
+        {project(R"("Linear.Gamma.Red": {"keys": [[1, 2], [2, "x"]]})"), "key 2"},
+        {project(R"("Mode": {"keys": [[1, "Linear"]]})"), "cannot be animated"},
+        {project(R"("Adjust Curve.Red": {"points": [[0, 0], [1, 1]]})"), "three points per key"},
+        {project(R"("Adjust Curve.Red": {"points": [[0,0],[1,1],[1,1],[0,0],[0.5,0],[1,0]]})"),
+         "runs back"},
+        {project(R"("Curve Display": 4294967296)"), "32 bits"},
+        {project(R"("Plot Color": [1, null])"), "list of numbers"},
+    };
+    std::string const before = writeProject(*node);
+    for (Case const& bad : cases) {
+        std::string const failure = failureOf(bad.text);
+        EXPECT_NE(std::string::npos, failure.find(bad.message)) << bad.text << "\n" << failure;
+        EXPECT_EQ(std::string::npos, failure.find('\n')) << failure;
+    }
+    std::string newer = project("");
+    newer.replace(newer.find("\"version\": 1"), 12, "\"version\": 2");
+    EXPECT_NE(std::string::npos, failureOf(newer).find("use a newer one"));
+    EXPECT_EQ(before, writeProject(*node));
+}
+
+} // namespace

@@ -1,0 +1,114 @@
+// Values over time: what they are, and how long that holds.
+
+#include "runtime/values/Animated.h"
+
+#include "runtime/values/ValueNodes.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+double justBefore(double time)
+{
+    return std::nextafter(time, -infinity);
+}
+
+template <typename T>
+struct TimeCase {
+    double time;
+    T value;
+    double start, end;
+};
+
+template <typename T>
+void expectCases(Animated<T> const& animated, std::vector<TimeCase<T>> const& cases)
+{
+    for (auto const& [time, value, start, end] : cases) {
+        auto const result = animated.evaluate(time);
+        EXPECT_EQ(result.getValue(), value) << "at " << time;
+        EXPECT_EQ(result.getValidity().getStart(), start) << "at " << time;
+        EXPECT_EQ(result.getValidity().getEnd(), end) << "at " << time;
+    }
+}
+
+TEST(AnimatedTest, ConstantHoldsForEver)
+{
+    expectCases(Animated<double>(4.5), {{-1e9, 4.5, -infinity, infinity}});
+}
+
+TEST(AnimatedTest, DoublesGoInAStraightLineBetweenKeys)
+{
+    Animated<double> const animated({{1, 10}, {3, 20}, {5, 20}, {6, 20}, {8, 0}});
+    expectCases<double>(animated, {{-5, 10, -infinity, 1},
+                                   {1, 10, -infinity, 1},
+                                   {1.5, 12.5, 1.5, 1.5},
+                                   {3, 20, 3, 6},
+                                   {5, 20, 3, 6},
+                                   {5.7, 20, 3, 6},
+                                   {6, 20, 3, 6},
+                                   {7, 10, 7, 7},
+                                   {8, 0, 8, infinity},
+                                   {99, 0, 8, infinity}});
+}
+
+TEST(AnimatedTest, IntegersAndSwitchesHoldUntilTheNextKey)
+{
+    Animated<int> const animated({{1, 7}, {3, 8}, {5, 8}, {6, 9}});
+    expectCases<int>(animated, {{-5, 7, -infinity, justBefore(3)},
+                                {2.9, 7, -infinity, justBefore(3)},
+                                {3, 8, 3, justBefore(6)},
+                                {5.5, 8, 3, justBefore(6)},
+                                {6, 9, 6, infinity}});
+    expectCases<bool>(Animated<bool>({{0, true}, {2, false}}),
+                      {{1.9, true, -infinity, justBefore(2)}, {2, false, 2, infinity}});
+}
+
+TEST(AnimatedTest, CurvesGoInAStraightLinePointByPoint)
+{
+    CurvePoints const low{{0, 0}, {1, 0}, {2, 0}};
+    CurvePoints const high{{0, 4}, {3, 8}, {2, 12}};
+    CurvePoints const quarter{{0, 1}, {1.5F, 2}, {2, 3}};
+    expectCases<CurvePoints>(Animated<CurvePoints>({{0, low}, {4, high}}),
+                             {{-1, low, -infinity, 0}, {1, quarter, 1, 1}, {4, high, 4, infinity}});
+}
+
+TEST(AnimatedTest, RefusesKeysThatDoNotRiseOrDoNotFit)
+{
+    using Keys = std::vector<Keyframe<double>>;
+    for (Keys const& keys : {Keys{}, Keys{{1, 0}, {1, 1}}, Keys{{2, 0}, {1, 1}},
+                             Keys{{std::nan(""), 0}}, Keys{{0, 0}, {infinity, 1}}}) {
+        EXPECT_THROW(Animated<double>{keys}, std::invalid_argument);
+    }
+    EXPECT_THROW(Animated<CurvePoints>({{0, CurvePoints(3)}, {1, CurvePoints(6)}}),
+                 std::invalid_argument);
+}
+
+template <typename Protocol>
+auto evaluateNode(ValueState const& state, double time)
+{
+    auto const value = makeShared<HostValue>("v", state, RCShdPtr<PiInputPolicy const>(), nullptr);
+    auto const node = castNode<Protocol const>(makeValueNode(value));
+    return node->evaluate(PxTimeContext(time));
+}
+
+TEST(ValueNodesTest, GiveTheValueAtTheTimeThroughTheProtocolOfItsKind)
+{
+    EXPECT_EQ(evaluateNode<PxAnimValueProtocol<double>>(Animated<double>({{0, 0}, {2, 1}}), 1.0)
+                  .getValue(),
+              0.5);
+    EXPECT_EQ(evaluateNode<PxAnimValueProtocol<int>>(Animated<int>({{0, 5}, {2, 6}}), 1.0)
+                  .getValidity()
+                  .getEnd(),
+              justBefore(2));
+    EXPECT_TRUE(evaluateNode<PxAnimValueProtocol<bool>>(Animated<bool>(true), 0).getValue());
+    auto const shape = evaluateNode<PxShape2dProtocol>(Animated<CurvePoints>(CurvePoints(3)), 0);
+    EXPECT_EQ(shape.getValue()->takeControlPoints().size(), 3U);
+    auto const none = evaluateNode<PxShape2dProtocol>(Animated<CurvePoints>(CurvePoints()), 0);
+    EXPECT_FALSE(none.getValue()->hasControlPoints());
+    EXPECT_TRUE(
+        makeValueNode(makeShared<HostArrayValue>("list", nullptr)).isNull());
+}
+
+} // namespace
