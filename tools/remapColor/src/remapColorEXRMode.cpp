@@ -2,12 +2,11 @@
 
 #include "remapColorEXRMode.h"
 
-#include "base/RCExUtil.h"
-#include "internalAPI/PiTypedValueUtil.h"
 #include "pluginAPI/PiInputPolicy.h"
 #include "remapColorModeProcNode.h"
 #include "remapColorNames.h"
 #include "remapColorNodeUtils.h"
+#include "remapColorParamNodes.h"
 #include "remapColorTransferUtils.h"
 
 #include <array>
@@ -160,31 +159,24 @@ public:
 /// Evaluates the EXR display mode: each request reads the inputs afresh at its own time.
 class ProcNode : public RemapColorController::ModeProcNode {
 public:
-    using ValueNodes = std::array<std::array<PxStrongHndl<>, nbChannels>, nbParams>;
-
     ProcNode(Init const& init, PxNodePtr<PxImageProtocol const> const& imageSource,
-             ValueNodes const& valueNodes, PiInputNodeBuilder& builder)
-        : PxNode(init), ModeProcNode(init, imageSource, builder), source(imageSource)
+             RemapColorParamNodes::Handles const& valueNodes, PiInputNodeBuilder& builder)
+        : PxNode(init), ModeProcNode(init, imageSource, builder), source(imageSource),
+          values(valueNodes)
     {
-        for (int param = 0; param < nbParams; ++param) {
-            for (int channel = 0; channel < nbChannels; ++channel) {
-                values[param][channel] =
-                    castNode<PxAnimValueProtocol<double> const>(valueNodes[param][channel]);
-            }
-        }
     }
 
     ~ProcNode() noexcept(false) override
     {
         unregisterChild(source);
-        forEachValue([&](auto const& value) { unregisterChild(value); });
+        values.forEach([&](auto const& value) { unregisterChild(value); });
     }
 
     void init() override
     {
         ModeProcNode::init();
         registerChild(source);
-        forEachValue([&](auto const& value) { registerChild(value); });
+        values.forEach([&](auto const& value) { registerChild(value); });
     }
 
     PxImageResult computeImage(PxImageContext const& context) const override
@@ -208,13 +200,7 @@ private:
     /// Reads all inputs at `time`, narrowing `validity`, and derives the working values.
     EXRDisplayProcessBase readProcess(PxTimeContext const& time, PxValidityInterval& validity) const
     {
-        float params[nbParams][nbChannels];
-        for (int param = 0; param < nbParams; ++param) {
-            for (int channel = 0; channel < nbChannels; ++channel) {
-                params[param][channel] = static_cast<float>(
-                    RemapColorNodeUtils::readValue(values[param][channel], time, validity));
-            }
-        }
+        auto const params = values.read(time, validity);
         EXRDisplayProcessBase process;
         process.setAdjustedCurves(createAdjustedCurveScanline(time, validity));
         for (int channel = 0; channel < nbChannels; ++channel) {
@@ -224,18 +210,8 @@ private:
         return process;
     }
 
-    template <typename Function>
-    void forEachValue(Function const& function) const
-    {
-        for (auto const& param : values) {
-            for (auto const& value : param) {
-                function(value);
-            }
-        }
-    }
-
     PxNodePtr<PxImageProtocol const> source;
-    PxNodePtr<PxAnimValueProtocol<double> const> values[nbParams][nbChannels];
+    RemapColorParamNodes values;
 };
 
 } // namespace
@@ -277,7 +253,7 @@ PxStrongHndl<> RemapColorEXRMode::createModeProcNode(
     RCShdPtr<PiNode> const& node, PiInputNodeBuilder& builder,
     PxNodePtr<PxImageProtocol const> const& source)
 {
-    ProcNode::ValueNodes valueNodes;
+    RemapColorParamNodes::Handles valueNodes;
     auto const inputs = castShared<PiStructuredInput>(node->findInput(Names::modeName, true));
     for (int param = 0; param < nbParams; ++param) {
         auto const members =
@@ -292,9 +268,7 @@ PxStrongHndl<> RemapColorEXRMode::createModeProcNode(
 
 void RemapColorEXRMode::resetLinks(RCShdPtr<PiNode> const& node)
 {
-    for (std::string const& link : Names::links) {
-        PiTypedValueUtil<bool>(node->findValue(link, true), CheckNull::Yes)->setValue(true);
-    }
+    switchOn(node, Names::links);
 }
 
 std::string RemapColorEXRMode::getName()

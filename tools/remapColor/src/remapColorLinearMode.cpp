@@ -2,12 +2,11 @@
 
 #include "remapColorLinearMode.h"
 
-#include "base/RCExUtil.h"
-#include "internalAPI/PiTypedValueUtil.h"
 #include "pluginAPI/PiInputPolicy.h"
 #include "remapColorModeProcNode.h"
 #include "remapColorNames.h"
 #include "remapColorNodeUtils.h"
+#include "remapColorParamNodes.h"
 #include "remapColorTransferUtils.h"
 
 #include <algorithm>
@@ -218,27 +217,19 @@ auto withFunctionClass(ApplyGamma gamma, ClampOutput clamp, Function const& func
 /// Evaluates the Linear mode: each request reads the inputs afresh at its own time.
 class ProcNode : public RemapColorController::ModeProcNode {
 public:
-    using ValueNodes = std::array<std::array<PxStrongHndl<>, nbChannels>, nbParams>;
-
     ProcNode(Init const& init, PxNodePtr<PxImageProtocol const> const& imageSource,
-             PxStrongHndl<> const& clampNode, ValueNodes const& valueNodes,
+             PxStrongHndl<> const& clampNode, RemapColorParamNodes::Handles const& valueNodes,
              PiInputNodeBuilder& builder)
         : PxNode(init), ModeProcNode(init, imageSource, builder), source(imageSource),
-          clamp(castNode<PxAnimValueProtocol<bool> const>(clampNode))
+          values(valueNodes), clamp(castNode<PxAnimValueProtocol<bool> const>(clampNode))
     {
-        for (int param = 0; param < nbParams; ++param) {
-            for (int channel = 0; channel < nbChannels; ++channel) {
-                values[param][channel] =
-                    castNode<PxAnimValueProtocol<double> const>(valueNodes[param][channel]);
-            }
-        }
     }
 
     ~ProcNode() noexcept(false) override
     {
         unregisterChild(source);
         unregisterChild(clamp);
-        forEachValue([&](auto const& value) { unregisterChild(value); });
+        values.forEach([&](auto const& value) { unregisterChild(value); });
     }
 
     void init() override
@@ -246,7 +237,7 @@ public:
         ModeProcNode::init();
         registerChild(source);
         registerChild(clamp);
-        forEachValue([&](auto const& value) { registerChild(value); });
+        values.forEach([&](auto const& value) { registerChild(value); });
     }
 
     PxImageResult computeImage(PxImageContext const& context) const override
@@ -285,15 +276,9 @@ private:
         using RemapColorNodeUtils::readValue;
         Request request{};
         request.clamp = readValue(clamp, time, validity) ? ClampOutput::Yes : ClampOutput::No;
-        float params[nbParams][nbChannels];
-        for (int param = 0; param < nbParams; ++param) {
-            for (int channel = 0; channel < nbChannels; ++channel) {
-                params[param][channel] =
-                    static_cast<float>(readValue(values[param][channel], time, validity));
-            }
-        }
+        auto const params = values.read(time, validity);
         auto const& gammas = params[4];
-        request.gamma = std::all_of(std::begin(gammas), std::end(gammas), countsAsOne)
+        request.gamma = std::all_of(gammas.begin(), gammas.end(), countsAsOne)
                             ? ApplyGamma::No
                             : ApplyGamma::Yes;
         request.process.setAdjustedCurves(createAdjustedCurveScanline(time, validity));
@@ -304,18 +289,8 @@ private:
         return request;
     }
 
-    template <typename Function>
-    void forEachValue(Function const& function) const
-    {
-        for (auto const& param : values) {
-            for (auto const& value : param) {
-                function(value);
-            }
-        }
-    }
-
     PxNodePtr<PxImageProtocol const> source;
-    PxNodePtr<PxAnimValueProtocol<double> const> values[nbParams][nbChannels];
+    RemapColorParamNodes values;
     PxNodePtr<PxAnimValueProtocol<bool> const> clamp;
 };
 
@@ -368,7 +343,7 @@ PxStrongHndl<> RemapColorLinearMode::createModeProcNode(
     RCShdPtr<PiNode> const& node, PiInputNodeBuilder& builder,
     PxNodePtr<PxImageProtocol const> const& source)
 {
-    ProcNode::ValueNodes valueNodes;
+    RemapColorParamNodes::Handles valueNodes;
     auto const inputs = castShared<PiStructuredInput>(node->findInput(Names::modeName, true));
     for (int param = 0; param < nbParams; ++param) {
         for (int channel = 0; channel < nbChannels; ++channel) {
@@ -381,9 +356,7 @@ PxStrongHndl<> RemapColorLinearMode::createModeProcNode(
 
 void RemapColorLinearMode::resetLinks(RCShdPtr<PiNode> const& node)
 {
-    for (std::string const& link : Names::links) {
-        PiTypedValueUtil<bool>(node->findValue(link, true), CheckNull::Yes)->setValue(true);
-    }
+    switchOn(node, Names::links);
 }
 
 std::string RemapColorLinearMode::getName()

@@ -25,4 +25,15 @@ public:
 
     /// Sets the mode's stored link switches; they belong to the panel, no processing reads them.
     virtual void resetLinks(RCShdPtr<PiNode> const&) {}
+
+protected:
+    /// Sets the stored switches of these names, in their order. Throws the null-pointer exception
+    /// at the first one that is missing; those before it stay set.
+    template <typename Names>
+    static void switchOn(RCShdPtr<PiNode> const& node, Names const& names)
+    {
+        for (std::string const& name : names) {
+            PiTypedValueUtil<bool>(node->findValue(name, true), CheckNull::Yes)->setValue(true);
+        }
+    }
 };
