@@ -33,11 +33,10 @@ constexpr char const* renderExamples =
     "\n"
     "\"remapcolor describe\" lists all inputs with their ranges and defaults.";
 
-constexpr char const* describeExamples =
-    "Examples:\n"
-    "  remapcolor describe\n"
-    "  remapcolor describe | grep -i exposure\n"
-    "  remapcolor describe --json > remap-color.json";
+constexpr char const* describeExamples = "Examples:\n"
+                                         "  remapcolor describe\n"
+                                         "  remapcolor describe | grep -i exposure\n"
+                                         "  remapcolor describe --json > remap-color.json";
 
 constexpr char const* projectExamples =
     "Examples:\n"

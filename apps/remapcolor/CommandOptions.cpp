@@ -26,9 +26,8 @@ public:
     std::string make_help(CLI::App const* app, std::string /*name*/,
                           CLI::AppFormatMode mode) const override
     {
-        return "Usage: " + usage + "\n\n" + app->get_description() + "\n" +
-               make_positionals(app) + make_subcommands(app, mode) + make_groups(app, mode) +
-               "\n" + make_footer(app);
+        return "Usage: " + usage + "\n\n" + app->get_description() + "\n" + make_positionals(app) +
+               make_subcommands(app, mode) + make_groups(app, mode) + "\n" + make_footer(app);
     }
 
     std::string make_option_name(CLI::Option const* option, bool isPositional) const override

@@ -117,9 +117,8 @@ Json describeDeclaration(HostNode const& node, PiDeclaration const& declaration)
                 {"type", nameStoredType(*declaration.valueType)},
                 {"default", valueToJson(*node.getValue(name))}};
     case PiDeclaration::Produces:
-        return {{"declares", "output"},
-                {"name", name},
-                {"type", nameType(*declaration.input.type)}};
+        return {
+            {"declares", "output"}, {"name", name}, {"type", nameType(*declaration.input.type)}};
     }
     Assertions::throwProgramAborted(__FILE__, __LINE__, "declaration.kind");
 }
@@ -136,16 +135,12 @@ Json describeImageModifier(PiImageModifierProtocol const& tool)
 
 Json describeTool(PiToolProtocol const& tool)
 {
-    Json json = {{"tool", tool.getShortToolName()},
-                 {"description", tool.getDescription()},
-                 {"category", tool.getCategory()},
-                 {"product", tool.getProductName()},
-                 {"manufacturer", tool.getManufacturer()},
-                 {"version", tool.getVersion()},
-                 {"schema", tool.getSchemaNb()},
-                 {"internal", tool.isInternal()},
-                 {"superTool", tool.isSuperTool()},
-                 {"primaryInput", tool.getPrimaryInput()}};
+    Json json = {
+        {"tool", tool.getShortToolName()},        {"description", tool.getDescription()},
+        {"category", tool.getCategory()},         {"product", tool.getProductName()},
+        {"manufacturer", tool.getManufacturer()}, {"version", tool.getVersion()},
+        {"schema", tool.getSchemaNb()},           {"internal", tool.isInternal()},
+        {"superTool", tool.isSuperTool()},        {"primaryInput", tool.getPrimaryInput()}};
     if (auto const* const modifier = dynamic_cast<PiImageModifierProtocol const*>(&tool)) {
         json["imageModifier"] = describeImageModifier(*modifier);
     }

@@ -6,9 +6,9 @@
 /// What the program tells its caller.
 enum class ExitStatus : int {
     Done = 0,
-    PictureFailed = 1,  ///< a picture is missing, damaged or unsupported; or a fault of our own
-    WrongRequest = 2,   ///< the command line is wrong; nothing was written
-    Surroundings = 3,   ///< disk, permission, memory, installation: may work another time
+    PictureFailed = 1,   ///< a picture is missing, damaged or unsupported; or a fault of our own
+    WrongRequest = 2,    ///< the command line is wrong; nothing was written
+    Surroundings = 3,    ///< disk, permission, memory, installation: may work another time
     SignalReceived = 128 ///< plus the signal's number
 };
 

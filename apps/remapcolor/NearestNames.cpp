@@ -29,8 +29,8 @@ std::size_t editDistance(std::string_view a, std::string_view b)
             bool const isSame = a[row - 1] == b[column - 1];
             cost = std::min({costs[row - 1][column] + 1, costs[row][column - 1] + 1,
                              costs[row - 1][column - 1] + (isSame ? 0 : 1)});
-            bool const isSwapped = row > 1 && column > 1 && a[row - 1] == b[column - 2] &&
-                                   a[row - 2] == b[column - 1];
+            bool const isSwapped =
+                row > 1 && column > 1 && a[row - 1] == b[column - 2] && a[row - 2] == b[column - 1];
             if (isSwapped) {
                 cost = std::min(cost, costs[row - 2][column - 2] + 1);
             }

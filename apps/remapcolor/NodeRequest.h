@@ -3,13 +3,14 @@
 #include "remapcolor/ValueOptions.h"
 
 #include <filesystem>
+#include <optional>
 #include <vector>
 
 class CommandOptions;
 
 /// The values that a node is asked to have: those of a project, then the settings one by one.
 struct NodeRequest {
-    std::filesystem::path project;      ///< empty for none: a new node
+    std::optional<std::filesystem::path> project;
     std::vector<ValueSetting> settings; ///< in the order of the command line
 };
 

@@ -35,8 +35,7 @@ Chain buildChain(HostNode& node, ImageInfo const& info)
 IxPixelFormat::Depth foreseeDepth(HostNode& node)
 {
     ImageInfo info;
-    info.format =
-        IxPixelFormat(IxPixelFormat::RGBA, IxPixelFormat::FLOAT32, Rational(1, 1), false);
+    info.format = IxPixelFormat(IxPixelFormat::RGBA, IxPixelFormat::FLOAT32, Rational(1, 1), false);
     return buildChain(node, info).getPixelFormat().getDepth();
 }
 
@@ -83,8 +82,8 @@ void renderPicture(HostNode& node, RenderRequest const& request, int threads, Re
     reporter.startPicture(request.input, request.output, source->getInfo(), threads);
 
     Chain const chain = buildChain(node, source->getInfo());
-    auto const sink = createImage(request.output, *source, chain.getPixelFormat(),
-                                  keepsInputDepth(node), note);
+    auto const sink =
+        createImage(request.output, *source, chain.getPixelFormat(), keepsInputDepth(node), note);
     RenderOptions options;
     options.threads = threads;
     options.progress = [&reporter](double done) { reporter.showProgress(done); };

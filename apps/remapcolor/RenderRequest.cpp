@@ -17,8 +17,8 @@ int parseThreads(std::string const& text)
     char const* const end = text.data() + text.size();
     auto const [stop, failure] = std::from_chars(text.data(), end, threads);
     if (failure != std::errc() || stop != end || threads < 1 || threads > mostThreads) {
-        throw UsageError("--threads takes a whole number from 1 to " +
-                         std::to_string(mostThreads) + ", not " + quote(text));
+        throw UsageError("--threads takes a whole number from 1 to " + std::to_string(mostThreads) +
+                         ", not " + quote(text));
     }
     return threads;
 }
@@ -43,12 +43,12 @@ void addRenderOptions(CommandOptions& options, RenderRequest& request)
     addNodeOptions(options, request.node);
     options.addOption("--layer", "NAME", "Process the channels NAME.R, NAME.G, NAME.B of the file",
                       [&request](std::string const& text) { request.layer = text; });
-    options.addOption("-j,--threads", "N", "Workers (default: the cores this process may use)",
-                      [&request](std::string const& text) { request.threads = parseThreads(text); });
-    options.addOption("--progress", "STYLE", "auto, bar (on a terminal), json or none",
-                      [&request](std::string const& text) {
-                          request.progress = parseProgress(text);
-                      });
+    options.addOption(
+        "-j,--threads", "N", "Workers (default: the cores this process may use)",
+        [&request](std::string const& text) { request.threads = parseThreads(text); });
+    options.addOption(
+        "--progress", "STYLE", "auto, bar (on a terminal), json or none",
+        [&request](std::string const& text) { request.progress = parseProgress(text); });
     options.addFlag("-q,--quiet", "Print errors only",
                     [&request] { request.verbosity = Verbosity::Quiet; });
     options.addFlag("-v,--verbose", "Say what is read and written, and how long it took",

@@ -2,6 +2,8 @@
 
 #include "remapcolor/Reporter.h"
 
+#include "runtime/values/NumberText.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -96,9 +98,8 @@ void Reporter::note(std::string const& text)
     }
 }
 
-void Reporter::startPicture(std::filesystem::path const& input,
-                            std::filesystem::path const& output, ImageInfo const& info,
-                            int threads)
+void Reporter::startPicture(std::filesystem::path const& input, std::filesystem::path const& output,
+                            ImageInfo const& info, int threads)
 {
     outputFile = output;
     started = Clock::now();
@@ -141,8 +142,7 @@ void Reporter::finishPicture()
                    {"output", outputFile.string()},
                    {"seconds", seconds}});
     } else if (verbosity == Verbosity::Verbose) {
-        Json const number = seconds; // the same text in every locale
-        writeText("wrote " + quote(outputFile.string()) + " in " + number.dump() + " s");
+        writeText("wrote " + quote(outputFile.string()) + " in " + formatNumber(seconds) + " s");
     }
 }
 
@@ -168,9 +168,8 @@ void Reporter::drawBar(double done)
 {
     double const share = std::clamp(done, 0.0, 1.0);
     auto const filled = static_cast<std::size_t>(share * barWidth);
-    std::string const bar = "\r[" + std::string(filled, '#') +
-                            std::string(barWidth - filled, '.') + "] " +
-                            std::to_string(static_cast<int>(share * 100.0)) + " %";
+    std::string const bar = "\r[" + std::string(filled, '#') + std::string(barWidth - filled, '.') +
+                            "] " + std::to_string(static_cast<int>(share * 100.0)) + " %";
     static_cast<void>(std::fwrite(bar.data(), 1, bar.size(), stderr));
     isBarDrawn = true;
 }

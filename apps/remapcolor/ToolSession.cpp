@@ -8,18 +8,18 @@ ToolSession::ToolSession(NodeRequest const& request)
 {
     loader.find(ToolKeys::libraryFile);
     graph = makeShared<HostGraph>();
-    node = makeNode(loader.getTool(ToolKeys::tool), request);
+    node = prepareNode(loader.getTool(ToolKeys::tool), request);
     node->setValues(collectValues(*node, request.settings));
 }
 
-RCShdPtr<HostNode> ToolSession::makeNode(PiToolProtocol const& tool, NodeRequest const& request)
+RCShdPtr<HostNode> ToolSession::prepareNode(PiToolProtocol const& tool, NodeRequest const& request)
 {
     RCShdPtr<HostNode> const created = graph->createNode(tool);
-    if (request.project.empty()) {
+    if (!request.project.has_value()) {
         return created;
     }
     // The new node only says what values there are.
-    NodeValues const saved = loadProject(request.project, *created);
+    NodeValues const saved = loadProject(*request.project, *created);
     graph->removeNode(created);
     return graph->loadNode(tool, saved);
 }

@@ -16,7 +16,7 @@ public:
     HostNode& getNode() const { return *node; }
 
 private:
-    RCShdPtr<HostNode> makeNode(PiToolProtocol const& tool, NodeRequest const& request);
+    RCShdPtr<HostNode> prepareNode(PiToolProtocol const& tool, NodeRequest const& request);
 
     // In this order: the libraries outlive everything that comes from them.
     ToolLoader loader;

@@ -19,9 +19,8 @@ namespace {
 using Slots = std::vector<HostNode::ValueSlot>;
 
 /// NAME and VALUE around the first equals sign. Throws UsageError if there is none.
-std::pair<std::string_view, std::string_view> splitAssignment(std::string_view option,
-                                                              std::string_view text,
-                                                              std::string_view form)
+std::pair<std::string_view, std::string_view>
+splitAssignment(std::string_view option, std::string_view text, std::string_view form)
 {
     std::size_t const equals = text.find('=');
     if (equals == std::string_view::npos) {
@@ -77,9 +76,9 @@ void collectNamed(HostNode const& node, std::string_view text, NodeValues& value
     auto const [name, value] = splitAssignment("--set", text, "NAME=VALUE");
     Slots const slots = findSlots(node, name);
     if (slots.empty()) {
-        throw UsageError("--set: there is no input " + quote(std::string(name)) +
-                         suggestNames(name, listNames(node),
-                                      "\"remapcolor describe\" lists all inputs"));
+        throw UsageError(
+            "--set: there is no input " + quote(std::string(name)) +
+            suggestNames(name, listNames(node), "\"remapcolor describe\" lists all inputs"));
     }
     checkSameKind(name, slots);
     for (HostNode::ValueSlot const& slot : slots) {

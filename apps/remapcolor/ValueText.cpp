@@ -36,8 +36,14 @@ template <>
 std::optional<bool> parseOne(HostValue const&, std::string_view text)
 {
     static constexpr std::array<std::pair<std::string_view, bool>, 8> words = {{
-        {"true", true}, {"on", true}, {"yes", true}, {"1", true},
-        {"false", false}, {"off", false}, {"no", false}, {"0", false},
+        {"true", true},
+        {"on", true},
+        {"yes", true},
+        {"1", true},
+        {"false", false},
+        {"off", false},
+        {"no", false},
+        {"0", false},
     }};
     std::string const lower = toLower(text);
     for (auto const& [word, state] : words) {

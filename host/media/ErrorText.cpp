@@ -37,29 +37,21 @@ std::string quote(std::filesystem::path const& file)
 std::string describeSystemError(int error)
 {
     switch (error) {
-    case ENOENT:
-        return "there is no such file or folder";
+    case ENOENT: return "there is no such file or folder";
     case EACCES:
-    case EPERM:
-        return "permission denied";
-    case EROFS:
-        return "the file system is read-only";
+    case EPERM: return "permission denied";
+    case EROFS: return "the file system is read-only";
     case ENOSPC:
-    case EDQUOT:
-        return "no space left on the disk; free some and try again";
-    case EISDIR:
-        return "it is a folder";
-    case ENAMETOOLONG:
-        return "the name is too long";
-    default:
-        return std::generic_category().message(error);
+    case EDQUOT: return "no space left on the disk; free some and try again";
+    case EISDIR: return "it is a folder";
+    case ENAMETOOLONG: return "the name is too long";
+    default: return std::generic_category().message(error);
     }
 }
 
 } // namespace
 
-void throwReadError(ImageFailure kind, std::filesystem::path const& file,
-                    std::string const& reason)
+void throwReadError(ImageFailure kind, std::filesystem::path const& file, std::string const& reason)
 {
     throw ImageFileError(kind, "cannot read " + quote(file) + ": " + reason);
 }

@@ -28,9 +28,8 @@ Imf::Channel const* find(Imf::ChannelList const& channels, std::string const& na
 bool hasColour(Imf::ChannelList const& channels, std::string const& prefix)
 {
     return find(channels, prefix + luminanceName) != nullptr ||
-           std::any_of(exrColourNames.begin(), exrColourNames.end(), [&](char const* name) {
-               return find(channels, prefix + name) != nullptr;
-           });
+           std::any_of(exrColourNames.begin(), exrColourNames.end(),
+                       [&](char const* name) { return find(channels, prefix + name) != nullptr; });
 }
 
 std::vector<std::string> layersWithColour(Imf::ChannelList const& channels)
@@ -129,13 +128,11 @@ bool isColour(std::string const& name, ExrColour const& colour)
     case ExrColourKind::Rgb:
         return std::any_of(exrColourNames.begin(), exrColourNames.end(),
                            [&](char const* letter) { return name == colour.prefix + letter; });
-    case ExrColourKind::Luminance:
-        return name == colour.prefix + luminanceName;
+    case ExrColourKind::Luminance: return name == colour.prefix + luminanceName;
     case ExrColourKind::SubsampledLumaChroma:
     case ExrColourKind::FullLumaChroma:
         return name == colour.prefix + luminanceName || isChroma(name, colour);
-    case ExrColourKind::AlphaOnly:
-        return false;
+    case ExrColourKind::AlphaOnly: return false;
     }
     return false;
 }
@@ -239,10 +236,10 @@ void insertFurtherChannels(Imf::FrameBuffer& frame, std::vector<ExrFurtherChanne
         std::size_t const rowBytes =
             pixelBytes *
             static_cast<std::size_t>(countSamples(bounds.x0, bounds.x1, channel.xSampling));
-        insertSamples(frame, channel.name,
-                      {channel.type, memory, pixelBytes, rowBytes, channel.xSampling,
-                       channel.ySampling},
-                      bounds);
+        insertSamples(
+            frame, channel.name,
+            {channel.type, memory, pixelBytes, rowBytes, channel.xSampling, channel.ySampling},
+            bounds);
         memory += rowBytes *
                   static_cast<std::size_t>(countSamples(bounds.y0, bounds.y1, channel.ySampling));
     }

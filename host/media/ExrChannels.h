@@ -25,11 +25,11 @@ enum class ExrColourKind {
 /// The channels that become a tile's pixels.
 struct ExrColour {
     ExrColourKind kind = ExrColourKind::Rgb;
-    std::string layer;                ///< "" for the file's own
-    std::string prefix;               ///< of channel names: "" or the layer and a dot
-    std::array<bool, 3> isPresent{};  ///< which of R, G, B the file has (Rgb only)
+    std::string layer;               ///< "" for the file's own
+    std::string prefix;              ///< of channel names: "" or the layer and a dot
+    std::array<bool, 3> isPresent{}; ///< which of R, G, B the file has (Rgb only)
     bool hasAlpha = false;
-    Imf::PixelType type = Imf::HALF;  ///< the widest of them
+    Imf::PixelType type = Imf::HALF; ///< the widest of them
 };
 
 /// A channel that is copied as it is.

@@ -17,10 +17,10 @@
 
 namespace {
 
-constexpr std::uint64_t headerStart = 8;                // magic number and version
-constexpr std::size_t longestName = 255;                // bytes, of attributes and their types
-constexpr int longestAttribute = 256 << 20;             // bytes; previews and manifests are far less
-constexpr std::uint64_t mostBlockBytes = 1ULL << 30;    // decoded, of one block of rows or one tile
+constexpr std::uint64_t headerStart = 8;             // magic number and version
+constexpr std::size_t longestName = 255;             // bytes, of attributes and their types
+constexpr int longestAttribute = 256 << 20;          // bytes; previews and manifests are far less
+constexpr std::uint64_t mostBlockBytes = 1ULL << 30; // decoded, of one block of rows or one tile
 constexpr std::uint64_t chunkTableEntryBytes = 8;
 constexpr std::int64_t farthestPixel = std::numeric_limits<int>::max() / 2;
 
@@ -173,8 +173,8 @@ void checkTiles(ExrHeader const& header, std::filesystem::path const& file)
     }
 }
 
-void checkSizes(ExrHeader const& header, std::filesystem::path const& file,
-                std::uint64_t fileBytes, std::size_t mostBytes)
+void checkSizes(ExrHeader const& header, std::filesystem::path const& file, std::uint64_t fileBytes,
+                std::size_t mostBytes)
 {
     Imath::Box2i const& window = header.header.dataWindow();
     checkWindow(window, file);
@@ -229,20 +229,15 @@ int rowsPerBlockOf(ExrHeader const& header)
     switch (header.header.compression()) {
     case Imf::NO_COMPRESSION:
     case Imf::RLE_COMPRESSION:
-    case Imf::ZIPS_COMPRESSION:
-        return 1;
+    case Imf::ZIPS_COMPRESSION: return 1;
     case Imf::ZIP_COMPRESSION:
-    case Imf::PXR24_COMPRESSION:
-        return 16;
+    case Imf::PXR24_COMPRESSION: return 16;
     case Imf::PIZ_COMPRESSION:
     case Imf::B44_COMPRESSION:
     case Imf::B44A_COMPRESSION:
-    case Imf::DWAA_COMPRESSION:
-        return 32;
-    case Imf::DWAB_COMPRESSION:
-        return 256;
-    case Imf::NUM_COMPRESSION_METHODS:
-        break;
+    case Imf::DWAA_COMPRESSION: return 32;
+    case Imf::DWAB_COMPRESSION: return 256;
+    case Imf::NUM_COMPRESSION_METHODS: break;
     }
     throw Iex::InputExc("unknown compression");
 }

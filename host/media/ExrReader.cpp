@@ -23,8 +23,8 @@ GeRectangle<int> toRectangle(Imath::Box2i const& box)
 /// The library's closest fraction, or `fallback` where it is not above 0 or does not fit.
 Rational toRational(Imf::Rational const& value, Rational const& fallback)
 {
-    bool const isUsable =
-        value.n > 0 && value.d > 0 && value.d <= static_cast<unsigned>(std::numeric_limits<int>::max());
+    bool const isUsable = value.n > 0 && value.d > 0 &&
+                          value.d <= static_cast<unsigned>(std::numeric_limits<int>::max());
     return isUsable ? Rational(value.n, static_cast<int>(value.d)) : fallback;
 }
 
@@ -42,13 +42,11 @@ std::string sourceChannelOf(ExrColour const& colour, std::size_t component)
     case ExrColourKind::Rgb:
         // An absent channel stays in the frame: the library fills it with 0.
         return colour.prefix + exrColourNames[component];
-    case ExrColourKind::Luminance:
-        return component == 0 ? colour.prefix + "Y" : "";
+    case ExrColourKind::Luminance: return component == 0 ? colour.prefix + "Y" : "";
     case ExrColourKind::FullLumaChroma:
         return colour.prefix + std::array{"RY", "Y", "BY"}[component];
     case ExrColourKind::SubsampledLumaChroma:
-    case ExrColourKind::AlphaOnly:
-        return "";
+    case ExrColourKind::AlphaOnly: return "";
     }
     return "";
 }
@@ -86,9 +84,9 @@ void ExrReader::describe()
     info.storage = isHalf ? SampleStorage::Half : SampleStorage::Float;
     Rational const aspect =
         toRational(Imf::Rational(header.header.pixelAspectRatio()), Rational(1, 1));
-    info.format =
-        IxPixelFormat(componentsOf(colour), isHalf ? IxPixelFormat::FLOAT16 : IxPixelFormat::FLOAT32,
-                      aspect, colour.hasAlpha);
+    info.format = IxPixelFormat(componentsOf(colour),
+                                isHalf ? IxPixelFormat::FLOAT16 : IxPixelFormat::FLOAT32, aspect,
+                                colour.hasAlpha);
     if (Imf::hasFramesPerSecond(header.header)) {
         info.frameRate = toRational(Imf::framesPerSecond(header.header), info.frameRate);
     }
@@ -201,17 +199,12 @@ void ExrReader::readRows(Imf::FrameBuffer const& frame, GeRectangle<int> const& 
 void ExrReader::finishColour(IxTile const& tile)
 {
     switch (colour.kind) {
-    case ExrColourKind::Luminance:
-        spreadLuminance(tile);
-        break;
-    case ExrColourKind::SubsampledLumaChroma:
-        lumaChroma->readRows(tile);
-        break;
+    case ExrColourKind::Luminance: spreadLuminance(tile); break;
+    case ExrColourKind::SubsampledLumaChroma: lumaChroma->readRows(tile); break;
     case ExrColourKind::FullLumaChroma:
         convertFullLumaChroma(tile, luminanceWeightsOf(header.header));
         break;
     case ExrColourKind::Rgb:
-    case ExrColourKind::AlphaOnly:
-        break;
+    case ExrColourKind::AlphaOnly: break;
     }
 }

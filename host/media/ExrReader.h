@@ -12,14 +12,12 @@
 
 class LumaChromaReader;
 
-
 /// Reads one layer of an EXR picture. Half and float samples go into the tile without a pass of
 /// their own. ImageStrip::furtherChannels is laid out as furtherBytesOf says.
 class ExrReader : public MediaSource {
 public:
     /// Opens the file, checks it and chooses its channels. Throws ImageFileError.
-    ExrReader(std::filesystem::path const& file, ReadOptions const& options,
-              MediaNote const& note);
+    ExrReader(std::filesystem::path const& file, ReadOptions const& options, MediaNote const& note);
     ~ExrReader() override;
 
     ImageInfo const& getInfo() const override { return info; }

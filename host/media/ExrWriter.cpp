@@ -102,9 +102,10 @@ void ExrWriter::planFromExr(ExrReader const& reader, bool keepsInputDepth)
     }
     auto const add = [&](std::string const& name, std::size_t component, std::string const& like) {
         Imf::Channel const& likeness = old[like];
-        addColour(kept, {name, keepsInputDepth ? likeness.type : typeOfDepth(format.getDepth()),
-                         component},
-                  likeness);
+        addColour(
+            kept,
+            {name, keepsInputDepth ? likeness.type : typeOfDepth(format.getDepth()), component},
+            likeness);
     };
     std::string const luminance = colour.prefix + "Y";
     for (std::size_t component = 0; component < exrColourNames.size(); ++component) {
@@ -147,8 +148,8 @@ void ExrWriter::planFromOther(ImageSource const& source)
         }
     }
     if (format.getComponents() != IxPixelFormat::RGB) {
-        addColour(header.channels(),
-                  {exrAlphaName, type, isAlphaOnly ? 0 : exrColourNames.size()}, {});
+        addColour(header.channels(), {exrAlphaName, type, isAlphaOnly ? 0 : exrColourNames.size()},
+                  {});
     }
     // Colour in an EXR file is multiplied by alpha.
     isPremultiplying =
@@ -249,7 +250,8 @@ void ExrWriter::insertColour(Imf::FrameBuffer& frame, IxTile const& result)
         std::size_t const sampleBytes = bytesOf(colour.type);
         if (isDirect(colour)) {
             insertSamples(frame, colour.name,
-                          {colour.type, guard.getRow(bounds.y0) + colour.component * tileSampleBytes,
+                          {colour.type,
+                           guard.getRow(bounds.y0) + colour.component * tileSampleBytes,
                            format.getBytesPerPixel(), result.getRowBytes()},
                           bounds);
         } else {

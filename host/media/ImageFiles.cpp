@@ -47,9 +47,8 @@ FileKind checkKindAndDepth(std::filesystem::path const& file, IxPixelFormat::Dep
 {
     FileKind const kind = requireFileKind(file);
     if (kind == FileKind::Exr && depth == IxPixelFormat::UINT8) {
-        throwWriteError(
-            ImageFailure::Request, file,
-            "EXR holds no 8-bit channels; choose 16 or 32 bit, or another file format");
+        throwWriteError(ImageFailure::Request, file,
+                        "EXR holds no 8-bit channels; choose 16 or 32 bit, or another file format");
     }
     return kind;
 }

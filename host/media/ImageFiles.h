@@ -33,13 +33,13 @@ private:
 using MediaNote = std::function<void(std::string const&)>;
 
 struct ReadOptions {
-    std::string layer{};                 ///< channels of this layer ("" = the file's own R, G, B)
+    std::string layer{}; ///< channels of this layer ("" = the file's own R, G, B)
     std::size_t mostBytes = std::size_t{64} << 30; ///< pictures announcing more are refused
 };
 
 /// Opens a picture by content and extension. Main thread; throws ImageFileError.
-std::unique_ptr<ImageSource> openImage(std::filesystem::path const& file, ReadOptions const& options,
-                                       MediaNote const& note);
+std::unique_ptr<ImageSource> openImage(std::filesystem::path const& file,
+                                       ReadOptions const& options, MediaNote const& note);
 
 /// Checks, before anything is read or written, whether `file`'s extension and folder can take a
 /// picture of `depth`. Throws ImageFileError.

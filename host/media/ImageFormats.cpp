@@ -26,9 +26,8 @@ constexpr std::array<Extension, 7> extensions = {{
 std::optional<FileKind> findFileKind(std::filesystem::path const& file)
 {
     std::string wanted = file.extension().string();
-    std::transform(wanted.begin(), wanted.end(), wanted.begin(), [](unsigned char letter) {
-        return static_cast<char>(std::tolower(letter));
-    });
+    std::transform(wanted.begin(), wanted.end(), wanted.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
     auto const found = std::find_if(extensions.begin(), extensions.end(),
                                     [&](Extension const& known) { return wanted == known.text; });
     return found == extensions.end() ? std::nullopt : std::optional(found->kind);

@@ -12,7 +12,6 @@
 
 class CheckedInput;
 
-
 /// Weights of red, green and blue in a file's luminance: by its chromaticities, or those of ITU-R
 /// BT.709 where it has none or impossible ones.
 Imath::V3f luminanceWeightsOf(Imf::Header const& header);

@@ -9,13 +9,11 @@ class OiioModule {
 public:
     virtual ~OiioModule() = default;
 
-    virtual std::unique_ptr<ImageSource> open(std::filesystem::path const& file,
-                                              ReadOptions const& options,
-                                              MediaNote const& note) = 0;
+    virtual std::unique_ptr<ImageSource>
+    open(std::filesystem::path const& file, ReadOptions const& options, MediaNote const& note) = 0;
     virtual std::unique_ptr<ImageSink> create(std::filesystem::path const& file,
-                                              ImageSource& source,
-                                              IxPixelFormat const& format, bool keepsInputDepth,
-                                              MediaNote const& note) = 0;
+                                              ImageSource& source, IxPixelFormat const& format,
+                                              bool keepsInputDepth, MediaNote const& note) = 0;
     virtual void setThreads(int threads) = 0;
 };
 
@@ -24,7 +22,8 @@ inline constexpr char const* oiioModuleFunction = "remapMediaOiioModule";
 using OiioModuleFunction = OiioModule* (*)();
 
 /// Loads the module the first time; main thread. It is looked for beside the code of this library
-/// and beside the program, there and in the library folder next to it. Throws ImageFileError (Surroundings).
+/// and beside the program, there and in the library folder next to it. Throws ImageFileError
+/// (Surroundings).
 OiioModule& loadOiioModule();
 
 /// The module if it has been loaded, or null.

@@ -21,19 +21,15 @@ OutputDepth chooseSamples(FileKind kind, IxPixelFormat::Depth depth, SampleStora
     int const sourceBytes = source == SampleStorage::UInt8 ? 8 : 16;
     int const plainBits = depth == IxPixelFormat::UINT8 ? 8 : 16;
     switch (kind) {
-    case FileKind::Jpeg:
-        return integerOf(8);
-    case FileKind::Png:
-        return integerOf(keepsInteger ? sourceBytes : plainBits);
-    case FileKind::Dpx:
-        return integerOf(keepsInteger ? sourceBits : plainBits);
+    case FileKind::Jpeg: return integerOf(8);
+    case FileKind::Png: return integerOf(keepsInteger ? sourceBytes : plainBits);
+    case FileKind::Dpx: return integerOf(keepsInteger ? sourceBits : plainBits);
     case FileKind::Tiff:
         if (keepsInteger) {
             return integerOf(sourceBytes);
         }
         return depth == IxPixelFormat::UINT8 ? integerOf(8) : OutputDepth{SampleStorage::Float, 32};
-    case FileKind::Exr:
-        break;
+    case FileKind::Exr: break;
     }
     Assertions::throwProgramAborted("OutputDepth", __LINE__, "kind");
 }

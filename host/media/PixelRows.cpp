@@ -30,11 +30,8 @@ void samplesToFloat(std::byte const* samples, IxPixelFormat::Depth depth, std::s
             value = imath_half_to_float(bits);
         }
         return;
-    case IxPixelFormat::FLOAT32:
-        std::memcpy(values.data(), samples, values.size_bytes());
-        return;
-    case IxPixelFormat::COMPLEX:
-        break;
+    case IxPixelFormat::FLOAT32: std::memcpy(values.data(), samples, values.size_bytes()); return;
+    case IxPixelFormat::COMPLEX: break;
     }
     Assertions::throwProgramAborted("PixelRows", __LINE__, "depth");
 }

@@ -115,8 +115,8 @@ template <typename Protocol, typename Value>
 class FakeNode : public Protocol {
 public:
     FakeNode(PxNode::Init const& init, std::string nodeName, Value constant, Journal& nodeJournal)
-        : PxNode(init), valueAt([constant](double) { return constant; }),
-          name(std::move(nodeName)), journal(nodeJournal)
+        : PxNode(init), valueAt([constant](double) { return constant; }), name(std::move(nodeName)),
+          journal(nodeJournal)
     {
     }
     ~FakeNode() noexcept(false) override { journal.push_back("gone " + name); }

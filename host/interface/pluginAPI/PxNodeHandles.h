@@ -109,6 +109,7 @@ PxNodePtr<Wanted> castNode(PxNodePtr<T> const& handle)
 template <typename T, typename... Arguments>
 PxStrongHndl<T> makeNode(Arguments&&... arguments)
 {
+    assertNodeHandleThread(); // before there is a node that nobody would own
     PxStrongHndl<T> const node(new T(PxNode::Init(), std::forward<Arguments>(arguments)...));
     PxNode::init(PxStrongHndl<PxNode>(node.get()));
     return node;

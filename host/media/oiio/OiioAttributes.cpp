@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <fstream>
 #include <string>
 
 namespace {
@@ -16,10 +15,10 @@ constexpr char const* compressionName = "compression";
 
 /// Storage of the samples, which the target has its own of, and what the library works out itself.
 constexpr std::array<OIIO::string_view, 12> storageNames = {
-    "oiio:BitsPerSample", "oiio:UnassociatedAlpha",  "oiio:subimages",
-    "oiio:subimagename",  "tiff:Compression",        "tiff:PhotometricInterpretation",
+    "oiio:BitsPerSample", "oiio:UnassociatedAlpha",   "oiio:subimages",
+    "oiio:subimagename",  "tiff:Compression",         "tiff:PhotometricInterpretation",
     "tiff:ColorSpace",    "tiff:PlanarConfiguration", "tiff:bigtiff",
-    "tiff:subfiletype",   "dpx:ImageDescriptor",     "dpx:Packing",
+    "tiff:subfiletype",   "dpx:ImageDescriptor",      "dpx:Packing",
 };
 
 /// Loss-free and good for every depth. Files with another one take the library's, which is ZIP.
@@ -30,39 +29,6 @@ template <typename Names>
 bool isIn(Names const& names, OIIO::string_view name)
 {
     return std::find(names.begin(), names.end(), name) != names.end();
-}
-
-std::uint32_t readBigEndian(std::istream& stream)
-{
-    std::array<char, 4> bytes{};
-    stream.read(bytes.data(), bytes.size());
-    std::uint32_t value = 0;
-    for (char const byte : bytes) {
-        value = value << 8U | static_cast<unsigned char>(byte);
-    }
-    return value;
-}
-
-/// Whether a chunk before a PNG file's pixels says what its colours mean.
-bool hasPngColourSpace(std::filesystem::path const& file)
-{
-    constexpr std::streamoff firstChunk = 8;
-    constexpr std::streamoff checksumBytes = 4;
-    std::ifstream stream(file, std::ios::binary);
-    stream.seekg(firstChunk);
-    while (stream) {
-        std::uint32_t const size = readBigEndian(stream);
-        std::string name(4, ' ');
-        stream.read(name.data(), static_cast<std::streamsize>(name.size()));
-        if (name == "sRGB" || name == "gAMA" || name == "cHRM" || name == "iCCP") {
-            return static_cast<bool>(stream);
-        }
-        if (name == "IDAT") {
-            return false;
-        }
-        stream.seekg(static_cast<std::streamoff>(size) + checksumBytes, std::ios::cur);
-    }
-    return false;
 }
 
 bool isExif(OIIO::string_view name)
@@ -89,15 +55,6 @@ void copyAllAttributes(OIIO::ImageSpec const& source, FileKind kind, OIIO::Image
     target.full_y = source.full_y;
     target.full_width = source.full_width;
     target.full_height = source.full_height;
-}
-
-void dropAssumedColourSpace(std::filesystem::path const& file, std::optional<FileKind> kind,
-                            OIIO::ImageSpec& source)
-{
-    bool const isNamed = kind == FileKind::Png && hasPngColourSpace(file);
-    if (kind.has_value() && !isNamed) {
-        source.erase_attribute("oiio:ColorSpace");
-    }
 }
 
 void copyLookAttributes(OIIO::ImageSpec const& source, FileKind kind, OIIO::ImageSpec& target)

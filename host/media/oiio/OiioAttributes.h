@@ -4,19 +4,12 @@
 
 #include <OpenImageIO/filesystem.h>
 #include <OpenImageIO/imageio.h>
-#include <filesystem>
-#include <optional>
 #include <string>
 
 // What a written file keeps of its source besides the pixels.
 
 /// For a target of the source's own kind: everything but what describes how samples are stored.
 void copyAllAttributes(OIIO::ImageSpec const& source, FileKind kind, OIIO::ImageSpec& target);
-
-/// Takes away the colour space that the library assumes where `file` does not name one: written
-/// back, it would be an addition.
-void dropAssumedColourSpace(std::filesystem::path const& file, std::optional<FileKind> kind,
-                            OIIO::ImageSpec& source);
 
 /// For a target of another kind: the colour profile, without which the picture looks wrong, and
 /// which side is up where the target can say so.
@@ -26,8 +19,7 @@ void copyLookAttributes(OIIO::ImageSpec const& source, FileKind kind, OIIO::Imag
 void suppressDate(FileKind kind, OIIO::ImageSpec& target);
 
 /// Takes the library's own name out of a written DPX file where `written` names no software.
-void clearOwnName(FileKind kind, OIIO::ImageSpec const& written,
-                  OIIO::Filesystem::IOProxy& stream);
+void clearOwnName(FileKind kind, OIIO::ImageSpec const& written, OIIO::Filesystem::IOProxy& stream);
 
 /// The library cannot write Exif data to TIFF files, and says so for each of them.
 bool losesExif(OIIO::ImageSpec const& source, FileKind kind);

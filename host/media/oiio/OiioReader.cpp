@@ -3,7 +3,7 @@
 #include "media/oiio/OiioReader.h"
 
 #include "media/ErrorText.h"
-#include "media/oiio/OiioAttributes.h"
+#include "media/oiio/PngOutline.h"
 #include "media/oiio/QuietLibraries.h"
 
 #include <algorithm>
@@ -75,7 +75,13 @@ OiioReader::~OiioReader() = default;
 
 void OiioReader::open()
 {
-    QuietLibraries const quiet;
+    PngOutline const png = outlinePng(path);
+    if (png.isPng && !png.isComplete) {
+        // The library would notice too late for some of its memory to be given back.
+        throwReadError(ImageFailure::File, path,
+                       "the file is incomplete: pixels are missing; make or copy it again");
+    }
+    QuietLibraries const quiet(png.isPng ? std::optional(FileKind::Png) : std::nullopt);
     OIIO::ImageSpec config;
     // Without this, colour under low alpha is lost.
     config.attribute("oiio:UnassociatedAlpha", 1);
@@ -88,7 +94,10 @@ void OiioReader::open()
     }
     spec = input->spec();
     kind = kindOf(input->format_name());
-    dropAssumedColourSpace(path, kind, spec);
+    if (kind.has_value() && !png.namesColourSpace) {
+        // The library assumes one; written back, it would be an addition.
+        spec.erase_attribute("oiio:ColorSpace");
+    }
 }
 
 void OiioReader::check(std::size_t mostBytes) const
@@ -100,8 +109,7 @@ void OiioReader::check(std::size_t mostBytes) const
     if (spec.depth > 1 || spec.width <= 0 || spec.height <= 0 || spec.nchannels <= 0) {
         throwReadError(ImageFailure::File, path, "it holds no plain picture");
     }
-    std::uint64_t const pixelBytes =
-        static_cast<std::uint64_t>(spec.nchannels) * sizeof(float);
+    std::uint64_t const pixelBytes = static_cast<std::uint64_t>(spec.nchannels) * sizeof(float);
     auto const width = static_cast<std::uint64_t>(spec.width);
     auto const height = static_cast<std::uint64_t>(spec.height);
     if (width * height > mostBytes / pixelBytes) {
@@ -160,9 +168,9 @@ void OiioReader::describe()
     }
     bool const isPremultiplied =
         hasAlpha && spec.get_int_attribute("oiio:UnassociatedAlpha", 0) == 0;
-    info.format = IxPixelFormat(static_cast<IxPixelFormat::Components>(channels.size()), depth,
-                                toAspect(spec.get_float_attribute("PixelAspectRatio", 1.F)),
-                                isPremultiplied);
+    info.format =
+        IxPixelFormat(static_cast<IxPixelFormat::Components>(channels.size()), depth,
+                      toAspect(spec.get_float_attribute("PixelAspectRatio", 1.F)), isPremultiplied);
     info.dataWindow = {spec.x, spec.y, spec.x + spec.width, spec.y + spec.height};
     info.displayWindow = {spec.full_x, spec.full_y, spec.full_x + spec.full_width,
                           spec.full_y + spec.full_height};
@@ -171,7 +179,8 @@ void OiioReader::describe()
         info.dataWindow = {0, 0, spec.width, spec.height};
         info.displayWindow = info.dataWindow;
     }
-    rowsPerBlock = std::min(spec.tile_height > 0 ? spec.tile_height : rowsOfPlainFiles, spec.height);
+    rowsPerBlock =
+        std::min(spec.tile_height > 0 ? spec.tile_height : rowsOfPlainFiles, spec.height);
 }
 
 void OiioReader::noteLosses(MediaNote const& note)
@@ -182,7 +191,9 @@ void OiioReader::noteLosses(MediaNote const& note)
         note(name + " has " + std::to_string(spec.nchannels) +
              " channels; only colour and alpha are processed and kept");
     }
-    QuietLibraries const quiet;
+    if (kind == FileKind::Png) {
+        return; // holds one picture
+    }
     if (input->seek_subimage(1, 0)) {
         note(name + " holds several pictures; only the first is processed");
     }
@@ -221,7 +232,7 @@ void OiioReader::readRows(int top, int rows)
 {
     samples.resize(static_cast<std::size_t>(spec.width) * static_cast<std::size_t>(rows) *
                    static_cast<std::size_t>(spec.nchannels) * sampleType.size());
-    QuietLibraries const quiet;
+    QuietLibraries const quiet(kind);
     int const begin = spec.y + top;
     bool isRead = false;
     if (spec.tile_width > 0) {

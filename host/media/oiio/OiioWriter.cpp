@@ -23,14 +23,10 @@ constexpr std::array<float, 3> luminanceWeights = {0.2126F, 0.7152F, 0.0722F};
 OIIO::TypeDesc typeOf(SampleStorage storage)
 {
     switch (storage) {
-    case SampleStorage::UInt8:
-        return OIIO::TypeUInt8;
-    case SampleStorage::UInt16:
-        return OIIO::TypeUInt16;
-    case SampleStorage::Half:
-        return OIIO::TypeHalf;
-    case SampleStorage::Float:
-        break;
+    case SampleStorage::UInt8: return OIIO::TypeUInt8;
+    case SampleStorage::UInt16: return OIIO::TypeUInt16;
+    case SampleStorage::Half: return OIIO::TypeHalf;
+    case SampleStorage::Float: break;
     }
     return OIIO::TypeFloat;
 }
@@ -79,7 +75,7 @@ OiioWriter::OiioWriter(std::filesystem::path const& file, ImageSource& source,
 
 OiioWriter::~OiioWriter()
 {
-    QuietLibraries const quiet; // an unfinished file is complained about
+    QuietLibraries const quiet(kind); // an unfinished file is complained about
     output.reset();
 }
 
@@ -88,8 +84,8 @@ void OiioWriter::planChannels(MediaSource const* source)
     bool const hasAlpha = format.getComponents() == IxPixelFormat::RGBA;
     bool const dropsAlpha = kind == FileKind::Jpeg;
     // DPX has no luminance with alpha.
-    isLuminance = source != nullptr && source->isLuminanceOnly() &&
-                  !(kind == FileKind::Dpx && hasAlpha);
+    isLuminance =
+        source != nullptr && source->isLuminanceOnly() && !(kind == FileKind::Dpx && hasAlpha);
     std::size_t const colours =
         isLuminance || format.getComponents() == IxPixelFormat::ALPHA ? 1 : 3;
     channels = colours + (hasAlpha && !dropsAlpha ? 1 : 0);
@@ -162,7 +158,8 @@ void OiioWriter::noteLosses(MediaSource const* source) const
         note(name + " holds no alpha: this kind of file has none");
     }
     if (depth.isReduced) {
-        note(name + " holds " + describeDepth(depth) + ": values are clamped to 0 to 1 and rounded");
+        note(name + " holds " + describeDepth(depth) +
+             ": values are clamped to 0 to 1 and rounded");
     }
 }
 
@@ -202,7 +199,7 @@ void OiioWriter::writeStrip(IxTile const& result, ImageStrip const&)
         return;
     }
     try {
-        QuietLibraries const quiet;
+        QuietLibraries const quiet(kind);
         padTo(top);
         std::size_t const rowBytes = static_cast<std::size_t>(spec.scanline_bytes());
         bytes.assign(rowBytes * static_cast<std::size_t>(bottom - top), std::byte{});
@@ -233,8 +230,8 @@ void OiioWriter::fillRow(IxTile const& result, int y, std::byte* row)
     }
     auto const pixels = static_cast<std::size_t>(right - left);
     std::byte const* const source =
-        guard.getRow(y) + static_cast<std::size_t>(left - result.getBounds().x0) *
-                              format.getBytesPerPixel();
+        guard.getRow(y) +
+        static_cast<std::size_t>(left - result.getBounds().x0) * format.getBytesPerPixel();
     std::byte* const target = row + static_cast<std::size_t>(left - displayWindow.x0) *
                                         static_cast<std::size_t>(spec.pixel_bytes());
     if (isStraightCopy()) {
@@ -294,9 +291,7 @@ void OiioWriter::storeSamples(std::span<float const> stored, std::byte* samples)
         }
         return;
     case SampleStorage::Half:
-    case SampleStorage::Float:
-        std::memcpy(samples, stored.data(), stored.size_bytes());
-        return;
+    case SampleStorage::Float: std::memcpy(samples, stored.data(), stored.size_bytes()); return;
     }
 }
 
@@ -308,8 +303,8 @@ void OiioWriter::writeRows(int rows, std::vector<std::byte> const& rowsBytes)
         isWritten = output->write_tiles(spec.x, spec.x + spec.width, begin, begin + rows, spec.z,
                                         spec.z + 1, spec.format, rowsBytes.data());
     } else {
-        isWritten = output->write_scanlines(begin, begin + rows, spec.z, spec.format,
-                                            rowsBytes.data());
+        isWritten =
+            output->write_scanlines(begin, begin + rows, spec.z, spec.format, rowsBytes.data());
     }
     if (!isWritten || stream.getSystemError() != 0) {
         fail();
@@ -332,7 +327,7 @@ void OiioWriter::padTo(int y)
 void OiioWriter::finish()
 {
     try {
-        QuietLibraries const quiet;
+        QuietLibraries const quiet(kind);
         padTo(displayWindow.y1);
         bool const isClosed = output->close();
         std::string const error = output->geterror();

@@ -1,23 +1,34 @@
 #pragma once
 
-#include <cstdio>
+#include "media/ImageFormats.h"
 
-/// While one lives, what C code prints on standard error goes nowhere: the PNG library prints the
-/// complaints that also arrive as errors. C++ streams have their own handle of standard error and
-/// are heard all the same. Lives for one call of the image library at a time.
+#include <cstdio>
+#include <optional>
+
+/// While one lives for a PNG file, what C code prints on standard error goes nowhere: the PNG
+/// library prints complaints that also arrive as errors. Nothing else may use C's `stderr`
+/// meanwhile; C++ streams and file descriptors are not touched. Lives for one call of the library
+/// at a time, and never while a note is given.
 class QuietLibraries {
 public:
-    QuietLibraries() : shown(stderr)
+    explicit QuietLibraries(std::optional<FileKind> kind) : shown(stderr)
     {
         static std::FILE* const nowhere = std::fopen("/dev/null", "we");
-        if (nowhere != nullptr) {
+        if (kind == FileKind::Png && nowhere != nullptr) {
             stderr = nowhere;
+            isQuiet = true;
         }
     }
-    ~QuietLibraries() { stderr = shown; }
+    ~QuietLibraries()
+    {
+        if (isQuiet) {
+            stderr = shown;
+        }
+    }
     QuietLibraries(QuietLibraries const&) = delete;
     QuietLibraries& operator=(QuietLibraries const&) = delete;
 
 private:
     std::FILE* shown;
+    bool isQuiet = false;
 };

@@ -32,9 +32,9 @@ void PrintTo(RoundTrip const& row, std::ostream* out)
 }
 
 std::vector<TestChannel> const aovs = {
-    {"R", HALF},        {"G", FLOAT},        {"B", HALF},        {"A", FLOAT},
-    {"id", UINT},       {"depth.Z", FLOAT},  {"diffuse.R", HALF}, {"diffuse.G", HALF},
-    {"noise", HALF, 2, 3}};
+    {"R", HALF},         {"G", FLOAT},        {"B", HALF},
+    {"A", FLOAT},        {"id", UINT},        {"depth.Z", FLOAT},
+    {"diffuse.R", HALF}, {"diffuse.G", HALF}, {"noise", HALF, 2, 3}};
 
 Imath::Box2i const shifted{{-6, -9}, {29, 44}};
 
@@ -79,9 +79,8 @@ TEST_P(ExrRoundTripTest, KeepsEveryBitOfPixelsAndHeader)
 {
     writeExr(file("in.exr"), GetParam().recipe);
     for (int const blocks : {1, 3}) {
-        std::vector<std::string> const notes =
-            copyImage(file("in.exr"), file("out.exr"),
-                      {.layer = GetParam().layer, .blocksPerStrip = blocks});
+        std::vector<std::string> const notes = copyImage(
+            file("in.exr"), file("out.exr"), {.layer = GetParam().layer, .blocksPerStrip = blocks});
         EXPECT_TRUE(loadExr(file("out.exr")) == loadExr(file("in.exr")));
         EXPECT_TRUE(loadAttributes(file("out.exr")) == loadAttributes(file("in.exr")));
         EXPECT_TRUE(notes.empty()) << notes.front();
@@ -129,7 +128,8 @@ std::vector<std::string> writeColour(std::filesystem::path const& from,
     ImageStrip strip;
     source->readStrip(source->getStripBounds(0, source->getRowsPerBlock()), strip);
     GeRectangle<int> const bounds = strip.colour.getBounds();
-    IxTile const result(IxPixelFormat(IxPixelFormat::RGB, IxPixelFormat::FLOAT32, {}, false), bounds);
+    IxTile const result(IxPixelFormat(IxPixelFormat::RGB, IxPixelFormat::FLOAT32, {}, false),
+                        bounds);
     for (int y = bounds.y0; y < bounds.y1; ++y) {
         auto* value = reinterpret_cast<float*>(IxWriteGuard(result).getRow(y));
         for (int x = 0; x < bounds.getWidth(); ++x) {
@@ -195,7 +195,8 @@ TEST_F(ExrFilesTest, SubsampledChromaIsReadAsTheLibraryReconstructsIt)
     Imf::Array2D<Imf::Rgba> pixels(size, size);
     for (int y = 0; y < size; ++y) {
         for (int x = 0; x < size; ++x) {
-            pixels[y][x] = {half(0.1F + 0.02F * float(x)), half(0.5F), half(0.01F * float(y)), half(1)};
+            pixels[y][x] = {half(0.1F + 0.02F * float(x)), half(0.5F), half(0.01F * float(y)),
+                            half(1)};
         }
     }
     {

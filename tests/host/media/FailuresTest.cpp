@@ -69,7 +69,10 @@ TEST_F(FailuresTest, UnsupportedExrFilesSayWhy)
              saveBytes(path, bytes);
          }},
         {"incomplete", [](auto const& path) { writeExr(path, {.isComplete = false}); }},
-        {"whole numbers", [](auto const& path) { writeExr(path, {.channels = {{"R", Imf::UINT}}}); }},
+        {"whole numbers",
+         [](auto const& path) {
+             writeExr(path, {.channels = {{"R", Imf::UINT}}});
+         }},
         {"sub-sampled",
          [](auto const& path) {
              writeExr(path, {.channels = {{"R", Imf::HALF, 2, 2}}, .dataWindow = {{0, 0}, {7, 7}}});

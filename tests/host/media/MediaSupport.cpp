@@ -123,16 +123,15 @@ void writeExr(std::filesystem::path const& file, ExrRecipe const& recipe)
     Imf::Header header(recipe.displayWindow, recipe.dataWindow, 2.0F, Imath::V2f(0.25F, 0), 1.5F,
                        recipe.lineOrder, recipe.compression);
     for (TestChannel const& channel : recipe.channels) {
-        header.channels().insert(
-            channel.name, Imf::Channel(channel.type, channel.xSampling, channel.ySampling));
+        header.channels().insert(channel.name,
+                                 Imf::Channel(channel.type, channel.xSampling, channel.ySampling));
     }
     std::mt19937 random(7);
     std::map<std::string, Plane> planes;
     Imf::FrameBuffer frame;
     for (auto channel = header.channels().begin(); channel != header.channels().end(); ++channel) {
-        Plane& plane =
-            planes.emplace(channel.name(), Plane(channel.channel(), recipe.dataWindow))
-                .first->second;
+        Plane& plane = planes.emplace(channel.name(), Plane(channel.channel(), recipe.dataWindow))
+                           .first->second;
         for (char& byte : plane.bytes) {
             byte = static_cast<char>(random());
         }
@@ -146,8 +145,8 @@ void writeExr(std::filesystem::path const& file, ExrRecipe const& recipe)
         return;
     }
     auto const size = static_cast<unsigned>(recipe.tileSize);
-    header.setTileDescription(Imf::TileDescription(
-        size, size, recipe.hasLevels ? Imf::MIPMAP_LEVELS : Imf::ONE_LEVEL));
+    header.setTileDescription(
+        Imf::TileDescription(size, size, recipe.hasLevels ? Imf::MIPMAP_LEVELS : Imf::ONE_LEVEL));
     Imf::TiledOutputFile output(file.c_str(), header);
     output.setFrameBuffer(frame);
     for (int level = 0; level < output.numLevels(); ++level) {
@@ -275,12 +274,11 @@ std::vector<std::string> copyImage(std::filesystem::path const& from,
         IxTile result = strip.colour;
         if (format.getDepth() != read.getDepth()) { // only widening to float is asked for here
             result = IxTile(format, strip.colour.getBounds());
-            auto const samples = static_cast<std::size_t>(result.getBounds().getWidth() *
-                                                          format.getNbComponents());
+            auto const samples =
+                static_cast<std::size_t>(result.getBounds().getWidth() * format.getNbComponents());
             for (int y = result.getBounds().y0; y < result.getBounds().y1; ++y) {
-                samplesToFloat(
-                    IxReadGuard(strip.colour).getRow(y), read.getDepth(),
-                    {reinterpret_cast<float*>(IxWriteGuard(result).getRow(y)), samples});
+                samplesToFloat(IxReadGuard(strip.colour).getRow(y), read.getDepth(),
+                               {reinterpret_cast<float*>(IxWriteGuard(result).getRow(y)), samples});
             }
         }
         sink->writeStrip(result, strip);
@@ -293,8 +291,8 @@ std::vector<float> loadValues(std::filesystem::path const& file)
 {
     auto const source = openImage(file, {}, [](std::string const&) {});
     ImageInfo const& info = source->getInfo();
-    auto const rowSamples = static_cast<std::size_t>(info.dataWindow.getWidth() *
-                                                     info.format.getNbComponents());
+    auto const rowSamples =
+        static_cast<std::size_t>(info.dataWindow.getWidth() * info.format.getNbComponents());
     std::vector<float> values;
     ImageStrip strip;
     source->readStrip(info.dataWindow, strip);

@@ -76,7 +76,8 @@ struct CopyOptions {
 };
 /// Returns the notes.
 std::vector<std::string> copyImage(std::filesystem::path const& from,
-                                   std::filesystem::path const& to, CopyOptions const& options = {});
+                                   std::filesystem::path const& to,
+                                   CopyOptions const& options = {});
 
 /// All components of a picture as floats, row after row over its data window.
 std::vector<float> loadValues(std::filesystem::path const& file);

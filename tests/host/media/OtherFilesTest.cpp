@@ -95,7 +95,8 @@ TEST_F(OtherFilesTest, ColourUnderLowAlphaSurvivesInTiff)
 
 TEST_F(OtherFilesTest, FloatTiffHoldsEveryFloat)
 {
-    writeExr(file("in.exr"), {.channels = {{"R", Imf::FLOAT}, {"G", Imf::FLOAT}, {"B", Imf::FLOAT}}});
+    writeExr(file("in.exr"),
+             {.channels = {{"R", Imf::FLOAT}, {"G", Imf::FLOAT}, {"B", Imf::FLOAT}}});
     EXPECT_TRUE(copyImage(file("in.exr"), file("out.tif")).empty());
     copyImage(file("out.tif"), file("back.exr"));
     EXPECT_TRUE(loadExr(file("back.exr")) == loadExr(file("in.exr")));

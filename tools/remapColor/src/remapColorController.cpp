@@ -502,6 +502,7 @@ void RemapColorController::removeSinglePixelProcessCallback(SinglePixelHandler* 
 void RemapColorController::processSinglePixel(PxTimeContext const& time,
                                               CoRgbaColorTyped<float> const& colour)
 {
+    assertNodeHandleThread(); // before anything is changed
     PxRequestMgr& requests = PxRequestMgr::getInstance();
     if (singlePixelCallback.isNull()) {
         auto const self = castStrong<RemapColorController>(getNode()->getController().lock());

@@ -195,9 +195,9 @@ private:
     void setPlotColorValue(CoRgbColorTyped<float> const& colour);
     void singlePixelProcessed(CoRgbaColorTyped<float> const& colour);
 
-    // A const operation subscribes to these four.
-    mutable CbDispatcher<CoRgbColorTyped<float> const> plotColorChanged;
-    mutable CbDispatcher<CoRgbColorTyped<float> const> outputPlotColorChanged;
+    CbDispatcher<CoRgbColorTyped<float> const> plotColorChanged;
+    CbDispatcher<CoRgbColorTyped<float> const> outputPlotColorChanged;
+    // Const operations subscribe to these four.
     mutable CbDispatcher<CbEmptyType> histoZoomChanged;
     mutable CbDispatcher<CbEmptyType> histoDisplayChanged;
     mutable CbDispatcher<CbEmptyType> channelDisplayChanged;

@@ -83,8 +83,8 @@ TEST(IxSampleConversionTest, MissingComponentsAreBlackAndOpaque)
     readPixelRow(makeFormat(IxPixelFormat::RGB, IxPixelFormat::FLOAT32), row, pixel);
     EXPECT_EQ(pixel[0], (Pixel{0.5F, -2.0F, 3.0F, 1}));
     std::array<float, 4> written{9, 9, 9, 9};
-    writePixelRow(makeFormat(IxPixelFormat::ALPHA, IxPixelFormat::FLOAT32), std::array{Pixel{1, 2, 3, 4}},
-                  reinterpret_cast<std::byte*>(written.data()));
+    writePixelRow(makeFormat(IxPixelFormat::ALPHA, IxPixelFormat::FLOAT32),
+                  std::array{Pixel{1, 2, 3, 4}}, reinterpret_cast<std::byte*>(written.data()));
     EXPECT_EQ(written, (std::array<float, 4>{4, 9, 9, 9}));
 }
 
@@ -97,7 +97,9 @@ TEST(IxPixelFormatTest, RefusesWhatNoPictureIsMadeOf)
     };
     for (auto const& [components, depth, aspectRatio, expression] :
          {Case{2, 32, {}, "_comps == ALPHA || _comps == RGB || _comps == RGBA"},
-          Case{4, 24, {},
+          Case{4,
+               24,
+               {},
                "_depth == UINT8 || _depth == FLOAT16 || _depth == FLOAT32 || _depth == COMPLEX"},
           Case{4, 8, {0, 1}, "aspectRatio.getFloat() is greater than 0.F"},
           Case{1, 64, {-1, 2}, "aspectRatio.getFloat() is greater than 0.F"}}) {
@@ -155,8 +157,8 @@ TEST(PiPixelLoopTest, RefusesASourceWithoutThePixels)
     auto const rgba = makeFormat(IxPixelFormat::RGBA, IxPixelFormat::FLOAT32);
     auto const rgb = makeFormat(IxPixelFormat::RGB, IxPixelFormat::FLOAT32);
     IxWriteGuard destination(IxTile(rgba, {0, 0, 4, 4}));
-    for (IxTile const& source : {IxTile(rgb, {0, 0, 4, 4}), IxTile(rgba, {0, 0, 4, 3}),
-                                 IxTile(rgba, {1, 0, 5, 4})}) {
+    for (IxTile const& source :
+         {IxTile(rgb, {0, 0, 4, 4}), IxTile(rgba, {0, 0, 4, 3}), IxTile(rgba, {1, 0, 5, 4})}) {
         NegateLoop loop(destination, PiImageModifierTypes::AffectColour);
         EXPECT_THROW(loop.process(IxReadGuard(source)), AssertionFailure);
     }

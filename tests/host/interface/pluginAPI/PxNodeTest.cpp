@@ -86,8 +86,7 @@ TEST(PxNodeHandlesTest, AreNeitherMadeNorReleasedOnWorkers)
                                 std::function<void()>([&] { handle.reset(); }),
                                 std::function<void()>([&] { castNode<PxNode const>(node); }),
                                 std::function<void()>([&] { makeNode<TestNode>(); })}) {
-            EXPECT_EQ(getExpression(use),
-                      "!PxRequestMgr::getInstance().isWorkerThreadCurrent()");
+            EXPECT_EQ(getExpression(use), "!PxRequestMgr::getInstance().isWorkerThreadCurrent()");
         }
         handle = node; // the same node: nothing is set
         PxStrongHndl<TestNode> copyOfEmpty(empty);

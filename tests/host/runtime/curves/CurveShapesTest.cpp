@@ -48,8 +48,9 @@ TEST(CurveShapesTest, SmoothCurvePassesItsKeysAndNeverOvershoots)
 TEST(CurveShapesTest, KeysOnALineGiveTheLineAndItsContinuation)
 {
     CurvePoints const points = makeSmoothCurve({{0, 0}, {3, 6}, {6, 12}});
-    EXPECT_EQ(points, (CurvePoints{{-1, -2}, {0, 0}, {1, 2}, {2, 4}, {3, 6}, {4, 8}, {5, 10},
-                                   {6, 12}, {7, 14}}));
+    EXPECT_EQ(
+        points,
+        (CurvePoints{{-1, -2}, {0, 0}, {1, 2}, {2, 4}, {3, 6}, {4, 8}, {5, 10}, {6, 12}, {7, 14}}));
 }
 
 TEST(CurveShapesTest, EndHandlesNeverLieOnTheirKeys)

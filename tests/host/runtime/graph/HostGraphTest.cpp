@@ -106,9 +106,13 @@ TEST(HostGraphTest, UnknownNamesAreFailuresThatNameThem)
           Case{[&] { node->findValue("Nothing", true); }, "the tool has no value \"Nothing\""},
           Case{[&] { group->findMember("Nothing", true); },
                "the input \"Group\" has no member \"Nothing\""},
-          Case{[&] { node->setValues({{"Nothing", number(1)}}); },
+          Case{[&] {
+                   node->setValues({{"Nothing", number(1)}});
+               },
                "the tool has no value \"Nothing\""},
-          Case{[&] { graph->loadNode(tool, {{"Nothing", number(1)}}); },
+          Case{[&] {
+                   graph->loadNode(tool, {{"Nothing", number(1)}});
+               },
                "the tool has no value \"Nothing\""}}) {
         try {
             call();
@@ -159,7 +163,8 @@ TEST(HostGraphTest, CurveInputsLeadToANodeThatHoldsTheCurve)
     auto const shape = castStrong<PiShape2dInterface>(curveNode->getController().lock());
     CurvePoints const points{{0, 0}, {1, 1}, {2, 2}};
     shape->setControlPoints(points, false);
-    EXPECT_EQ(*node->getValue("Group.Shape")->getState(), ValueState(Animated<CurvePoints>(points)));
+    EXPECT_EQ(*node->getValue("Group.Shape")->getState(),
+              ValueState(Animated<CurvePoints>(points)));
     EXPECT_EQ(shape->getControlPoints(), points);
     EXPECT_EQ(curveNode->findValue("Group.Shape", true).get(), node->getValue("Group.Shape").get());
     EXPECT_THROW(curveNode->findInput("Nothing", true), UnknownNameError);
@@ -172,9 +177,11 @@ TEST(HostGraphTest, BuilderGivesOneNodePerInput)
     auto const graph = makeShared<HostGraph>();
     Journal journal;
     auto const source = makeNode<memoryHost::FakeSource>(journal);
-    auto const chain =
-        graph->createNode(tool)->buildChain(PxNodePtr<PxImageProtocol const>(source.get()));
-    EXPECT_EQ(chain.get(), source.get());
+    auto const node = graph->createNode(tool);
+    auto const chain = castNode<PxImageProtocol const>(
+        node->buildChain(PxNodePtr<PxImageProtocol const>(source.get())));
+    memoryHost::computeTile(*chain, {0, 0, 1, 1});
+    EXPECT_EQ(journal, Journal{"read source"});
 }
 
 } // namespace

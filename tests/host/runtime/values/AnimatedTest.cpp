@@ -107,8 +107,7 @@ TEST(ValueNodesTest, GiveTheValueAtTheTimeThroughTheProtocolOfItsKind)
     EXPECT_EQ(shape.getValue()->takeControlPoints().size(), 3U);
     auto const none = evaluateNode<PxShape2dProtocol>(Animated<CurvePoints>(CurvePoints()), 0);
     EXPECT_FALSE(none.getValue()->hasControlPoints());
-    EXPECT_TRUE(
-        makeValueNode(makeShared<HostArrayValue>("list", nullptr)).isNull());
+    EXPECT_TRUE(makeValueNode(makeShared<HostArrayValue>("list", nullptr)).isNull());
 }
 
 } // namespace

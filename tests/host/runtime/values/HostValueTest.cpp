@@ -55,15 +55,17 @@ TEST(HostValueTest, RefusesWhatItsPolicyDoesNotAllowAndSaysWhatItTakes)
                       "\"x\" takes -2147483647 to 2147483647, not 3e+09"},
           RefusalCase{number, makeRange(-largest, largest), Animated<double>(infinity),
                       "\"x\" takes any finite number, not inf"},
-          RefusalCase{number, {}, Animated<double>(std::nan("")),
-                      "\"x\" takes any finite number, not nan"},
+          RefusalCase{
+              number, {}, Animated<double>(std::nan("")), "\"x\" takes any finite number, not nan"},
           RefusalCase{number, {}, Animated<int>(1), "\"x\" holds another kind of value"},
           RefusalCase{choice, makeChoices(true), Animated<int>({{0, 0}, {1, 3}}), ""},
           RefusalCase{choice, makeChoices(true), Animated<int>(1),
                       "\"x\" takes one of 0 \"One\", 3 \"Two\", not 1"},
           RefusalCase{choice, makeChoices(false), Animated<int>({{0, 0}, {1, 3}}),
                       "\"x\" cannot be animated"},
-          RefusalCase{curve, {}, Animated<CurvePoints>(CurvePoints(4)),
+          RefusalCase{curve,
+                      {},
+                      Animated<CurvePoints>(CurvePoints(4)),
                       "the curve \"x\" needs three points per key (handle, key, handle), not 4 in "
                       "all"}}) {
         auto const value = makeShared<HostValue>("x", initial, policy, nullptr);

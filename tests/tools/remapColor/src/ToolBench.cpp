@@ -1,9 +1,9 @@
 #include "ToolBench.h"
 
-#include "support/PixelMatcher.h"
 #include "base/EvEventManager.h"
 #include "pluginAPI/PiToolInterface.h"
 #include "pluginAPI/PxRequestMgr.h"
+#include "support/PixelMatcher.h"
 
 #include <array>
 #include <limits>
@@ -16,8 +16,8 @@ using reference::Mode;
 namespace {
 
 constexpr std::array<char const*, 3> channelNames = {"Red", "Green", "Blue"};
-constexpr std::array<char const*, 5> linearNames = {"Input Level.Min", "Input Level.Max",
-                                                    "Output Level.Min", "Output Level.Max", "Gamma"};
+constexpr std::array<char const*, 5> linearNames = {
+    "Input Level.Min", "Input Level.Max", "Output Level.Min", "Output Level.Max", "Gamma"};
 constexpr std::array<char const*, 5> exrNames = {"Exposure", "Defog", "Knee High", "Knee Low",
                                                  "Gamma"};
 constexpr std::chrono::seconds longestWait{20};
@@ -62,9 +62,23 @@ private:
 };
 
 constexpr float infinity = std::numeric_limits<float>::infinity();
-constexpr std::array wildValues{0.0F,  -0.0F, 1e-30F, -1e-30F,  0x1p-149F, 1e-7F,    0.999999F,
-                                1.0F,  2.2F,  -1.0F,  1.000001F, 1e10F,    -1e10F,   3e38F,
-                                infinity, -infinity, std::numeric_limits<float>::quiet_NaN()};
+constexpr std::array wildValues{0.0F,
+                                -0.0F,
+                                1e-30F,
+                                -1e-30F,
+                                0x1p-149F,
+                                1e-7F,
+                                0.999999F,
+                                1.0F,
+                                2.2F,
+                                -1.0F,
+                                1.000001F,
+                                1e10F,
+                                -1e10F,
+                                3e38F,
+                                infinity,
+                                -infinity,
+                                std::numeric_limits<float>::quiet_NaN()};
 
 } // namespace
 
@@ -99,8 +113,8 @@ FakeInputs::FakeInputs(Journal& nodeJournal) : journal(nodeJournal)
     add<bool>("Linear.Clamp", false);
     for (int channel = 0; channel < 3; ++channel) {
         std::string const name = std::string("Adjust Curve.") + channelNames.at(channel);
-        nodes[name] = PxStrongHndl<>(
-            makeNode<FakeShapeNode>(name, RCPvtEngPtr<PmShape2d>(), journal).get());
+        nodes[name] =
+            PxStrongHndl<>(makeNode<FakeShapeNode>(name, RCPvtEngPtr<PmShape2d>(), journal).get());
         for (int param = 0; param < 5; ++param) {
             add<double>(getParamInputName(Mode::Linear, param, channel), 0.0);
             add<double>(getParamInputName(Mode::ExrDisplay, param, channel), 0.0);
@@ -146,8 +160,9 @@ void FakeInputs::setParams(reference::ChainParams const& params)
     set<bool>("Linear.Clamp", params.clamp);
     for (int channel = 0; channel < 3; ++channel) {
         auto const shape = makeShape(params.curves.at(channel));
-        curve(std::string("Adjust Curve.") + channelNames.at(channel)).valueAt =
-            [shape](double) { return shape; };
+        curve(std::string("Adjust Curve.") + channelNames.at(channel)).valueAt = [shape](double) {
+            return shape;
+        };
         for (int param = 0; param < 5; ++param) {
             set<double>(getParamInputName(Mode::Linear, param, channel),
                         params.linear.at(channel).at(param));
@@ -288,8 +303,9 @@ reference::ChainParams makeRandomParams(std::uint32_t seed, Draw draw)
         params.linear[channel] = {dice.between(-0.2F, 0.4F), dice.between(0.3F, 2.0F),
                                   dice.between(-0.3F, 0.3F), dice.between(0.1F, 2.0F),
                                   dice.between(-0.2F, 3.0F)};
-        params.exr[channel] = {dice.between(-10, 10), dice.between(0, 0.3F), dice.between(3.5F, 7.5F),
-                               dice.between(-3, 3), dice.between(-0.2F, 3.0F)};
+        params.exr[channel] = {dice.between(-10, 10), dice.between(0, 0.3F),
+                               dice.between(3.5F, 7.5F), dice.between(-3, 3),
+                               dice.between(-0.2F, 3.0F)};
         if (draw == Draw::Wild) {
             params.linear[channel][dice.below(5)] = wildValues.at(dice.below(wildValues.size()));
             params.exr[channel][dice.below(5)] = wildValues.at(dice.below(wildValues.size()));

@@ -3,8 +3,8 @@
 /// A node of the tool whose chain reads inputs that a test controls one by one, also beyond what a
 /// host would let through.
 
-#include "support/InMemoryHost.h"
 #include "remapColorController.h"
+#include "support/InMemoryHost.h"
 
 #include <gtest/gtest.h>
 
@@ -84,8 +84,8 @@ public:
     memoryHost::Pixels transform(reference::ChainParams const& params,
                                  memoryHost::Pixels const& pixels);
 
-    /// One pixel by the controller's single-pixel evaluation; empty if that failed, with the text in
-    /// `failures`.
+    /// One pixel by the controller's single-pixel evaluation; empty if that failed, with the text
+    /// in `failures`.
     std::optional<reference::Pixel> pick(reference::Pixel const& pixel, double time = 0.0);
 
     void setPicture(memoryHost::Picture const& picture);

@@ -1,9 +1,9 @@
 // The whole chain against the plain reference: every parameter, alone and together, on odd pixels,
 // in every format, by tile and by single pixel.
 
+#include "ToolBench.h"
 #include "support/PixelMatcher.h"
 #include "support/StandardPixels.h"
-#include "ToolBench.h"
 
 #include <gtest/gtest.h>
 
@@ -102,7 +102,8 @@ INSTANTIATE_TEST_SUITE_P(
                       ChannelCase{"gamma -1", display, {0, 0.5F, 5, 0, -1}},
                       ChannelCase{"gamma NaN", display, {0, 0, 5, 0, notANumber}},
                       ChannelCase{"infinite knee", display, {0, 0, infinity, 0, 2.2F}},
-                      ChannelCase{"NaN everywhere", display,
+                      ChannelCase{"NaN everywhere",
+                                  display,
                                   {notANumber, notANumber, notANumber, notANumber, notANumber}}));
 
 class RemapColorRandomChainTest : public ::testing::TestWithParam<std::uint32_t> {};
@@ -114,8 +115,8 @@ TEST_P(RemapColorRandomChainTest, EqualsReference)
     for (std::uint32_t chain = 0; chain < 40; ++chain) {
         SCOPED_TRACE(chain);
         std::uint32_t const seed = GetParam() * 1000 + chain;
-        expectReference(bench, makeRandomParams(seed, chain % 2 == 0 ? Draw::WithinRanges
-                                                                      : Draw::Wild),
+        expectReference(bench,
+                        makeRandomParams(seed, chain % 2 == 0 ? Draw::WithinRanges : Draw::Wild),
                         pixels);
     }
 }
@@ -160,7 +161,7 @@ TEST(RemapColorChainTest, EachParameterChangesItsChannelAlone)
         }
         for (int channel = 0; channel < 3; ++channel) {
             ChainParams changed = params;
-            changed.curves.at(channel) = {{-1, -1}, {0, 0}, {0.3F, 0.1F},
+            changed.curves.at(channel) = {{-1, -1},     {0, 0},    {0.3F, 0.1F},
                                           {0.6F, 0.4F}, {1, 0.5F}, {1.5F, 0.6F}};
             EXPECT_EQ(findChangedChannels(before, bench.transform(changed, pixels)), 1 << channel);
         }
@@ -261,7 +262,8 @@ TEST_P(RemapColorHalfTest, EveryHalfPassesAsTheReferenceSaysAndAlphaKeepsItsBits
     auto const [mode, component] = GetParam();
     ChainParams const params{.mode = mode,
                              .clamp = true,
-                             .linear = reference::allChannels(ChannelParams{0.1F, 0.9F, 0, 4, 0.7F}),
+                             .linear =
+                                 reference::allChannels(ChannelParams{0.1F, 0.9F, 0, 4, 0.7F}),
                              .curves = reference::allChannels(makeRandomCurve(4))};
     ToolBench bench;
     bench.inputs.setParams(params);
@@ -274,8 +276,8 @@ TEST_P(RemapColorHalfTest, EveryHalfPassesAsTheReferenceSaysAndAlphaKeepsItsBits
     auto const actual = result.getSamples<std::uint16_t>();
     for (std::size_t sample = 0; sample < expected.size(); ++sample) {
         // The payload of a colour's NaN is the processor's.
-        bool const bothNan = sample % 4 < 3 && isHalfNan(expected[sample]) &&
-                             isHalfNan(actual[sample]);
+        bool const bothNan =
+            sample % 4 < 3 && isHalfNan(expected[sample]) && isHalfNan(actual[sample]);
         ASSERT_TRUE(bothNan || expected[sample] == actual[sample]) << sample;
     }
 }
@@ -337,6 +339,25 @@ Picture makeByteRamp(IxPixelFormat const& format)
     return picture;
 }
 
+/// The components that should come out for the pixel whose first sample that is.
+std::vector<float> transformSamples(reference::Chain const& chain, Picture& picture,
+                                    std::size_t first)
+{
+    auto const sample = [&](std::size_t component) {
+        return readSample(picture, first + component);
+    };
+    switch (picture.format.getComponents()) {
+    case IxPixelFormat::ALPHA: return {sample(0)};
+    case IxPixelFormat::RGB: {
+        Pixel const out = chain.transform({sample(0), sample(1), sample(2), 1.0F});
+        return {out.r, out.g, out.b};
+    }
+    case IxPixelFormat::RGBA: break;
+    }
+    Pixel const out = chain.transform({sample(0), sample(1), sample(2), sample(3)});
+    return {out.r, out.g, out.b, out.a};
+}
+
 TEST_P(RemapColorFormatTest, ConvertsAsTheReferenceAndKeepsMissingComponentsAway)
 {
     auto const [components, depth, outputDepth] = GetParam();
@@ -348,26 +369,16 @@ TEST_P(RemapColorFormatTest, ConvertsAsTheReferenceAndKeepsMissingComponentsAway
     bench.setPicture(picture);
     bench.buildChain();
     Picture result = readTile(bench.compute().getTileGuard().getTile());
-    constexpr std::array outputDepths{IxPixelFormat::UINT8, IxPixelFormat::FLOAT16,
-                                      IxPixelFormat::FLOAT32};
-    auto const wanted = outputDepth == 3 ? depth : outputDepths.at(outputDepth);
+    constexpr std::array depths{IxPixelFormat::UINT8, IxPixelFormat::FLOAT16,
+                                IxPixelFormat::FLOAT32};
+    auto const wanted = outputDepth == 3 ? depth : depths.at(outputDepth);
     ASSERT_EQ(result.format, makeFormat(components, wanted));
     reference::Chain const chain(params);
-    for (std::size_t pixel = 0; pixel < 64 * 16; ++pixel) {
-        std::size_t const first = pixel * static_cast<std::size_t>(components);
-        std::array<float, 4> out{0, 0, 0, readSample(picture, first)};
-        if (components != IxPixelFormat::ALPHA) {
-            bool const hasAlpha = components == IxPixelFormat::RGBA;
-            Pixel const mapped = chain.transform(
-                {readSample(picture, first), readSample(picture, first + 1),
-                 readSample(picture, first + 2), hasAlpha ? readSample(picture, first + 3) : 1.0F});
-            out = {mapped.r, mapped.g, mapped.b, mapped.a};
-        } else {
-            out[0] = out[3];
-        }
-        for (std::size_t component = 0; component < static_cast<std::size_t>(components);
-             ++component) {
-            ASSERT_TRUE(reference::nearFloat(roundTo(wanted, out.at(component)),
+    auto const nbComponents = static_cast<std::size_t>(components);
+    for (std::size_t first = 0; first < nbComponents * 64 * 16; first += nbComponents) {
+        auto const expected = transformSamples(chain, picture, first);
+        for (std::size_t component = 0; component < nbComponents; ++component) {
+            ASSERT_TRUE(reference::nearFloat(roundTo(wanted, expected[component]),
                                              readSample(result, first + component), 0));
         }
     }

@@ -12,7 +12,8 @@ namespace {
 using reference::ChannelParams;
 using Points = Vector<GePoint2<float>>;
 
-Points computeLinear(GeInterval<float> const& range, int samples, ChannelParams const& p, bool clamp)
+Points computeLinear(GeInterval<float> const& range, int samples, ChannelParams const& p,
+                     bool clamp)
 {
     Points points{{9, 9}}; // gone afterwards
     RemapColorLinearMode::computeCurve(range, samples, clamp, p[0], p[1], p[2], p[3], p[4], points);
@@ -45,9 +46,8 @@ TEST(ComputeCurveTest, EqualsReferenceAndIsNeverClamped)
                 reference::computeLinearCurve(range.minimum, range.maximum, 57, linear);
             expectSame(expected, computeLinear(range, 57, linear, true));
             expectSame(expected, computeLinear(range, 57, linear, false));
-            expectSame(
-                reference::computeExrCurve(range.minimum, range.maximum, 57, params.exr[0]),
-                computeExr(range, 57, params.exr[0]));
+            expectSame(reference::computeExrCurve(range.minimum, range.maximum, 57, params.exr[0]),
+                       computeExr(range, 57, params.exr[0]));
         }
     }
 }
@@ -55,7 +55,8 @@ TEST(ComputeCurveTest, EqualsReferenceAndIsNeverClamped)
 TEST(ComputeCurveTest, GammaNextToZeroDrawsTheStraightLine)
 {
     for (float const gamma : {0.0F, -0.0F, 1e-6F, -1e-6F}) {
-        EXPECT_EQ(computeLinear({0, 1}, 4, {0, 1, 0, 1, gamma}, false)[3], (GePoint2<float>{0.75F, 0.75F}));
+        EXPECT_EQ(computeLinear({0, 1}, 4, {0, 1, 0, 1, gamma}, false)[3],
+                  (GePoint2<float>{0.75F, 0.75F}));
     }
     for (float const gamma : {1.1e-6F, -1.1e-6F, 2.0F}) {
         EXPECT_NE(computeLinear({0, 1}, 4, {0, 1, 0, 1, gamma}, false)[3].y, 0.75F);
@@ -92,8 +93,9 @@ TEST(ComputeCurveTest, NegativeCountIsALengthErrorAndLeavesNoPoints)
     });
     EXPECT_TRUE(points.empty());
     points = {{9, 9}};
-    catchFailure<std::length_error>(
-        [&] { RemapColorEXRMode::computeCurve({0, 1}, -1, 0, 0, 5, 0, 2.2F, points); });
+    catchFailure<std::length_error>([&] {
+        RemapColorEXRMode::computeCurve({0, 1}, -1, 0, 0, 5, 0, 2.2F, points);
+    });
     EXPECT_TRUE(points.empty());
 }
 

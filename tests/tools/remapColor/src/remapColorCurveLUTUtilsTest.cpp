@@ -25,7 +25,9 @@ constexpr std::size_t stageLength = reference::stageTableLength;
 /// A curve whose polyline is given; remembers what it was asked.
 class PolylineCurve : public BzFunctionCurve {
 public:
-    explicit PolylineCurve(Polyline line) : BzFunctionCurve(Tangent, 1), polyline(std::move(line)) {}
+    explicit PolylineCurve(Polyline line) : BzFunctionCurve(Tangent, 1), polyline(std::move(line))
+    {
+    }
 
     void evaluateCurve(Vector<GePoint2<float>>& data, int subdivisions, float step) const override
     {
@@ -81,18 +83,28 @@ struct SampleCase {
 TEST(CurveToLutTest, FollowsThePolyline)
 {
     Polyline const identity{{0, 0}, {1, 1}};
-    for (auto const& [name, line, rangeMin, rangeMax, minX, maxX, lut] : {
-             SampleCase{"identity", {{0, 0}, {3, 3}}, 0, 3, 0, 3, {0, 1, 2, 3, 3}},
-             SampleCase{"clipped to the line", identity, -1, 2, 0, 1, {0, 1 / 3.0F, 2 / 3.0F, 1, 1}},
-             SampleCase{"part of the line", {{0, 0}, {4, 8}}, 0.5F, 2, 0.5F, 2, {1, 2, 3, 4, 4}},
-             SampleCase{"one point", {{0.5F, 7}}, 0, 1, 0.5F, 0.5F, {7, 7, 7, 7, 7}},
-             SampleCase{"two keys at one x", {{0, 0}, {1, 0}, {1, 5}, {3, 5}}, 0, 3, 0, 3,
-                        {0, 5, 5, 5, 5}},
-             // The step of 3 / 4 makes every segment under 0.00075 a step.
-             SampleCase{"narrow segment", {{0, 2}, {0.9997F, 2}, {1.0003F, 8}, {3, 8}}, 0, 3, 0, 3,
-                        {2, 2, 8, 8, 8}},
-             SampleCase{"wide enough segment", {{0, 2}, {0.5F, 2}, {1.5F, 8}, {3, 8}}, 0, 3, 0, 3,
-                        {2, 5, 8, 8, 8}}}) {
+    for (auto const& [name, line, rangeMin, rangeMax, minX, maxX, lut] :
+         {SampleCase{"identity", {{0, 0}, {3, 3}}, 0, 3, 0, 3, {0, 1, 2, 3, 3}},
+          SampleCase{"clipped to the line", identity, -1, 2, 0, 1, {0, 1 / 3.0F, 2 / 3.0F, 1, 1}},
+          SampleCase{"part of the line", {{0, 0}, {4, 8}}, 0.5F, 2, 0.5F, 2, {1, 2, 3, 4, 4}},
+          SampleCase{"one point", {{0.5F, 7}}, 0, 1, 0.5F, 0.5F, {7, 7, 7, 7, 7}},
+          SampleCase{
+              "two keys at one x", {{0, 0}, {1, 0}, {1, 5}, {3, 5}}, 0, 3, 0, 3, {0, 5, 5, 5, 5}},
+          // The step of 3 / 4 makes every segment under 0.00075 a step.
+          SampleCase{"narrow segment",
+                     {{0, 2}, {0.9997F, 2}, {1.0003F, 8}, {3, 8}},
+                     0,
+                     3,
+                     0,
+                     3,
+                     {2, 2, 8, 8, 8}},
+          SampleCase{"wide enough segment",
+                     {{0, 2}, {0.5F, 2}, {1.5F, 8}, {3, 8}},
+                     0,
+                     3,
+                     0,
+                     3,
+                     {2, 5, 8, 8, 8}}}) {
         SCOPED_TRACE(name);
         Sampled const sampled = sample(line, rangeMin, rangeMax, 5);
         EXPECT_EQ(sampled.minX, minX);
@@ -213,9 +225,9 @@ TEST(ScanlineLutTest, AnyRangeOfTheTableEqualsReference)
     ControlPoints const points{{-1, -2}, {0, 0}, {0.3F, 0.3F}, {0.7F, 0.7F}, {1, 1}, {1.5F, 3}};
     RCShdPtr<BzFunctionCurve> curve = makeCurve(points);
     Vector<float> const entries{0, 2, 1, 5, 3, 3};
-    for (auto const& [minX, maxX] : {std::pair(0.0F, 1.0F), std::pair(1.0F, -0.5F),
-                                     std::pair(0.5F, 0.5F), std::pair(0.0F, 1e-40F),
-                                     std::pair(-1e30F, 1e30F), std::pair(2.0F, 2.0000002F)}) {
+    for (auto const& [minX, maxX] :
+         {std::pair(0.0F, 1.0F), std::pair(1.0F, -0.5F), std::pair(0.5F, 0.5F),
+          std::pair(0.0F, 1e-40F), std::pair(-1e30F, 1e30F), std::pair(2.0F, 2.0000002F)}) {
         Utils::ScanlineLut const lut(curve, entries, minX, maxX);
         reference::CurveLookup const expected(points, {entries, minX, maxX});
         for (float const value : reference::standardValues()) {
@@ -240,8 +252,12 @@ TEST(ScanlineLutTest, ValuesBeyondTheTableFollowTheEndHandles)
           ExtensionCase{"a hair off their keys", {-0x1p-23F, 0}, {1, 1.0000001F}, 0, 0},
           ExtensionCase{"just off", {-0x1.000002p-23F, 0}, {1.0000004F, 1}, 0, 1}}) {
         SCOPED_TRACE(name);
-        RCShdPtr<BzFunctionCurve> curve = makeCurve({{incoming.x, incoming.y}, {0, 0}, {0.3F, 0.3F},
-                                                     {0.7F, 0.7F}, {1, 1}, {outgoing.x, outgoing.y}});
+        RCShdPtr<BzFunctionCurve> curve = makeCurve({{incoming.x, incoming.y},
+                                                     {0, 0},
+                                                     {0.3F, 0.3F},
+                                                     {0.7F, 0.7F},
+                                                     {1, 1},
+                                                     {outgoing.x, outgoing.y}});
         Utils::ScanlineLut const lut(curve, {0, 1, 1}, 0.0F, 1.0F);
         EXPECT_FLOAT_EQ(map(lut, -1.0F), below);
         EXPECT_FLOAT_EQ(map(lut, 2.0F), above);

@@ -27,7 +27,8 @@ std::string describePolicy(RCShdPtr<PiInputPolicy const> const& policy)
         for (auto const& [value, label] : choices->getPairs()) {
             text += " " + std::to_string(value) + "=" + label;
         }
-        text += ", " + std::to_string(choices->getDefault()) + (choices->isAnimatable() ? " a" : "");
+        text +=
+            ", " + std::to_string(choices->getDefault()) + (choices->isAnimatable() ? " a" : "");
     }
     return text;
 }
@@ -101,8 +102,8 @@ TEST(RemapColorDescriptionTest, DeclaresEverythingInOrder)
     addParams(Mode::ExrDisplay, 3, " -3..3 0 a", expected);
     addParams(Mode::ExrDisplay, 4,
               " -1.7976931348623157e+308..1.7976931348623157e+308 2.200000022 a", expected);
-    for (char const* const line : {"stores Plot Color 6", "stores Plot Color Enabled 0", "Mask 5",
-                                   "Mix 1"}) {
+    for (char const* const line :
+         {"stores Plot Color 6", "stores Plot Color Enabled 0", "Mask 5", "Mix 1"}) {
         expected.emplace_back(line);
     }
     EXPECT_EQ(describeTool(), expected);

@@ -115,9 +115,9 @@ TEST(RemapColorNodesTest, HandlesAreReleasedFromTheLastToTheFirst)
     std::reverse(exr.begin(), exr.end());
     Journal const ownValues = join(join(exr, {"Linear.Clamp"}), linear);
     EXPECT_EQ(bench.takeDown(),
-              withPrefix("gone ", join(ownValues, {"Adjust", "Adjust Curve.Blue",
-                                                   "Adjust Curve.Green", "Adjust Curve.Red",
-                                                   "Output Depth", "Mode", "source"})));
+              withPrefix("gone ",
+                         join(ownValues, {"Adjust", "Adjust Curve.Blue", "Adjust Curve.Green",
+                                          "Adjust Curve.Red", "Output Depth", "Mode", "source"})));
 }
 
 TEST(RemapColorNodesTest, EachChainIsANewOne)
@@ -177,7 +177,9 @@ TEST(RemapColorNodesTest, ParametersAreReadAtTheRequestsTime)
     bench.setPicture(Picture(Pixels(16, {0.5F, 0.5F, 0.5F, 1.0F})));
     bench.buildChain();
     bench.inputs.set<bool>("Adjust", false);
-    bench.inputs.value<double>("Linear.Output Level.Max.Green").valueAt = [](double t) { return t; };
+    bench.inputs.value<double>("Linear.Output Level.Max.Green").valueAt = [](double t) {
+        return t;
+    };
     Picture result = readTile(bench.compute(6.0).getTileGuard().getTile());
     EXPECT_EQ(result.getPixels()[0].g, 3.0F);
     EXPECT_EQ(bench.pick({0.5F, 0.5F, 0.5F, 1.0F}, 4.0)->g, 2.0F);
@@ -230,9 +232,9 @@ TEST(RemapColorNodesTest, DepthThatDoesNotExistAbortsWithItsPlace)
     bench.buildChain();
     for (int const choice : {-1, 4}) {
         bench.inputs.set<int>("Output Depth", choice);
-        for (auto const& [node, line] : {std::pair(&bench.getChain(), 367),
-                                         std::pair(&bench.getModeNode(Mode::Linear), 1219),
-                                         std::pair(&bench.getModeNode(Mode::ExrDisplay), 1219)}) {
+        for (auto const& [node, line] :
+             {std::pair(&bench.getChain(), 367), std::pair(&bench.getModeNode(Mode::Linear), 1219),
+              std::pair(&bench.getModeNode(Mode::ExrDisplay), 1219)}) {
             auto const abort = catchFailure<ProgramAbort>([&] { node->getImageFormat(); });
             ASSERT_TRUE(abort.has_value());
             EXPECT_EQ(abort->getFile(), controllerFile);
@@ -288,7 +290,9 @@ TEST(RemapColorNodesTest, MissingShapeIsNamedEvenWithoutAdjust)
 {
     ToolBench bench;
     bench.inputs.setParams({.adjust = false});
-    bench.inputs.curve("Adjust Curve.Blue").valueAt = [](double) { return RCPvtEngPtr<PmShape2d>(); };
+    bench.inputs.curve("Adjust Curve.Blue").valueAt = [](double) {
+        return RCPvtEngPtr<PmShape2d>();
+    };
     bench.buildChain();
     expectFailure<NullPointerException>("Null pointer: PmShape2d", [&] { bench.compute(); });
 }
@@ -297,8 +301,10 @@ TEST(RemapColorNodesTest, InputNodeOfAnotherKindIsRefusedWithBothTypes)
 {
     using Case = std::pair<char const*, char const*>;
     for (auto const& [input, wanted] :
-         {Case{"Mode", "PxAnimValueProtocol<int> const"}, Case{"Output Depth", "PxAnimValueProtocol<int> const"},
-          Case{"Adjust", "PxAnimValueProtocol<bool> const"}, Case{"Adjust Curve.Green", "PxShape2dProtocol const"},
+         {Case{"Mode", "PxAnimValueProtocol<int> const"},
+          Case{"Output Depth", "PxAnimValueProtocol<int> const"},
+          Case{"Adjust", "PxAnimValueProtocol<bool> const"},
+          Case{"Adjust Curve.Green", "PxShape2dProtocol const"},
           Case{"Linear.Clamp", "PxAnimValueProtocol<bool> const"},
           Case{"Linear.Gamma.Blue", "PxAnimValueProtocol<double> const"},
           Case{"EXRDisplay.Defog.Red", "PxAnimValueProtocol<double> const"}}) {
@@ -387,14 +393,14 @@ TEST(RemapColorNodesTest, ControllerWithoutANodeBuildsNoChain)
 
 TEST(RemapColorNodesTest, ResetTurnsLinksOnUpToAMissingOne)
 {
-    for (auto const& [missing, isExrOn] : {std::pair("KneeHighLink", true),
-                                           std::pair("OutputMinLink", false)}) {
+    for (auto const& [missing, isExrOn] :
+         {std::pair("KneeHighLink", true), std::pair("OutputMinLink", false)}) {
         ToolBench bench;
         Animated<bool> const off(false);
         Animated<bool> const on(true);
-        NodeValues const before{{"InputMaxLink", off}, {"OutputMaxLink", off},
+        NodeValues const before{{"InputMaxLink", off},    {"OutputMaxLink", off},
                                 {"LinearGammaLink", off}, {"ExposureLink", off},
-                                {"KneeLowLink", off}, {"GammaLink", off}};
+                                {"KneeLowLink", off},     {"GammaLink", off}};
         bench.getNode().setValues(before);
         auto const wrong = makeShared<WrongNode>(bench.getNode(), missing, RCShdPtr<PiInput>());
         bench.getController().attach(*wrong);

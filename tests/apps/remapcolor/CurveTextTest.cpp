@@ -1,0 +1,79 @@
+#include "remapcolor/CurveText.h"
+
+#include "remapcolor/Failures.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+TEST(CurveText, HandlesAreTakenAsTheyAreWritten)
+{
+    CurvePoints const curve = parseCurve("c", " -0.5,-1 0,0 0.25,0.5;0.75,1  1,1.5\t1.25,2 ; ");
+    EXPECT_EQ(curve, (CurvePoints{{-0.5F, -1.0F},
+                                  {0.0F, 0.0F},
+                                  {0.25F, 0.5F},
+                                  {0.75F, 1.0F},
+                                  {1.0F, 1.5F},
+                                  {1.25F, 2.0F}}));
+}
+
+TEST(CurveText, EndKeysWithoutHandleGetOneAlongTheEndTangent)
+{
+    CurvePoints const curve = parseCurve("c", "0,0 0,0 0.25,0.5; 0.75,0.5 1,1 1,1");
+    EXPECT_EQ(curve.front(), (GePoint2<float>{-0.25F, -0.5F}));
+    EXPECT_EQ(curve.back(), (GePoint2<float>{1.25F, 1.5F}));
+}
+
+TEST(CurveText, PlainKeysAreKeptAndJoinedWithoutOvershoot)
+{
+    CurvePoints const curve = parseCurve("c", "0,0 0.5,1 1,1 2,1e-1");
+    EXPECT_EQ(formatCurveKeys(curve), "0,0 0.5,1 1,1 2,0.1");
+    // Handles inside stay between their keys' heights; 1 is the highest key.
+    for (std::size_t point = 1; point + 1 < curve.size(); ++point) {
+        EXPECT_LE(curve[point].y, 1.0F) << "point " << point;
+    }
+}
+
+TEST(CurveText, TwoKeysAtOnePlaceAreAStep)
+{
+    EXPECT_EQ(formatCurveKeys(parseCurve("c", "0,0 0.5,0 0.5,1 1,1")), "0,0 0.5,0 0.5,1 1,1");
+}
+
+struct Wrong {
+    std::string title;
+    std::string text;
+    std::string complaint;
+};
+
+class WrongCurveText : public testing::TestWithParam<Wrong> {};
+
+TEST_P(WrongCurveText, IsRefusedWithItsPlace)
+{
+    try {
+        parseCurve("--curve red", GetParam().text);
+        FAIL() << "accepted";
+    } catch (UsageError const& error) {
+        EXPECT_EQ(std::string(error.what()).find("--curve red: " + GetParam().complaint), 0U)
+            << error.what();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , WrongCurveText,
+    testing::Values(
+        Wrong{"Empty", "", "a curve needs at least two keys, not 0"},
+        Wrong{"OneKey", "0,0", "a curve needs at least two keys, not 1"},
+        Wrong{"OneKeyWithHandles", "-1,-1 0,0 1,1;", "a curve needs at least two keys, not 1"},
+        Wrong{"OnlySemicolon", ";", "key 1 has 0 points"},
+        Wrong{"RunsBack", "0,0 0.5,1 0.4,1", "key 3 at x 0.4 runs back behind key 2 at x 0.5"},
+        Wrong{"RunsBackWithHandles", "0,0 1,0 2,0; -1,0 0,0 1,0", "key 2 at x 0 runs back"},
+        Wrong{"NoNumber", "0,0 1,a", "key 2: \"1,a\" is no point"},
+        Wrong{"OneCoordinate", "0,0 1", "key 2: \"1\" is no point"},
+        Wrong{"ThreeCoordinates", "0,0,0 1,1", "key 1: \"0,0,0\" is no point"},
+        Wrong{"NotFinite", "0,0 1,inf", "key 2: \"1,inf\" is no point"},
+        Wrong{"HandleMissing", "0,0 1,1; 1,1 2,2 3,3", "key 1 has 2 points"},
+        Wrong{"EmptyKeyInside", "0,0 1,1 2,2;; 2,2 3,3 4,4", "key 2 has 0 points"}),
+    [](auto const& info) { return info.param.title; });
+
+} // namespace
