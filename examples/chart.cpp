@@ -62,35 +62,45 @@ struct BandPosition {
     int rows; ///< Height of the band without its gap.
 };
 
-Vec3 grayStops(const BandPosition& position)
+Vec3 grayStops(BandPosition const& position)
 {
     return gray(stopValue(darkestStop + patchAt(position.x, stopCount)));
 }
 
 /// The same range without steps: straight pieces from one stop to the next.
-Vec3 grayRamp(const BandPosition& position)
+Vec3 grayRamp(BandPosition const& position)
 {
-    const double stops = along(position.x) * (stopCount - 1);
-    const int whole = stops < stopCount - 1 ? static_cast<int>(stops) : stopCount - 2;
+    double const stops = along(position.x) * (stopCount - 1);
+    int const whole = stops < stopCount - 1 ? static_cast<int>(stops) : stopCount - 2;
     return gray(stopValue(darkestStop + whole) * (1.0 + (stops - whole)));
 }
 
 /// 0 to 1 in red, green, blue and gray, then gray from -0.5 to 1.5 to show clamping.
-Vec3 linearRamps(const BandPosition& position)
+Vec3 linearRamps(BandPosition const& position)
 {
     constexpr std::array<Vec3, 5> filters = {
         {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 1, 1}, {2, 2, 2}}};
-    const int stripe = stripeAt(position.row, position.rows, static_cast<int>(filters.size()));
+    int const stripe = stripeAt(position.row, position.rows, static_cast<int>(filters.size()));
     const Vec3 ramp = filters[static_cast<std::size_t>(stripe)] * along(position.x);
     return stripe == 4 ? ramp - gray(0.5) : ramp;
 }
 
 /// Above: full and half primaries. Below: everyday colours, then colours with a negative part.
-Vec3 colorPatches(const BandPosition& position)
+Vec3 colorPatches(BandPosition const& position)
 {
     constexpr std::array<Vec3, 12> pure = {{
-        {1, 0, 0},   {0, 1, 0},   {0, 0, 1},   {0, 1, 1},     {1, 0, 1},     {1, 1, 0},
-        {0.5, 0, 0}, {0, 0.5, 0}, {0, 0, 0.5}, {0, 0.5, 0.5}, {0.5, 0, 0.5}, {0.5, 0.5, 0},
+        {1, 0, 0},
+        {0, 1, 0},
+        {0, 0, 1},
+        {0, 1, 1},
+        {1, 0, 1},
+        {1, 1, 0},
+        {0.5, 0, 0},
+        {0, 0.5, 0},
+        {0, 0, 0.5},
+        {0, 0.5, 0.5},
+        {0.5, 0, 0.5},
+        {0.5, 0.5, 0},
     }};
     constexpr std::array<Vec3, 12> mixed = {{
         {0.17, 0.08, 0.06},
@@ -112,35 +122,34 @@ Vec3 colorPatches(const BandPosition& position)
 
 /// Gradients of one or two hundredths over the whole width: steps show where a curve is too
 /// coarsely sampled.
-Vec3 shallowGradients(const BandPosition& position)
+Vec3 shallowGradients(BandPosition const& position)
 {
     constexpr Vec3 skyFrom = {0.16, 0.25, 0.42};
     constexpr Vec3 skyTo = {0.18, 0.28, 0.46};
-    return stripeAt(position.row, position.rows, 2) == 0
-               ? gray(0.18 + 0.02 * along(position.x))
-               : mix(skyFrom, skyTo, along(position.x));
+    return stripeAt(position.row, position.rows, 2) == 0 ? gray(0.18 + 0.02 * along(position.x))
+                                                         : mix(skyFrom, skyTo, along(position.x));
 }
 
 /// 16 equal steps from 0: above by 1/2048, below by 1/512.
-Vec3 nearBlackSteps(const BandPosition& position)
+Vec3 nearBlackSteps(BandPosition const& position)
 {
     constexpr int steps = 16;
-    const double height = stripeAt(position.row, position.rows, 2) == 0 ? 2048.0 : 512.0;
+    double const height = stripeAt(position.row, position.rows, 2) == 0 ? 2048.0 : 512.0;
     return gray(patchAt(position.x, steps) / height);
 }
 
 /// From far below zero to the largest half.
-Vec3 extremeValues(const BandPosition& position)
+Vec3 extremeValues(BandPosition const& position)
 {
-    constexpr std::array<double, 16> values = {-100, -8, -1,  -0.25, -0.05, -0.01, 0,    0.01,
-                                               1,    8,  32,  100,   250,   1000,  10000, 65504};
-    return gray(values[static_cast<std::size_t>(
-        patchAt(position.x, static_cast<int>(values.size())))]);
+    constexpr std::array<double, 16> values = {-100, -8, -1, -0.25, -0.05, -0.01, 0,     0.01,
+                                               1,    8,  32, 100,   250,   1000,  10000, 65504};
+    return gray(
+        values[static_cast<std::size_t>(patchAt(position.x, static_cast<int>(values.size())))]);
 }
 
 struct Band {
     int height; ///< Rows including the gap.
-    Vec3 (*colorAt)(const BandPosition& position);
+    Vec3 (*colorAt)(BandPosition const& position);
 };
 
 constexpr std::array<Band, 7> bands = {{
@@ -156,7 +165,7 @@ constexpr std::array<Band, 7> bands = {{
 constexpr int totalHeight()
 {
     int height = 0;
-    for (const Band& band : bands) {
+    for (Band const& band : bands) {
         height += band.height;
     }
     return height;
@@ -169,8 +178,8 @@ Picture renderChart()
 {
     Picture chart(chartWidth, chartHeight);
     int top = 0;
-    for (const Band& band : bands) {
-        const int rows = band.height - gapRows;
+    for (Band const& band : bands) {
+        int const rows = band.height - gapRows;
         for (int row = 0; row < rows; ++row) {
             for (int x = 0; x < chartWidth; ++x) {
                 chart.at(x, top + row).color = band.colorAt({x, row, rows});

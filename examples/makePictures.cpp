@@ -12,7 +12,7 @@
 
 namespace {
 
-void makePictures(const std::filesystem::path& directory)
+void makePictures(std::filesystem::path const& directory)
 {
     if (!std::filesystem::is_directory(directory)) {
         throw std::runtime_error("not a directory: " + directory.string());
@@ -35,7 +35,7 @@ int main(int argc, char** argv)
     }
     try {
         makePictures(argv[1]);
-    } catch (const std::exception& error) {
+    } catch (std::exception const& error) {
         std::cerr << "makePictures: " << error.what() << '\n';
         return EXIT_FAILURE;
     }

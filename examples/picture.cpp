@@ -16,7 +16,7 @@ template <typename Value>
 using Plane = std::vector<Value>;
 
 template <typename Value, typename Select>
-Plane<Value> makePlane(const Picture& picture, Select select)
+Plane<Value> makePlane(Picture const& picture, Select select)
 {
     Plane<Value> plane;
     plane.reserve(static_cast<std::size_t>(picture.width()) *
@@ -31,10 +31,10 @@ Plane<Value> makePlane(const Picture& picture, Select select)
 
 /// Declares the channel and binds it to `plane`, which must outlive the writing.
 template <typename Value>
-void addChannel(Imf::Header& header, Imf::FrameBuffer& frame, const char* name,
-                Imf::PixelType type, Plane<Value>& plane)
+void addChannel(Imf::Header& header, Imf::FrameBuffer& frame, char const* name, Imf::PixelType type,
+                Plane<Value>& plane)
 {
-    const auto width = static_cast<std::size_t>(header.dataWindow().max.x + 1);
+    auto const width = static_cast<std::size_t>(header.dataWindow().max.x + 1);
     header.channels().insert(name, Imf::Channel(type));
     frame.insert(name, Imf::Slice(type, reinterpret_cast<char*>(plane.data()), sizeof(Value),
                                   sizeof(Value) * width));
@@ -43,17 +43,16 @@ void addChannel(Imf::Header& header, Imf::FrameBuffer& frame, const char* name,
 } // namespace
 
 Picture::Picture(int width, int height)
-    : m_width(width),
-      m_height(height),
+    : m_width(width), m_height(height),
       m_pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height))
 {
 }
 
-void writePicture(const Picture& picture, Channels channels, const std::string& path)
+void writePicture(Picture const& picture, Channels channels, std::string const& path)
 {
-    Plane<half> red = makePlane<half>(picture, [](const Pixel& p) { return p.color.x; });
-    Plane<half> green = makePlane<half>(picture, [](const Pixel& p) { return p.color.y; });
-    Plane<half> blue = makePlane<half>(picture, [](const Pixel& p) { return p.color.z; });
+    Plane<half> red = makePlane<half>(picture, [](Pixel const& p) { return p.color.x; });
+    Plane<half> green = makePlane<half>(picture, [](Pixel const& p) { return p.color.y; });
+    Plane<half> blue = makePlane<half>(picture, [](Pixel const& p) { return p.color.z; });
     Plane<half> alpha;
     Plane<float> depth;
 
@@ -64,8 +63,8 @@ void writePicture(const Picture& picture, Channels channels, const std::string& 
     addChannel(header, frame, "G", Imf::HALF, green);
     addChannel(header, frame, "B", Imf::HALF, blue);
     if (channels == Channels::RgbaZ) {
-        alpha = makePlane<half>(picture, [](const Pixel& p) { return p.alpha; });
-        depth = makePlane<float>(picture, [](const Pixel& p) { return p.depth; });
+        alpha = makePlane<half>(picture, [](Pixel const& p) { return p.alpha; });
+        depth = makePlane<float>(picture, [](Pixel const& p) { return p.depth; });
         addChannel(header, frame, "A", Imf::HALF, alpha);
         addChannel(header, frame, "Z", Imf::FLOAT, depth);
     }

@@ -24,7 +24,7 @@ enum class Channels {
 
 /// A rectangle of pixels, row by row from the top, starting black.
 class Picture {
-  public:
+public:
     /// `width` and `height` in pixels, both at least 1.
     Picture(int width, int height);
 
@@ -33,9 +33,9 @@ class Picture {
 
     /// `x` in [0, width), `y` in [0, height), y growing downwards; not checked.
     Pixel& at(int x, int y) { return m_pixels[index(x, y)]; }
-    const Pixel& at(int x, int y) const { return m_pixels[index(x, y)]; }
+    Pixel const& at(int x, int y) const { return m_pixels[index(x, y)]; }
 
-  private:
+private:
     std::size_t index(int x, int y) const
     {
         return static_cast<std::size_t>(y) * static_cast<std::size_t>(m_width) +
@@ -50,6 +50,6 @@ class Picture {
 /// Writes `picture` to `path` with ZIP compression, replacing a file that is there.
 /// Only the attributes every OpenEXR file must have are set, so that equal pixels give equal
 /// bytes. Throws a std::exception naming the file when it cannot be written.
-void writePicture(const Picture& picture, Channels channels, const std::string& path);
+void writePicture(Picture const& picture, Channels channels, std::string const& path);
 
 } // namespace examples

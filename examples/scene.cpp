@@ -17,7 +17,7 @@ constexpr int samplesPerSide = 6; ///< Samples of a pixel lie on a regular grid:
 constexpr int mirrorBounces = 4;
 
 constexpr Vec3 eye = {0.0, 1.18, -6.2};
-constexpr double viewSlope = 0.60;    ///< Horizontal half of the view at distance 1.
+constexpr double viewSlope = 0.60;     ///< Horizontal half of the view at distance 1.
 constexpr double horizonShift = -0.03; ///< Slope; moves the view down without tilting it.
 
 constexpr double skyDepth = 1000.0;
@@ -32,23 +32,23 @@ struct Sample {
 Ray cameraRay(double x, double y)
 {
     constexpr double pixelSlope = 2.0 * viewSlope / sceneWidth;
-    const double right = (x - 0.5 * sceneWidth) * pixelSlope;
-    const double up = (0.5 * sceneHeight - y) * pixelSlope + horizonShift;
+    double const right = (x - 0.5 * sceneWidth) * pixelSlope;
+    double const up = (0.5 * sceneHeight - y) * pixelSlope + horizonShift;
     return {eye, normalized({right, up, 1.0})};
 }
 
 /// The bubble is thin: it mirrors the surroundings at its rim and lets the rest of the picture
 /// fade to nothing in its middle, so that a background put under the picture shows through.
-Sample throughBubble(const Ray& ray, double distance, const Sample& behind)
+Sample throughBubble(Ray const& ray, double distance, Sample const& behind)
 {
     constexpr double middleAlpha = 0.22;
     const Vec3 normal = (ray.at(distance) - bubble().center) * (1.0 / bubble().radius);
-    const double cosine = -dot(ray.direction, normal);
+    double const cosine = -dot(ray.direction, normal);
     const Ray mirrored = {ray.at(distance), reflected(ray.direction, normal)};
     const Vec3 film = {1.3 - 0.9 * cosine, 0.55 + 0.3 * cosine, 0.7 + 0.6 * cosine};
     const Vec3 light = film * lightAlong(mirrored, nearestHit(mirrored), mirrorBounces);
-    const double mirror = 0.09 + 0.91 * grazing(cosine);
-    const double cover = 1.0 - (1.0 - middleAlpha) * smoothStep(0.0, 0.75, cosine);
+    double const mirror = 0.09 + 0.91 * grazing(cosine);
+    double const cover = 1.0 - (1.0 - middleAlpha) * smoothStep(0.0, 0.75, cosine);
     return {light * mirror + behind.color * (cover * (1.0 - mirror)),
             mirror + cover * (1.0 - mirror)};
 }
@@ -72,7 +72,7 @@ double depthAt(double x, double y)
     constexpr double steps = 256.0;
     const Ray ray = cameraRay(x, y);
     const std::optional<Hit> hit = nearestHit(ray);
-    const double depth = hit ? hit->position.z - eye.z : skyDepth;
+    double const depth = hit ? hit->position.z - eye.z : skyDepth;
     return std::floor(std::min(depth, skyDepth) * steps + 0.5) / steps;
 }
 
@@ -83,8 +83,8 @@ Pixel pixelAt(int column, int row)
     pixel.alpha = 0.0;
     for (int sampleRow = 0; sampleRow < samplesPerSide; ++sampleRow) {
         for (int sampleColumn = 0; sampleColumn < samplesPerSide; ++sampleColumn) {
-            const double x = column + (sampleColumn + 0.5) / samplesPerSide;
-            const double y = row + (sampleRow + 0.5) / samplesPerSide;
+            double const x = column + (sampleColumn + 0.5) / samplesPerSide;
+            double const y = row + (sampleRow + 0.5) / samplesPerSide;
             const Sample sample = sampleAt(x, y);
             pixel.color = pixel.color + sample.color * weight;
             pixel.alpha += sample.alpha * weight;

@@ -14,51 +14,51 @@ struct Vec3 {
     double z = 0.0;
 };
 
-constexpr Vec3 operator+(const Vec3& a, const Vec3& b)
+constexpr Vec3 operator+(Vec3 const& a, Vec3 const& b)
 {
     return {a.x + b.x, a.y + b.y, a.z + b.z};
 }
 
-constexpr Vec3 operator-(const Vec3& a, const Vec3& b)
+constexpr Vec3 operator-(Vec3 const& a, Vec3 const& b)
 {
     return {a.x - b.x, a.y - b.y, a.z - b.z};
 }
 
 /// Product component by component: a colour seen through a filter.
-constexpr Vec3 operator*(const Vec3& a, const Vec3& b)
+constexpr Vec3 operator*(Vec3 const& a, Vec3 const& b)
 {
     return {a.x * b.x, a.y * b.y, a.z * b.z};
 }
 
-constexpr Vec3 operator*(const Vec3& a, double scale)
+constexpr Vec3 operator*(Vec3 const& a, double scale)
 {
     return {a.x * scale, a.y * scale, a.z * scale};
 }
 
-constexpr double dot(const Vec3& a, const Vec3& b)
+constexpr double dot(Vec3 const& a, Vec3 const& b)
 {
     return a.x * b.x + a.y * b.y + a.z * b.z;
 }
 
-inline double length(const Vec3& a)
+inline double length(Vec3 const& a)
 {
     return std::sqrt(dot(a, a));
 }
 
 /// `a` scaled to length 1; `a` must not be zero.
-inline Vec3 normalized(const Vec3& a)
+inline Vec3 normalized(Vec3 const& a)
 {
     return a * (1.0 / length(a));
 }
 
 /// `direction` mirrored at a surface with the unit normal `normal`.
-constexpr Vec3 reflected(const Vec3& direction, const Vec3& normal)
+constexpr Vec3 reflected(Vec3 const& direction, Vec3 const& normal)
 {
     return direction - normal * (2.0 * dot(direction, normal));
 }
 
 /// `a` at weight 0, `b` at weight 1, linear between and beyond.
-constexpr Vec3 mix(const Vec3& a, const Vec3& b, double weight)
+constexpr Vec3 mix(Vec3 const& a, Vec3 const& b, double weight)
 {
     return a * (1.0 - weight) + b * weight;
 }
@@ -73,7 +73,7 @@ constexpr double clamp01(double value)
 /// With `from` above `to` the step falls.
 constexpr double smoothStep(double from, double to, double value)
 {
-    const double t = clamp01((value - from) / (to - from));
+    double const t = clamp01((value - from) / (to - from));
     return t * t * (3.0 - 2.0 * t);
 }
 

@@ -48,19 +48,19 @@ struct Hit {
 std::span<const Sphere> spheres();
 
 /// The dark slab: a faint engraving lies in its deep shadow.
-const Box& slab();
+Box const& slab();
 
 /// The soap bubble; only the camera sees it, and it is not among `spheres()`.
-const Sphere& bubble();
+Sphere const& bubble();
 
 /// Distance at which `ray` first enters `sphere` from outside, in front of its origin.
-std::optional<double> distanceTo(const Sphere& sphere, const Ray& ray);
+std::optional<double> distanceTo(Sphere const& sphere, Ray const& ray);
 
 /// Distance at which `ray` enters `box` from outside. No direction component may be 0 while the
 /// origin lies on the plane of a face.
-std::optional<double> distanceTo(const Box& box, const Ray& ray);
+std::optional<double> distanceTo(Box const& box, Ray const& ray);
 
 /// The nearest surface `ray` meets, the bubble excepted; nothing when it leaves to the sky.
-std::optional<Hit> nearestHit(const Ray& ray);
+std::optional<Hit> nearestHit(Ray const& ray);
 
 } // namespace examples

@@ -26,14 +26,14 @@ inline std::string describe(float value)
     return text.str();
 }
 
-inline std::string describe(const Pixel& pixel)
+inline std::string describe(Pixel const& pixel)
 {
     return '(' + describe(pixel.r) + ", " + describe(pixel.g) + ", " + describe(pixel.b) + ", " +
            describe(pixel.a) + ')';
 }
 
 /// Lets GoogleTest print pixels.
-inline void PrintTo(const Pixel& pixel, std::ostream* stream)
+inline void PrintTo(Pixel const& pixel, std::ostream* stream)
 {
     *stream << describe(pixel);
 }
@@ -43,10 +43,10 @@ inline void PrintTo(const Pixel& pixel, std::ostream* stream)
 inline std::uint32_t ulpDistance(float left, float right)
 {
     if (std::isnan(left) || std::isnan(right)) {
-        const bool bothNan = std::isnan(left) && std::isnan(right);
+        bool const bothNan = std::isnan(left) && std::isnan(right);
         return bothNan ? 0U : std::numeric_limits<std::uint32_t>::max();
     }
-    const auto place = [](float value) {
+    auto const place = [](float value) {
         const auto magnitude =
             static_cast<std::int64_t>(std::bit_cast<std::uint32_t>(value) & 0x7FFFFFFFU);
         return std::signbit(value) ? -magnitude : magnitude;
@@ -65,7 +65,7 @@ inline bool sameBits(float left, float right)
 /// zero counts as well, and NaN matches any NaN.
 inline ::testing::AssertionResult nearFloat(float expected, float actual, std::uint32_t maxUlps)
 {
-    const bool bothNan = std::isnan(expected) && std::isnan(actual);
+    bool const bothNan = std::isnan(expected) && std::isnan(actual);
     const std::uint32_t distance = ulpDistance(expected, actual);
     if (bothNan || sameBits(expected, actual) || (maxUlps > 0 && distance <= maxUlps)) {
         return ::testing::AssertionSuccess();
@@ -75,7 +75,7 @@ inline ::testing::AssertionResult nearFloat(float expected, float actual, std::u
 }
 
 /// Compares colours within `maxUlps` (NaN matches any NaN) and alpha in every bit.
-inline ::testing::AssertionResult nearPixel(const Pixel& expected, const Pixel& actual,
+inline ::testing::AssertionResult nearPixel(Pixel const& expected, Pixel const& actual,
                                             std::uint32_t maxUlps)
 {
     const std::array colours{nearFloat(expected.r, actual.r, maxUlps),
@@ -97,7 +97,7 @@ inline ::testing::AssertionResult nearPixel(const Pixel& expected, const Pixel& 
 }
 
 /// Compares bit for bit; a colour NaN matches any NaN, an alpha NaN only its own payload.
-inline ::testing::AssertionResult samePixelBits(const Pixel& expected, const Pixel& actual)
+inline ::testing::AssertionResult samePixelBits(Pixel const& expected, Pixel const& actual)
 {
     return nearPixel(expected, actual, 0);
 }

@@ -28,19 +28,19 @@ struct WidePoint {
     double x, y;
 };
 
-WidePoint widen(const Point& point)
+WidePoint widen(Point const& point)
 {
     return {static_cast<double>(point.x), static_cast<double>(point.y)};
 }
 
 /// The handle, moved towards its key along their line until its x is `endX`.
-WidePoint shortened(const WidePoint& key, const WidePoint& handle, double endX)
+WidePoint shortened(WidePoint const& key, WidePoint const& handle, double endX)
 {
-    const double part = (endX - key.x) / (handle.x - key.x);
+    double const part = (endX - key.x) / (handle.x - key.x);
     return {endX, key.y + (handle.y - key.y) * part};
 }
 
-WidePoint heldOutgoing(const WidePoint& key, const WidePoint& handle, double nextKeyX)
+WidePoint heldOutgoing(WidePoint const& key, WidePoint const& handle, double nextKeyX)
 {
     if (handle.x < key.x) {
         return key;
@@ -48,7 +48,7 @@ WidePoint heldOutgoing(const WidePoint& key, const WidePoint& handle, double nex
     return handle.x > nextKeyX ? shortened(key, handle, nextKeyX) : handle;
 }
 
-WidePoint heldIncoming(const WidePoint& key, const WidePoint& handle, double previousKeyX)
+WidePoint heldIncoming(WidePoint const& key, WidePoint const& handle, double previousKeyX)
 {
     if (handle.x > key.x) {
         return key;
@@ -58,12 +58,12 @@ WidePoint heldIncoming(const WidePoint& key, const WidePoint& handle, double pre
 
 double bernstein(double p0, double p1, double p2, double p3, double t)
 {
-    const double s = 1.0 - t;
+    double const s = 1.0 - t;
     return s * s * s * p0 + 3.0 * s * s * t * p1 + 3.0 * s * t * t * p2 + t * t * t * p3;
 }
 
 /// Appends the points strictly between two keys.
-void appendSegment(Polyline& polyline, const ControlPoints& curve, std::size_t key,
+void appendSegment(Polyline& polyline, ControlPoints const& curve, std::size_t key,
                    int subdivisions)
 {
     const WidePoint p0 = widen(curve[3 * key + 1]);
@@ -71,14 +71,14 @@ void appendSegment(Polyline& polyline, const ControlPoints& curve, std::size_t k
     const WidePoint p1 = heldOutgoing(p0, widen(curve[3 * key + 2]), p3.x);
     const WidePoint p2 = heldIncoming(p3, widen(curve[3 * key + 3]), p0.x);
     for (int j = 1; j < subdivisions; ++j) {
-        const double t = static_cast<double>(j) / static_cast<double>(subdivisions);
+        double const t = static_cast<double>(j) / static_cast<double>(subdivisions);
         polyline.push_back({static_cast<float>(bernstein(p0.x, p1.x, p2.x, p3.x, t)),
                             static_cast<float>(bernstein(p0.y, p1.y, p2.y, p3.y, t))});
     }
 }
 
 /// The polyline's y at `x`; `segment` only moves forward from call to call.
-float sampleAt(const Polyline& data, std::size_t& segment, float x, float tolerance)
+float sampleAt(Polyline const& data, std::size_t& segment, float x, float tolerance)
 {
     if (data[segment].x > x) {
         return data[segment].y;
@@ -86,31 +86,31 @@ float sampleAt(const Polyline& data, std::size_t& segment, float x, float tolera
     while (segment < data.size() - 2 && x >= data[segment + 1].x) {
         ++segment;
     }
-    const auto [x0, y0] = data[segment];
-    const auto [x1, y1] = data[segment + 1];
+    auto const [x0, y0] = data[segment];
+    auto const [x1, y1] = data[segment + 1];
     if (x >= x1) {
         return y1;
     }
     if (!(x0 <= x) || !(x1 > x)) {
         throw std::logic_error("polyline is not ordered by x");
     }
-    const float dx = x1 - x0;
+    float const dx = x1 - x0;
     if (tolerance > dx) {
         return y0;
     }
     return ((x1 - x) * y0 + (x - x0) * y1) / dx;
 }
 
-bool isDegenerate(const Point& key, const Point& handle)
+bool isDegenerate(Point const& key, Point const& handle)
 {
-    const float dx = handle.x - key.x;
-    const float dy = handle.y - key.y;
-    const float length = ::sqrtf(dx * dx + dy * dy);
+    float const dx = handle.x - key.x;
+    float const dy = handle.y - key.y;
+    float const length = ::sqrtf(dx * dx + dy * dy);
     return length > 0.0F ? degenerateHandleLength >= length
                          : length + degenerateHandleLength >= 0.0F;
 }
 
-EndLine lineBelow(const ControlPoints& curve)
+EndLine lineBelow(ControlPoints const& curve)
 {
     const Point key = curve[1];
     const Point handle = curve[0];
@@ -120,7 +120,7 @@ EndLine lineBelow(const ControlPoints& curve)
     return {(key.y - handle.y) / (key.x - handle.x), key.x, key.y};
 }
 
-EndLine lineAbove(const ControlPoints& curve)
+EndLine lineAbove(ControlPoints const& curve)
 {
     const std::size_t last = curve.size() / 3 - 1;
     const Point key = curve[3 * last + 1];
@@ -131,13 +131,13 @@ EndLine lineAbove(const ControlPoints& curve)
     return {(handle.y - key.y) / (handle.x - key.x), key.x, key.y};
 }
 
-Table stageTable(const ControlPoints& curve)
+Table stageTable(ControlPoints const& curve)
 {
     if (curve.size() < 3) {
         throw std::logic_error("curve has no key");
     }
-    const float firstX = curve[1].x;
-    const float lastX = curve[3 * (curve.size() / 3 - 1) + 1].x;
+    float const firstX = curve[1].x;
+    float const lastX = curve[3 * (curve.size() / 3 - 1) + 1].x;
     return sampleTable(evaluateCurve(curve, stageSubdivisions), firstX, lastX);
 }
 
@@ -173,7 +173,7 @@ bool gammaCountsAsAbsent(float gamma)
 /// log(x * f + 1) / f, in double, then rounded once.
 float knee(double x, float f)
 {
-    const double wideF = static_cast<double>(f);
+    double const wideF = static_cast<double>(f);
     return static_cast<float>(::log(x * wideF + 1.0) / wideF);
 }
 
@@ -188,7 +188,7 @@ Polyline sampleTransfer(float rangeMin, float rangeMax, int samples, Transfer tr
     if (!(rangeMax >= rangeMin)) {
         return points;
     }
-    const float step = (rangeMax - rangeMin) / static_cast<float>(samples);
+    float const step = (rangeMax - rangeMin) / static_cast<float>(samples);
     float x = rangeMin;
     do {
         points.push_back({x, transfer(x)});
@@ -202,7 +202,7 @@ Polyline sampleTransfer(float rangeMin, float rangeMax, int samples, Transfer tr
 ControlPoints defaultCurvePoints()
 {
     ControlPoints points;
-    for (const float x : {0.0F, 0.5F}) {
+    for (float const x : {0.0F, 0.5F}) {
         points.push_back({x - handleReach, x - handleReach});
         points.push_back({x, x});
         points.push_back({x + handleReach, x + handleReach});
@@ -213,7 +213,7 @@ ControlPoints defaultCurvePoints()
     return points;
 }
 
-Polyline evaluateCurve(const ControlPoints& curve, int subdivisions)
+Polyline evaluateCurve(ControlPoints const& curve, int subdivisions)
 {
     const std::size_t keys = curve.size() / 3;
     Polyline polyline;
@@ -228,8 +228,8 @@ Polyline evaluateCurve(const ControlPoints& curve, int subdivisions)
 
 Table sampleTable(Polyline polyline, float rangeMin, float rangeMax, std::size_t length)
 {
-    const float step = (rangeMax - rangeMin) / static_cast<float>(length - 1);
-    const float tolerance = step / 1000.0F;
+    float const step = (rangeMax - rangeMin) / static_cast<float>(length - 1);
+    float const tolerance = step / 1000.0F;
     if (polyline.empty()) {
         throw std::logic_error("polyline is empty");
     }
@@ -237,8 +237,8 @@ Table sampleTable(Polyline polyline, float rangeMin, float rangeMax, std::size_t
         polyline.push_back(polyline.front());
     }
 
-    const auto byX = [](const Point& left, const Point& right) { return left.x < right.x; };
-    const auto [leftmost, rightmost] = std::minmax_element(polyline.begin(), polyline.end(), byX);
+    auto const byX = [](Point const& left, Point const& right) { return left.x < right.x; };
+    auto const [leftmost, rightmost] = std::minmax_element(polyline.begin(), polyline.end(), byX);
     Table table;
     table.minX = rangeMin > leftmost->x ? rangeMin : leftmost->x;
     table.maxX = rangeMax < rightmost->x ? rangeMax : rightmost->x;
@@ -246,27 +246,27 @@ Table sampleTable(Polyline polyline, float rangeMin, float rangeMax, std::size_t
     // The samples are divided by length - 2, the tolerance's step by length - 1: both as meant.
     std::size_t segment = 0;
     for (std::size_t entry = 0; entry + 1 < length; ++entry) {
-        const float x = entry == 0 ? table.minX
-                                   : table.minX + ((table.maxX - table.minX) *
-                                                   static_cast<float>(entry)) /
-                                                      static_cast<float>(length - 2);
+        float const x = entry == 0
+                            ? table.minX
+                            : table.minX + ((table.maxX - table.minX) * static_cast<float>(entry)) /
+                                               static_cast<float>(length - 2);
         table.entries.push_back(sampleAt(polyline, segment, x, tolerance));
     }
     table.entries.push_back(table.entries.back());
     return table;
 }
 
-CurveLookup::CurveLookup(const ControlPoints& curve) : CurveLookup(curve, stageTable(curve)) {}
+CurveLookup::CurveLookup(ControlPoints const& curve) : CurveLookup(curve, stageTable(curve)) {}
 
-CurveLookup::CurveLookup(const ControlPoints& curve, Table table) : samples(std::move(table))
+CurveLookup::CurveLookup(ControlPoints const& curve, Table table) : samples(std::move(table))
 {
     if (curve.size() < 3) {
         throw std::logic_error("curve has no key");
     }
     below = lineBelow(curve);
     above = lineAbove(curve);
-    const float range = guardFromZero(samples.maxX - samples.minX);
-    const auto intervals = static_cast<std::uint64_t>(samples.entries.size() - 2);
+    float const range = guardFromZero(samples.maxX - samples.minX);
+    auto const intervals = static_cast<std::uint64_t>(samples.entries.size() - 2);
     scale = static_cast<float>(intervals) / range;
     offset = (0.0F - samples.minX) * scale;
 }
@@ -276,33 +276,33 @@ float CurveLookup::map(float value) const
     if (samples.minX == samples.maxX) {
         return samples.entries[0];
     }
-    const float position = scale * value + offset;
+    float const position = scale * value + offset;
     if (std::isnan(position)) {
         return samples.entries[0];
     }
     if (0.0F > position) {
-        const double reach = static_cast<double>(below.keyX - value);
+        double const reach = static_cast<double>(below.keyX - value);
         return static_cast<float>(static_cast<double>(below.keyY) -
                                   reach * static_cast<double>(below.slope));
     }
     if (position > static_cast<float>(samples.entries.size() - 2)) {
-        const double reach = static_cast<double>(value - above.keyX);
+        double const reach = static_cast<double>(value - above.keyX);
         return static_cast<float>(static_cast<double>(above.keyY) +
                                   reach * static_cast<double>(above.slope));
     }
-    const auto entry = static_cast<std::size_t>(position);
-    const float fraction = position - static_cast<float>(entry);
+    auto const entry = static_cast<std::size_t>(position);
+    float const fraction = position - static_cast<float>(entry);
     return (1.0F - fraction) * samples.entries[entry] + fraction * samples.entries[entry + 1];
 }
 
-LinearValues linearValues(const ChannelParams& params)
+LinearValues linearValues(ChannelParams const& params)
 {
-    const auto [inputMin, inputMax, outputMin, outputMax, gamma] = params;
-    const float inputDifference = inputMax - inputMin;
-    const float inputSpan =
+    auto const [inputMin, inputMax, outputMin, outputMax, gamma] = params;
+    float const inputDifference = inputMax - inputMin;
+    float const inputSpan =
         inputDifference > smallestInputSpan ? inputDifference : smallestInputSpan;
-    const float outputDifference = outputMax - outputMin;
-    const float outputSpan = outputDifference > 0.0F ? outputDifference : 0.0F;
+    float const outputDifference = outputMax - outputMin;
+    float const outputSpan = outputDifference > 0.0F ? outputDifference : 0.0F;
 
     LinearValues values{};
     values.scale = outputSpan / inputSpan;
@@ -318,23 +318,23 @@ bool gammaCountsAsOne(float gamma)
     return gamma > 1.0F ? gamma <= largestGammaOfOne : gamma + gammaTolerance >= 1.0F;
 }
 
-float transferLinear(const LinearValues& values, bool withGamma, float value)
+float transferLinear(LinearValues const& values, bool withGamma, float value)
 {
-    const float level = value * values.scale + values.offset;
+    float const level = value * values.scale + values.offset;
     return withGamma ? signedPower(level, values.invGamma) : level;
 }
 
-float clampLinear(const LinearValues& values, float value)
+float clampLinear(LinearValues const& values, float value)
 {
-    const float raised = values.clampLow > value ? values.clampLow : value;
+    float const raised = values.clampLow > value ? values.clampLow : value;
     return values.clampHigh < raised ? values.clampHigh : raised;
 }
 
 Polyline computeLinearCurve(float rangeMin, float rangeMax, int samples,
-                            const ChannelParams& params)
+                            ChannelParams const& params)
 {
     const LinearValues values = linearValues(params);
-    const bool withGamma = !gammaCountsAsAbsent(params[4]);
+    bool const withGamma = !gammaCountsAsAbsent(params[4]);
     return sampleTransfer(rangeMin, rangeMax, samples,
                           [&](float x) { return transferLinear(values, withGamma, x); });
 }
@@ -348,7 +348,7 @@ float findKneeFactor(double x, float y)
         f1 = f1 + f1;
     }
     for (int halving = 0; halving < 30; ++halving) {
-        const float f2 = (f0 + f1) * 0.5F;
+        float const f2 = (f0 + f1) * 0.5F;
         if (y > knee(x, f2)) {
             f1 = f2;
         } else {
@@ -358,40 +358,39 @@ float findKneeFactor(double x, float y)
     return (f0 + f1) * 0.5F;
 }
 
-ExrValues exrValues(const ChannelParams& params)
+ExrValues exrValues(ChannelParams const& params)
 {
-    const auto [exposure, defog, kneeHigh, kneeLow, gamma] = params;
-    const float kneeEnd = ::powf(2.0F, kneeHigh);
+    auto const [exposure, defog, kneeHigh, kneeLow, gamma] = params;
+    float const kneeEnd = ::powf(2.0F, kneeHigh);
 
     ExrValues values{};
     values.defog = defog;
-    values.exposureFactor =
-        static_cast<float>(::pow(2.0, static_cast<double>(exposure) + 2.47393));
+    values.exposureFactor = static_cast<float>(::pow(2.0, static_cast<double>(exposure) + 2.47393));
     values.kneeLow = ::powf(2.0F, kneeLow);
-    const double kneeSpan = static_cast<double>(kneeEnd - values.kneeLow);
-    const auto kneeTarget =
+    double const kneeSpan = static_cast<double>(kneeEnd - values.kneeLow);
+    auto const kneeTarget =
         static_cast<float>(::pow(2.0, 3.5) - static_cast<double>(values.kneeLow));
     values.kneeFactor = findKneeFactor(kneeSpan, kneeTarget);
     values.invGamma = 1.0F / guardFromZero(gamma);
     return values;
 }
 
-float transferExr(const ExrValues& values, float value)
+float transferExr(ExrValues const& values, float value)
 {
-    const float difference = value - values.defog;
-    const float defogged = difference > 0.0F ? difference : 0.0F;
+    float const difference = value - values.defog;
+    float const defogged = difference > 0.0F ? difference : 0.0F;
     float exposed = defogged * values.exposureFactor;
     if (exposed > values.kneeLow) {
-        const double factor = static_cast<double>(values.kneeFactor);
-        const double excess = static_cast<double>(exposed - values.kneeLow);
-        const auto compressed = static_cast<float>(::log(excess * factor + 1.0) / factor);
+        double const factor = static_cast<double>(values.kneeFactor);
+        double const excess = static_cast<double>(exposed - values.kneeLow);
+        auto const compressed = static_cast<float>(::log(excess * factor + 1.0) / factor);
         exposed = values.kneeLow + compressed;
     }
-    const float power = ::powf(exposed, values.invGamma);
+    float const power = ::powf(exposed, values.invGamma);
     return power * 84.66F / 255.0F;
 }
 
-Polyline computeExrCurve(float rangeMin, float rangeMax, int samples, const ChannelParams& params)
+Polyline computeExrCurve(float rangeMin, float rangeMax, int samples, ChannelParams const& params)
 {
     const ExrValues values = exrValues(params);
     return sampleTransfer(rangeMin, rangeMax, samples,
@@ -400,10 +399,9 @@ Polyline computeExrCurve(float rangeMin, float rangeMax, int samples, const Chan
 
 // Whole chain -----------------------------------------------------------------------------------
 
-Chain::Chain(const ChainParams& chainParams)
-    : params(chainParams),
-      linear{linearValues(params.linear[0]), linearValues(params.linear[1]),
-             linearValues(params.linear[2])},
+Chain::Chain(ChainParams const& chainParams)
+    : params(chainParams), linear{linearValues(params.linear[0]), linearValues(params.linear[1]),
+                                  linearValues(params.linear[2])},
       exr{exrValues(params.exr[0]), exrValues(params.exr[1]), exrValues(params.exr[2])},
       lookups{CurveLookup(params.curves[0]), CurveLookup(params.curves[1]),
               CurveLookup(params.curves[2])},
@@ -412,14 +410,14 @@ Chain::Chain(const ChainParams& chainParams)
 {
 }
 
-Pixel Chain::transform(const Pixel& in) const
+Pixel Chain::transform(Pixel const& in) const
 {
     return {transformChannel(0, in.r), transformChannel(1, in.g), transformChannel(2, in.b), in.a};
 }
 
 float Chain::transformChannel(std::size_t channel, float value) const
 {
-    const bool isLinear = params.mode == Mode::Linear;
+    bool const isLinear = params.mode == Mode::Linear;
     float result = isLinear ? transferLinear(linear[channel], gammaNeeded, value)
                             : transferExr(exr[channel], value);
     if (params.adjust) {
@@ -428,7 +426,7 @@ float Chain::transformChannel(std::size_t channel, float value) const
     return isLinear && params.clamp ? clampLinear(linear[channel], result) : result;
 }
 
-Pixel transformPixel(const ChainParams& params, const Pixel& in)
+Pixel transformPixel(ChainParams const& params, Pixel const& in)
 {
     return Chain(params).transform(in);
 }
@@ -454,14 +452,14 @@ std::uint8_t toByte(float value)
 float fromHalf(std::uint16_t bits)
 {
     const std::uint32_t sign = static_cast<std::uint32_t>(bits & 0x8000U) << 16U;
-    const int exponent = (bits >> 10) & 0x1F;
+    int const exponent = (bits >> 10) & 0x1F;
     const std::uint32_t mantissa = bits & 0x3FFU;
     if (exponent == 0x1F) {
         const std::uint32_t quiet = mantissa != 0 ? 0x00400000U : 0U;
         return std::bit_cast<float>(sign | 0x7F800000U | quiet | (mantissa << 13U));
     }
-    const auto steps = static_cast<float>(exponent == 0 ? mantissa : mantissa + 1024U);
-    const float magnitude = std::ldexp(steps, std::max(exponent, 1) - 25);
+    auto const steps = static_cast<float>(exponent == 0 ? mantissa : mantissa + 1024U);
+    float const magnitude = std::ldexp(steps, std::max(exponent, 1) - 25);
     return std::bit_cast<float>(std::bit_cast<std::uint32_t>(magnitude) | sign);
 }
 
@@ -470,7 +468,7 @@ std::uint16_t toHalf(float value)
     constexpr float overflow = 65520.0F; // half-way between the largest half and the next step
     const std::uint32_t bits = std::bit_cast<std::uint32_t>(value);
     const std::uint32_t sign = (bits >> 16U) & 0x8000U;
-    const float magnitude = std::fabs(value);
+    float const magnitude = std::fabs(value);
     if (std::isnan(value)) {
         return static_cast<std::uint16_t>(sign | 0x7E00U | ((bits >> 13U) & 0x3FFU));
     }
@@ -479,10 +477,10 @@ std::uint16_t toHalf(float value)
     }
     // Denormal halves share the spacing of the smallest normal ones; a mantissa that rounds up
     // to a full 2048 steps carries into the exponent by the addition.
-    const int exponent = magnitude == 0.0F ? -14 : std::max(std::ilogb(magnitude), -14);
-    const auto steps =
+    int const exponent = magnitude == 0.0F ? -14 : std::max(std::ilogb(magnitude), -14);
+    auto const steps =
         static_cast<std::uint32_t>(std::nearbyint(std::ldexp(magnitude, 10 - exponent)));
-    const auto exponentBits = static_cast<std::uint32_t>(exponent + 14) << 10U;
+    auto const exponentBits = static_cast<std::uint32_t>(exponent + 14) << 10U;
     return static_cast<std::uint16_t>(sign | (exponentBits + steps));
 }
 

@@ -42,7 +42,7 @@ ControlPoints defaultCurvePoints();
 /// The curve as a polyline: each key once, as stored, and between two keys the cubic at
 /// t = j / subdivisions. A handle that leaves the segment in x counts as lying on its key, one
 /// that reaches past the other key is shortened to that key's x. No key gives no point.
-Polyline evaluateCurve(const ControlPoints& curve, int subdivisions);
+Polyline evaluateCurve(ControlPoints const& curve, int subdivisions);
 
 /// Evenly spaced samples; the last entry is a guard copy of the one before it.
 struct Table {
@@ -67,15 +67,15 @@ struct EndLine {
 class CurveLookup {
 public:
     /// Samples the curve as the adjustment stage does. Throws std::logic_error without a key.
-    explicit CurveLookup(const ControlPoints& curve);
+    explicit CurveLookup(ControlPoints const& curve);
 
     /// Uses the given table; `curve` (at least one key) only gives the two end lines.
-    CurveLookup(const ControlPoints& curve, Table table);
+    CurveLookup(ControlPoints const& curve, Table table);
 
     /// Maps one value. NaN, and every value when the table has no width, give entry 0.
     float map(float value) const;
 
-    const Table& table() const { return samples; }
+    Table const& table() const { return samples; }
 
 private:
     Table samples;
@@ -97,21 +97,21 @@ struct LinearValues {
 };
 
 /// Parameters: input minimum, input maximum, output minimum, output maximum, gamma.
-LinearValues linearValues(const ChannelParams& params);
+LinearValues linearValues(ChannelParams const& params);
 
 /// True if the Linear mode leaves out the power step for this gamma. False for NaN.
 bool gammaCountsAsOne(float gamma);
 
 /// The levels line and, if `withGamma`, the power mirrored at the origin. Never clamps.
-float transferLinear(const LinearValues& values, bool withGamma, float value);
+float transferLinear(LinearValues const& values, bool withGamma, float value);
 
 /// The clamp that follows the curves. NaN passes; a reversed range gives its high end.
-float clampLinear(const LinearValues& values, float value);
+float clampLinear(LinearValues const& values, float value);
 
 /// The drawn curve of the Linear mode: as many points as samples, or one more. Does not end for a
 /// step that does not advance x. Throws std::length_error for a negative count.
 Polyline computeLinearCurve(float rangeMin, float rangeMax, int samples,
-                            const ChannelParams& params);
+                            ChannelParams const& params);
 
 /// Working values of one channel of the EXR display mode.
 struct ExrValues {
@@ -119,16 +119,16 @@ struct ExrValues {
 };
 
 /// Parameters: exposure, defog, knee high, knee low, gamma; all but defog and gamma in stops.
-ExrValues exrValues(const ChannelParams& params);
+ExrValues exrValues(ChannelParams const& params);
 
 /// The factor f with log(x * f + 1) / f = y, found by doubling and 30 bisections.
 float findKneeFactor(double x, float y);
 
 /// Defog, exposure, knee, gamma and scale. NaN becomes the result of 0. Never clamps.
-float transferExr(const ExrValues& values, float value);
+float transferExr(ExrValues const& values, float value);
 
 /// The drawn curve of the EXR display mode; points and failures as computeLinearCurve.
-Polyline computeExrCurve(float rangeMin, float rangeMax, int samples, const ChannelParams& params);
+Polyline computeExrCurve(float rangeMin, float rangeMax, int samples, ChannelParams const& params);
 
 // Whole chain -----------------------------------------------------------------------------------
 
@@ -158,10 +158,10 @@ struct ChainParams {
 class Chain {
 public:
     /// Throws std::logic_error if a channel's curve has no key, even with `adjust` off.
-    explicit Chain(const ChainParams& params);
+    explicit Chain(ChainParams const& params);
 
     /// Transfer, then curves, then clamp. Alpha is copied bit for bit.
-    Pixel transform(const Pixel& in) const;
+    Pixel transform(Pixel const& in) const;
 
 private:
     float transformChannel(std::size_t channel, float value) const;
@@ -174,7 +174,7 @@ private:
 };
 
 /// One pixel through a chain made for it alone.
-Pixel transformPixel(const ChainParams& params, const Pixel& in);
+Pixel transformPixel(ChainParams const& params, Pixel const& in);
 
 // Pixel depths ----------------------------------------------------------------------------------
 

@@ -1,7 +1,7 @@
 // Pins the plain reference itself with numbers worked out by hand.
 
-#include "PixelMatcher.h"
 #include "ReferenceTransfer.h"
+#include "PixelMatcher.h"
 #include "StandardPixels.h"
 
 #include <gtest/gtest.h>
@@ -25,7 +25,7 @@ void expectHandValue(float expected, float actual)
 }
 
 struct TransferCase {
-    const char* name;
+    char const* name;
     Mode mode;
     ChannelParams params;
     float input, expected;
@@ -35,9 +35,9 @@ class TransferReferenceTest : public ::testing::TestWithParam<TransferCase> {};
 
 TEST_P(TransferReferenceTest, MapsInputToHandValue)
 {
-    const auto& [name, mode, params, input, expected] = GetParam();
+    auto const& [name, mode, params, input, expected] = GetParam();
     SCOPED_TRACE(name);
-    const auto channels = allChannels(params);
+    auto const channels = allChannels(params);
     const ChainParams chain{.mode = mode, .adjust = false, .linear = channels, .exr = channels};
     expectHandValue(expected, transformPixel(chain, {0.0F, input, 0.0F, 1.0F}).g);
 }
@@ -73,7 +73,7 @@ TEST(ReferenceTest, KneeFactorOutOfReachIsHalvedThirtyTimes)
 TEST(ReferenceTest, ClampComesLastAndAlphaIsCopied)
 {
     const Chain chain({.clamp = true, .linear = allChannels(ChannelParams{0, 1, 0.8F, 0.2F, 1})});
-    for (const Pixel& pixel : standardPixels()) {
+    for (Pixel const& pixel : standardPixels()) {
         EXPECT_TRUE(samePixelBits({0.2F, 0.2F, 0.2F, pixel.a}, chain.transform(pixel)));
     }
 }
@@ -82,7 +82,7 @@ TEST(ReferenceTest, TableFollowsLineInsideAndHandlesOutside)
 {
     const CurveLookup identity(defaultCurvePoints());
     const CurveLookup half({{-1, -0.5F}, {0, 0}, {0.3F, 0.15F}, {0, 0}, {1, 0.5F}, {1, 0.5F}});
-    for (const float value : {-0.5F, 0.0F, 0.25F, 0.5F, 1.0F, 2.0F}) {
+    for (float const value : {-0.5F, 0.0F, 0.25F, 0.5F, 1.0F, 2.0F}) {
         expectHandValue(value, identity.map(value));
         expectHandValue(value > 1.0F ? 0.0F : value / 2, half.map(value)); // handle on key
     }

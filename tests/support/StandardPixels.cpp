@@ -28,7 +28,7 @@ float unitValue(std::uint32_t word)
 /// Any bit pattern; signalling NaNs are made quiet, because a mere copy may do that anyway.
 float anyValue(std::uint32_t word)
 {
-    const auto value = std::bit_cast<float>(word);
+    auto const value = std::bit_cast<float>(word);
     return std::isnan(value) ? std::bit_cast<float>(word | quietBit) : value;
 }
 
@@ -62,11 +62,32 @@ std::vector<float> standardValues()
 {
     using Limits = std::numeric_limits<float>;
     std::vector<float> values;
-    for (const float magnitude :
-         {0.0F, Limits::denorm_min(), 0x1p-130F, Limits::min(), 0x1p-24F, 1e-7F, 0.001F, 0.05F,
-          0.18F, 0.5F, 0.9F, 0x1.fffffep-1F, 1.0F, 0x1.000002p+0F, 1.5F, 10.0F, 255.0F, 65504.0F,
-          65520.0F, 1e20F, Limits::max(), Limits::infinity(), quietNan(0), quietNan(1),
-          quietNan(0x12000U), quietNan(0x3FFFFFU)}) {
+    for (float const magnitude : {0.0F,
+                                  Limits::denorm_min(),
+                                  0x1p-130F,
+                                  Limits::min(),
+                                  0x1p-24F,
+                                  1e-7F,
+                                  0.001F,
+                                  0.05F,
+                                  0.18F,
+                                  0.5F,
+                                  0.9F,
+                                  0x1.fffffep-1F,
+                                  1.0F,
+                                  0x1.000002p+0F,
+                                  1.5F,
+                                  10.0F,
+                                  255.0F,
+                                  65504.0F,
+                                  65520.0F,
+                                  1e20F,
+                                  Limits::max(),
+                                  Limits::infinity(),
+                                  quietNan(0),
+                                  quietNan(1),
+                                  quietNan(0x12000U),
+                                  quietNan(0x3FFFFFU)}) {
         values.push_back(magnitude);
         values.push_back(-magnitude);
     }
@@ -76,7 +97,7 @@ std::vector<float> standardValues()
 std::vector<Pixel> standardPixels()
 {
     std::vector<Pixel> pixels;
-    for (const float value : standardValues()) {
+    for (float const value : standardValues()) {
         pixels.push_back({value, 0.5F, 0.75F, 1.0F});
         pixels.push_back({0.25F, value, 0.75F, 0.3F});
         pixels.push_back({0.25F, 0.5F, value, 0.0F});
@@ -93,8 +114,8 @@ std::vector<Pixel> randomPixels(std::size_t count, std::uint32_t seed)
     pixels.reserve(count);
     while (pixels.size() < count) {
         // Braces keep the draws in order.
-        pixels.push_back(Pixel{randomValue(words), randomValue(words), randomValue(words),
-                               randomValue(words)});
+        pixels.push_back(
+            Pixel{randomValue(words), randomValue(words), randomValue(words), randomValue(words)});
     }
     return pixels;
 }

@@ -121,9 +121,9 @@ void InPackageRegistry::shutDownPackages()
 
 InPackageInit* InPackageRegistry::find(std::string const& packageName) const
 {
-    auto const found =
-        std::find_if(packages.begin(), packages.end(),
-                     [&](InPackageInit* package) { return package->getName() == packageName; });
+    auto const found = std::find_if(packages.begin(), packages.end(), [&](InPackageInit* package) {
+        return package->getName() == packageName;
+    });
     return found == packages.end() ? nullptr : *found;
 }
 

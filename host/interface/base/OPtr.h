@@ -18,10 +18,8 @@ public:
     explicit OPtr(T* object) noexcept : target(object) {}
     OPtr(OPtr&& other) noexcept : target(other.release()) {}
     template <typename U>
-        requires std::is_convertible_v<U*, T*>
-    OPtr(OPtr<U>&& other) noexcept : target(other.release())
-    {
-    }
+    requires std::is_convertible_v<U*, T*> OPtr(OPtr<U>&& other)
+    noexcept : target(other.release()) {}
     // The object's own destructor may throw: its members may be node handles.
     ~OPtr() noexcept(false) { delete target; }
 
@@ -59,10 +57,8 @@ class OPtrRet : public OPtr<T> {
 public:
     using OPtr<T>::OPtr;
     template <typename U>
-        requires std::is_convertible_v<U*, T*>
-    OPtrRet(OPtr<U>&& object) noexcept : OPtr<T>(std::move(object))
-    {
-    }
+    requires std::is_convertible_v<U*, T*> OPtrRet(OPtr<U>&& object)
+    noexcept : OPtr<T>(std::move(object)) {}
 };
 
 /// Makes an object and its owner.

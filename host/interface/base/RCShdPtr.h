@@ -18,8 +18,7 @@ public:
     RCShdPtr(RCShdPtr const& other) : target(other.target) { acquire(); }
     RCShdPtr(RCShdPtr&& other) noexcept : target(std::exchange(other.target, nullptr)) {}
     template <typename U>
-        requires std::is_convertible_v<U*, T*>
-    RCShdPtr(RCShdPtr<U> const& other) : target(other.get())
+    requires std::is_convertible_v<U*, T*> RCShdPtr(RCShdPtr<U> const& other) : target(other.get())
     {
         acquire();
     }
@@ -74,8 +73,8 @@ RCShdPtr<T> makeShared(Arguments&&... arguments)
     return RCShdPtr<T>(new T(std::forward<Arguments>(arguments)...));
 }
 
-/// The same object seen as a `Wanted`. An empty handle stays empty; an object of another kind throws
-/// the cast failure with both type names.
+/// The same object seen as a `Wanted`. An empty handle stays empty; an object of another kind
+/// throws the cast failure with both type names.
 template <typename Wanted, typename T>
 RCShdPtr<Wanted> castShared(RCShdPtr<T> const& handle)
 {

@@ -91,8 +91,7 @@ public:
     RCStrongPtr(std::nullptr_t) {}
     /// Takes the object over; an empty `object` gives an empty handle.
     template <typename U>
-        requires std::is_convertible_v<U*, T*>
-    RCStrongPtr(OPtr<U>&& object)
+    requires std::is_convertible_v<U*, T*> RCStrongPtr(OPtr<U>&& object)
         : count(object ? new RCSWCountOf<U>(object.get()) : nullptr), target(object.release())
     {
     }
@@ -102,8 +101,8 @@ public:
     {
     }
     template <typename U>
-        requires std::is_convertible_v<U*, T*>
-    RCStrongPtr(RCStrongPtr<U> const& other) : RCStrongPtr(other, other.target)
+    requires std::is_convertible_v<U*, T*> RCStrongPtr(RCStrongPtr<U> const& other)
+        : RCStrongPtr(other, other.target)
     {
     }
     /// Another view of the object behind `owner`: `view` is that object or a part of it.
@@ -173,18 +172,19 @@ public:
     {
     }
     template <typename U>
-        requires std::is_convertible_v<U*, T*>
-    RCWeakPtr(RCStrongPtr<U> const& object) : RCWeakPtr(object.count, object.target)
+    requires std::is_convertible_v<U*, T*> RCWeakPtr(RCStrongPtr<U> const& object)
+        : RCWeakPtr(object.count, object.target)
     {
     }
     template <typename U>
-        requires(std::is_convertible_v<U*, T*> && !std::is_same_v<U, T>)
-    RCWeakPtr(RCWeakPtr<U> const& other) : RCWeakPtr(other.count, other.target)
+    requires(std::is_convertible_v<U*, T*> && !std::is_same_v<U, T>)
+        RCWeakPtr(RCWeakPtr<U> const& other)
+        : RCWeakPtr(other.count, other.target)
     {
         // Finding a virtual base reads the object, which would have to be held meanwhile and might
         // then be destroyed here, on a thread that only observes it.
         static_assert(
-            requires(std::remove_const_t<T>* base) { static_cast<U const*>(base); },
+            requires(std::remove_const_t<T> * base) { static_cast<U const*>(base); },
             "weak handles do not convert to virtual bases: convert the strong handle");
     }
     ~RCWeakPtr()

@@ -120,13 +120,15 @@ float halfToFloat(std::uint16_t half)
     std::uint32_t const shifted = magnitude << mantissaShift;
 
     std::uint32_t const normal = shifted + exponentRebias;
-    // A denormal half is a multiple of 2^-24: as the mantissa of 2^-14 it is exact, less that 2^-14.
-    float const denormal =
-        std::bit_cast<float>(shifted + smallestNormalHalf) - std::bit_cast<float>(smallestNormalHalf);
+    // A denormal half is a multiple of 2^-24: as the mantissa of 2^-14 it is exact, less that
+    // 2^-14.
+    float const denormal = std::bit_cast<float>(shifted + smallestNormalHalf) -
+                           std::bit_cast<float>(smallestNormalHalf);
     std::uint32_t const quietBit = magnitude > halfInfinity ? halfQuietBit << mantissaShift : 0;
     std::uint32_t const special = shifted | floatInfinity | quietBit;
 
-    std::uint32_t const finite = magnitude < 0x0400U ? std::bit_cast<std::uint32_t>(denormal) : normal;
+    std::uint32_t const finite =
+        magnitude < 0x0400U ? std::bit_cast<std::uint32_t>(denormal) : normal;
     return std::bit_cast<float>(sign | (magnitude >= halfInfinity ? special : finite));
 }
 

@@ -16,7 +16,7 @@ constexpr std::size_t mostFreeBuffers = 32;
 struct AlignedDelete {
     void operator()(std::byte* memory) const
     {
-        ::operator delete(memory, std::align_val_t{rowAlignment});
+        ::operator delete (memory, std::align_val_t{rowAlignment});
     }
 };
 
@@ -34,16 +34,17 @@ public:
     {
         {
             std::lock_guard const lock(mutex);
-            auto const fitting = std::find_if(
-                freeBuffers.rbegin(), freeBuffers.rend(),
-                [&](PooledBuffer const& free) { return free.size >= size && free.size / 2 <= size; });
+            auto const fitting = std::find_if(freeBuffers.rbegin(), freeBuffers.rend(),
+                                              [&](PooledBuffer const& free) {
+                                                  return free.size >= size && free.size / 2 <= size;
+                                              });
             if (fitting != freeBuffers.rend()) {
                 PooledBuffer taken = std::move(*fitting);
                 freeBuffers.erase(std::next(fitting).base());
                 return taken;
             }
         }
-        void* const memory = ::operator new(size, std::align_val_t{rowAlignment});
+        void* const memory = ::operator new (size, std::align_val_t{rowAlignment});
         return {std::unique_ptr<std::byte, AlignedDelete>(static_cast<std::byte*>(memory)), size};
     }
 

@@ -13,8 +13,8 @@ class IxTile {
 public:
     IxTile() = default;
 
-    /// Takes a buffer for `bounds` (in the picture's pixel coordinates). The pixels are not cleared.
-    /// Rows start at multiples of 64 bytes. Throws std::bad_alloc.
+    /// Takes a buffer for `bounds` (in the picture's pixel coordinates). The pixels are not
+    /// cleared. Rows start at multiples of 64 bytes. Throws std::bad_alloc.
     IxTile(IxPixelFormat const& pixelFormat, GeRectangle<int> const& tileBounds);
 
     IxPixelFormat const& getPixelFormat() const { return format; }

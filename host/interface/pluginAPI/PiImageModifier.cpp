@@ -108,10 +108,9 @@ PiToolProtocolImp::PiToolProtocolImp(std::string toolName, std::string toolCateg
                                      std::string toolVersion, int schema,
                                      std::string toolDescription, ToolVisibility toolVisibility,
                                      ToolStructure toolStructure)
-    : name(std::move(toolName)), category(std::move(toolCategory)),
-      productName(std::move(product)), manufacturer(std::move(maker)),
-      version(std::move(toolVersion)), schemaNb(schema), description(std::move(toolDescription)),
-      visibility(toolVisibility), structure(toolStructure)
+    : name(std::move(toolName)), category(std::move(toolCategory)), productName(std::move(product)),
+      manufacturer(std::move(maker)), version(std::move(toolVersion)), schemaNb(schema),
+      description(std::move(toolDescription)), visibility(toolVisibility), structure(toolStructure)
 {
 }
 

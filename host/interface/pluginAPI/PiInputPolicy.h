@@ -16,9 +16,8 @@ class PiRangeInputPolicy : public PiInputPolicy {
 public:
     /// `animatable` and `clamped` are kept: our host lets every number be animated and refuses
     /// values outside the range whatever `clamped` says.
-    static RCShdPtr<PiRangeInputPolicy const> create(T const& minimum, T const& maximum,
-                                                     T const& defaultValue, bool animatable,
-                                                     bool clamped)
+    static RCShdPtr<PiRangeInputPolicy const>
+    create(T const& minimum, T const& maximum, T const& defaultValue, bool animatable, bool clamped)
     {
         return RCShdPtr<PiRangeInputPolicy const>(
             new PiRangeInputPolicy(minimum, maximum, defaultValue, animatable, clamped));

@@ -56,8 +56,8 @@ void PiPixelLoopOneSource::process(IxReadGuard const& source)
     }
 
     auto const width = static_cast<std::size_t>(bounds.getWidth());
-    std::size_t const skippedBytes = static_cast<std::size_t>(bounds.x0 - sourceBounds.x0) *
-                                     sourceFormat.getBytesPerPixel();
+    std::size_t const skippedBytes =
+        static_cast<std::size_t>(bounds.x0 - sourceBounds.x0) * sourceFormat.getBytesPerPixel();
     // Only a half may lose bits on the way through float: those of a signalling NaN.
     bool const carriesAlpha = affect == PiImageModifierTypes::AffectColour &&
                               format.getComponents() != IxPixelFormat::RGB &&

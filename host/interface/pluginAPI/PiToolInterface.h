@@ -22,7 +22,8 @@ public:
 
     /// Builds the chain that turns `source` into the tool's picture and puts its output node into
     /// `result`. Called anew whenever the chain is wanted.
-    virtual void createModifierProcNode(PxStrongHndl<PxNode const>& result, PiInputNodeBuilder& builder,
+    virtual void createModifierProcNode(PxStrongHndl<PxNode const>& result,
+                                        PiInputNodeBuilder& builder,
                                         PxNodePtr<PxImageProtocol const> const& source) = 0;
 
 private:

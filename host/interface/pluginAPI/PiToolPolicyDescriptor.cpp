@@ -28,10 +28,10 @@ void PiStructuredPolicyDescriptor::add(std::string const& name,
 
 void PiToolDescriptor::declare(PiDeclaration const& declaration)
 {
-    bool const isNew = std::none_of(declarations.begin(), declarations.end(),
-                                    [&](PiDeclaration const& earlier) {
-                                        return earlier.input.name == declaration.input.name;
-                                    });
+    bool const isNew =
+        std::none_of(declarations.begin(), declarations.end(), [&](PiDeclaration const& earlier) {
+            return earlier.input.name == declaration.input.name;
+        });
     Assertions::check(isNew, "earlier.input.name != declaration.input.name");
     declarations.push_back(declaration);
 }

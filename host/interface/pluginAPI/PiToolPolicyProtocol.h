@@ -70,10 +70,9 @@ private:
 
 /// The protocol of an image modifier: adds to its description what every image modifier has.
 template <typename Controller>
-class PiImageModifierInfo
-    : public PiToolProtocolImp,
-      public PiImageModifierProtocol,
-      public PiToolPolicyProtocol<Controller, PiImageModifier::Descriptor> {
+class PiImageModifierInfo : public PiToolProtocolImp,
+                            public PiImageModifierProtocol,
+                            public PiToolPolicyProtocol<Controller, PiImageModifier::Descriptor> {
     using PolicyProtocol = PiToolPolicyProtocol<Controller, PiImageModifier::Descriptor>;
 
 public:

@@ -8,8 +8,7 @@ PiUserInterface::PiUserInterface(std::string panelFile) : userInterfaceFile(std:
 
 PiUserInterface::~PiUserInterface() noexcept(false) = default;
 
-PiUserInterface::InstanceData
-PiUserInterface::createInstanceData(RCShdPtr<PiTimePath const> const&)
+PiUserInterface::InstanceData PiUserInterface::createInstanceData(RCShdPtr<PiTimePath const> const&)
 {
     return {};
 }
@@ -23,9 +22,9 @@ PiUserInterface::createWidgetInstanceData(RCShdPtr<PiWidget> const&,
 
 PiEventHandlingInterface::~PiEventHandlingInterface() noexcept(false) = default;
 
-RCStrongPtr<PiEventHandler>
-PiEventHandlingInterface::createEventHandler(PiViewer&, RCShdPtr<PiNode> const&,
-                                             RCShdPtr<PiPath> const&)
+RCStrongPtr<PiEventHandler> PiEventHandlingInterface::createEventHandler(PiViewer&,
+                                                                         RCShdPtr<PiNode> const&,
+                                                                         RCShdPtr<PiPath> const&)
 {
     return {};
 }

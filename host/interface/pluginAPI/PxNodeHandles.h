@@ -24,8 +24,7 @@ public:
     explicit PxNodePtr(T* targetNode) { set(targetNode); }
     PxNodePtr(PxNodePtr const& other) { set(other.node); }
     template <typename U>
-        requires std::is_convertible_v<U*, T*>
-    PxNodePtr(PxNodePtr<U> const& other)
+    requires std::is_convertible_v<U*, T*> PxNodePtr(PxNodePtr<U> const& other)
     {
         set(other.get());
     }

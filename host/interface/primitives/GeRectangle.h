@@ -24,6 +24,5 @@ struct GeRectangle {
 template <typename T>
 constexpr GeRectangle<T> intersect(GeRectangle<T> const& a, GeRectangle<T> const& b)
 {
-    return {std::max(a.x0, b.x0), std::max(a.y0, b.y0), std::min(a.x1, b.x1),
-            std::min(a.y1, b.y1)};
+    return {std::max(a.x0, b.x0), std::max(a.y0, b.y0), std::min(a.x1, b.x1), std::min(a.y1, b.y1)};
 }

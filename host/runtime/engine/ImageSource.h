@@ -13,8 +13,9 @@ enum class SampleStorage { UInt8, UInt16, Half, Float };
 
 /// What is known of a picture before its pixels flow.
 struct ImageInfo {
-    GeRectangle<int> dataWindow;    ///< where there are pixels
-    GeRectangle<int> displayWindow; ///< what is shown; may be smaller or larger than the data window
+    GeRectangle<int> dataWindow; ///< where there are pixels
+    GeRectangle<int>
+        displayWindow; ///< what is shown; may be smaller or larger than the data window
     /// Format of the strips' tiles: UINT8 for 8-bit files, FLOAT16 for half, FLOAT32 for everything
     /// else (16-bit integers become float, v / 65535).
     IxPixelFormat format;

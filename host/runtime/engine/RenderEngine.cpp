@@ -94,8 +94,8 @@ public:
                     [this](oneapi::tbb::flow_control& flow) { return read(flow); }) &
                     oneapi::tbb::make_filter<Strip*, Strip*>(
                         filter_mode::parallel, [this](Strip* strip) { return process(strip); }) &
-                    oneapi::tbb::make_filter<Strip*, void>(
-                        filter_mode::serial_in_order, [this](Strip* strip) { write(strip); }));
+                    oneapi::tbb::make_filter<Strip*, void>(filter_mode::serial_in_order,
+                                                           [this](Strip* strip) { write(strip); }));
         } catch (...) {
             failure = std::current_exception();
         }
@@ -208,9 +208,8 @@ void renderImage(PxImageProtocol const& chain, SourceImageNode& sourceNode, Imag
                  ImageSink& sink, RenderOptions const& options)
 {
     // The caller's thread is no worker, so the scheduler needs one thread more.
-    oneapi::tbb::global_control const limit(
-        oneapi::tbb::global_control::max_allowed_parallelism,
-        static_cast<std::size_t>(options.threads) + 1);
+    oneapi::tbb::global_control const limit(oneapi::tbb::global_control::max_allowed_parallelism,
+                                            static_cast<std::size_t>(options.threads) + 1);
     oneapi::tbb::task_arena arena(options.threads, 0);
     Render render(chain, sourceNode, source, sink, options);
     {

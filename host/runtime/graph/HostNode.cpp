@@ -52,8 +52,7 @@ RCShdPtr<HostValue> makeStoredValue(std::string const& name, PiValueType const& 
         return makeShared<HostTypedValue<bool>>(name, false, Policy(), observer);
     case PiValueType::Double:
         return makeShared<HostTypedValue<double>>(name, 0.0, Policy(), observer);
-    case PiValueType::Integer:
-        return makeShared<HostTypedValue<int>>(name, 0, Policy(), observer);
+    case PiValueType::Integer: return makeShared<HostTypedValue<int>>(name, 0, Policy(), observer);
     case PiValueType::DoubleArray: return makeShared<HostArrayValue>(name, observer);
     }
     Assertions::throwProgramAborted(__FILE__, __LINE__, "type.getCode()");
@@ -88,7 +87,13 @@ HostNode::HostNode(PiToolProtocol const& nodeTool, HostGraph& hostGraph)
     }
 }
 
-HostNode::~HostNode() noexcept(false) = default;
+HostNode::~HostNode() noexcept(false)
+{
+    // The undo history and value nodes may keep the values.
+    for (ValueSlot const& slot : values) {
+        slot.value->forgetObserver();
+    }
+}
 
 RCShdPtr<PiInput> HostNode::findInput(std::string const& name, bool mustExist) const
 {
@@ -198,8 +203,8 @@ RCShdPtr<PiInput> HostNode::addInput(std::string const& prefix,
         }
         return makeShared<HostStructuredInput>(fullName, std::move(members));
     }
-    RCShdPtr<HostValue> const value = makeInputValue(
-        fullName, *input.type, getToolInterface().getInputPolicy(fullName), this);
+    RCShdPtr<HostValue> const value =
+        makeInputValue(fullName, *input.type, getToolInterface().getInputPolicy(fullName), this);
     if (!value.isNull()) {
         addValue(fullName, false, value);
     }

@@ -50,8 +50,7 @@ private:
 
 } // namespace
 
-PxStrongHndl<PxNode const> addMute(PxNodePtr<PxNode const> const& chain,
-                                   PxStrongHndl<> const& mute,
+PxStrongHndl<PxNode const> addMute(PxNodePtr<PxNode const> const& chain, PxStrongHndl<> const& mute,
                                    PxNodePtr<PxImageProtocol const> const& source)
 {
     return PxStrongHndl<PxNode const>(makeNode<MuteNode>(chain, mute, source).get());

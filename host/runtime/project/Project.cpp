@@ -95,8 +95,8 @@ void checkHead(Json const& project, PiToolProtocol const& tool)
 class TemporaryText {
 public:
     explicit TemporaryText(std::filesystem::path const& target)
-        : file(target.parent_path() / ("." + target.filename().string() + "." +
-                                       std::to_string(getpid()) + ".tmp"))
+        : file(target.parent_path() /
+               ("." + target.filename().string() + "." + std::to_string(getpid()) + ".tmp"))
     {
     }
     TemporaryText(TemporaryText const&) = delete;
@@ -141,8 +141,8 @@ NodeValues readProject(std::string const& text, HostNode const& pattern)
             throw ProjectError("\"values\" names \"" + member.key() +
                                "\", which the tool does not have");
         }
-        values.emplace(member.key(), valueFromJson(member.value(), *value,
-                                                   "the value \"" + member.key() + "\""));
+        values.emplace(member.key(),
+                       valueFromJson(member.value(), *value, "the value \"" + member.key() + "\""));
     }
     return values;
 }

@@ -45,7 +45,8 @@ template <>
 struct Scalar<int> {
     static Json toJson(int value, HostValue const& owner)
     {
-        if (auto const* const choices = dynamic_cast<PiEnumPolicy const*>(owner.getPolicy().get())) {
+        if (auto const* const choices =
+                dynamic_cast<PiEnumPolicy const*>(owner.getPolicy().get())) {
             for (PiEnumPolicy::Pair const& pair : choices->getPairs()) {
                 if (pair.first == value) {
                     return pair.second;
@@ -57,7 +58,8 @@ struct Scalar<int> {
 
     static int fromJson(Json const& json, HostValue const& owner, std::string const& place)
     {
-        if (auto const* const choices = dynamic_cast<PiEnumPolicy const*>(owner.getPolicy().get())) {
+        if (auto const* const choices =
+                dynamic_cast<PiEnumPolicy const*>(owner.getPolicy().get())) {
             return choiceFromJson(json, *choices, place);
         }
         if (!json.is_number_integer()) {

@@ -63,7 +63,8 @@ public:
 
     /// Throws std::invalid_argument unless there is a key and the times rise; for curves also
     /// unless all have the same number of points.
-    explicit Animated(std::vector<Keyframe<T>> keyframes) : keys(std::move(keyframes)), animated(true)
+    explicit Animated(std::vector<Keyframe<T>> keyframes)
+        : keys(std::move(keyframes)), animated(true)
     {
         if (keys.empty()) {
             throw std::invalid_argument("an animated value needs at least one key");
@@ -100,7 +101,8 @@ public:
                 return constantFrom(previous);
             }
             if (time == previous->time) {
-                // The end of a constant stretch belongs to it, also of the one before the first key.
+                // The end of a constant stretch belongs to it, also of the one before the first
+                // key.
                 bool const endsStretch =
                     previous == keys.begin() || (previous - 1)->value == previous->value;
                 return endsStretch ? constantFrom(previous) : atMoment(previous->value, time);

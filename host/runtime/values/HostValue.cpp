@@ -43,8 +43,8 @@ std::string describeChoices(PiEnumPolicy const& choices)
 void checkNumber(std::string const& name, double value, PiInputPolicy const* policy)
 {
     auto const* const range = dynamic_cast<PiRangeInputPolicy<double> const*>(policy);
-    bool const isInside = range == nullptr ||
-                          (value >= range->getMinimum() && value <= range->getMaximum());
+    bool const isInside =
+        range == nullptr || (value >= range->getMinimum() && value <= range->getMaximum());
     if (!std::isfinite(value) || !isInside) {
         throw ValueError(quote(name) + " takes " +
                          (range == nullptr ? "any finite number" : describeRange(*range)) +

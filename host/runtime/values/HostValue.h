@@ -35,8 +35,9 @@ public:
 /// take a snapshot of its state.
 class HostValue : public virtual PiValue {
 public:
-    /// `observer` may be null and otherwise lives longer. The initial state decides what kind of
-    /// value it is for good; `policy` may be empty and must accept the initial state.
+    /// `observer` may be null; otherwise it lives until forgetObserver is called. The initial state
+    /// decides what kind of value it is for good; `policy` may be empty and must accept the initial
+    /// state.
     HostValue(std::string fullName, ValueState initial, RCShdPtr<PiInputPolicy const> inputPolicy,
               ValueObserver* valueObserver);
 
@@ -50,11 +51,13 @@ public:
     /// nothing, for another kind of value and for what the policy does not allow.
     void setState(ValueState state);
 
+    /// Nobody is told of changes any more: the observer is about to go.
+    void forgetObserver() { observer = nullptr; }
+
     /// Throws what setState would throw.
     void check(ValueState const& candidate) const;
 
 private:
-
     std::string name;
     RCShdPtr<PiInputPolicy const> policy;
     ValueObserver* observer;

@@ -274,9 +274,9 @@ RemapColorController::createWidgetInstanceData(RCShdPtr<PiWidget> const& widget,
     return holder;
 }
 
-RCStrongPtr<PiEventHandler>
-RemapColorController::createEventHandler(PiViewer& viewer, RCShdPtr<PiNode> const& node,
-                                         RCShdPtr<PiPath> const& path)
+RCStrongPtr<PiEventHandler> RemapColorController::createEventHandler(PiViewer& viewer,
+                                                                     RCShdPtr<PiNode> const& node,
+                                                                     RCShdPtr<PiPath> const& path)
 {
     return eventHandlerFactory == nullptr ? RCStrongPtr<PiEventHandler>()
                                           : eventHandlerFactory(viewer, node, path);

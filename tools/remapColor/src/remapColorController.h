@@ -2,11 +2,11 @@
 
 // The controller of a Remap Color node: what a curve editor needs to know.
 //
-// Each channel (0 red, 1 green, 2 blue) goes through the transfer of the mode that "Mode" chooses and
-// then through an adjustment curve, unless "Adjust" is off. A curve editor draws the mode's transfer
-// (RemapColorLinearMode::computeCurve, RemapColorEXRMode::computeCurve), lets the user shape the
-// curves in the nodes connected to the inputs of getCurveName, keeps its display choices in the node
-// and reads them here, and marks picked colours with processSinglePixel.
+// Each channel (0 red, 1 green, 2 blue) goes through the transfer of the mode that "Mode" chooses
+// and then through an adjustment curve, unless "Adjust" is off. A curve editor draws the mode's
+// transfer (RemapColorLinearMode::computeCurve, RemapColorEXRMode::computeCurve), lets the user
+// shape the curves in the nodes connected to the inputs of getCurveName, keeps its display choices
+// in the node and reads them here, and marks picked colours with processSinglePixel.
 //
 // Unless a function says otherwise: user-interface thread only; a missing node, value or connection
 // throws the host's null-pointer exception naming what is missing.
@@ -73,8 +73,7 @@ public:
 
     InstanceData createWidgetInstanceData(RCShdPtr<PiWidget> const& widget,
                                           RCShdPtr<PiTimePath const> const& path) override;
-    RCStrongPtr<PiEventHandler> createEventHandler(PiViewer& viewer,
-                                                   RCShdPtr<PiNode> const& node,
+    RCStrongPtr<PiEventHandler> createEventHandler(PiViewer& viewer, RCShdPtr<PiNode> const& node,
                                                    RCShdPtr<PiPath> const& path) override;
 
     /// Turns changes of the curve editor's stored values into notifications.

@@ -174,14 +174,14 @@ RemapColorCurveLUTUtils::ScanlineLut::ScanlineLut(RCShdPtr<BzFunctionCurve>& cur
     Vector<Point> const& points = std::as_const(*curve).getCtrlPoints();
     Point const firstKey = points[1];
     Point const firstHandle = curve->getTangentHandle(0);
-    inExtrapolator = std::make_unique<InExtrapolator>(
-        makeEndLine(firstKey, firstHandle, firstHandle, firstKey));
+    inExtrapolator =
+        std::make_unique<InExtrapolator>(makeEndLine(firstKey, firstHandle, firstHandle, firstKey));
 
     std::size_t const last = points.size() / 3 - 1;
     Point const lastKey = points[3 * last + 1];
     Point const lastHandle = curve->getTangentHandle(static_cast<int>(last));
-    outExtrapolator = std::make_unique<OutExtrapolator>(
-        makeEndLine(lastKey, lastHandle, lastKey, lastHandle));
+    outExtrapolator =
+        std::make_unique<OutExtrapolator>(makeEndLine(lastKey, lastHandle, lastKey, lastHandle));
 
     if (lutMin == lutMax) {
         // A single x: position 0 for every number.

@@ -43,8 +43,8 @@ class RemapColorCurveLUTUtils::ScanlineLut {
 public:
     /// Takes the table that curveToLUT sampled from `curve`, over [lutMin, lutMax]. The curve is
     /// only read. Throws the null-pointer exception for an empty curve.
-    REMAPCOLOR_EXPORT ScanlineLut(RCShdPtr<BzFunctionCurve>& curve, Vector<float> lut,
-                                  float lutMin, float lutMax);
+    REMAPCOLOR_EXPORT ScanlineLut(RCShdPtr<BzFunctionCurve>& curve, Vector<float> lut, float lutMin,
+                                  float lutMax);
     REMAPCOLOR_EXPORT virtual ~ScanlineLut();
 
     /// Maps `value` into `out`.

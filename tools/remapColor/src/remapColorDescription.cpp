@@ -80,7 +80,7 @@ OPtr<PiToolProtocol> createRemapColorProtocol()
         "Remap Color", PiToolProtocol::getColorCorrectionCategory(),
         PiVantorixToolProtocol::getVantorixProductName(),
         PiVantorixToolProtocol::getVantorixManufacturer(),
-        PiVantorixToolProtocol::getVantorixVersionString(), 5,
-        "Remaps color using a curve editor.", static_cast<PiToolProtocolImp::ToolVisibility>(1),
+        PiVantorixToolProtocol::getVantorixVersionString(), 5, "Remaps color using a curve editor.",
+        static_cast<PiToolProtocolImp::ToolVisibility>(1),
         static_cast<PiToolProtocolImp::ToolStructure>(0));
 }

@@ -90,8 +90,8 @@ public:
         kneeLow[channel] = ::powf(2.0F, kneeLowStops);
         float const kneeEnd = ::powf(2.0F, kneeHigh);
         auto const span = static_cast<double>(kneeEnd - kneeLow[channel]);
-        auto const target = static_cast<float>(::pow(2.0, kneeTargetStops) -
-                                               static_cast<double>(kneeLow[channel]));
+        auto const target =
+            static_cast<float>(::pow(2.0, kneeTargetStops) - static_cast<double>(kneeLow[channel]));
         kneeFactor[channel] = findKneeFactor(span, target);
         invGamma[channel] = RemapColorTransferUtils::invertGamma(gamma);
         defog[channel] = defogAmount;
@@ -107,8 +107,8 @@ public:
         float const defogged = difference > 0.0F ? difference : 0.0F; // a NaN becomes 0
         float exposed = defogged * exposureFactor[channel];
         if (exposed > kneeLow[channel]) {
-            exposed = kneeLow[channel] + knee(static_cast<double>(exposed - kneeLow[channel]),
-                                              kneeFactor[channel]);
+            exposed = kneeLow[channel] +
+                      knee(static_cast<double>(exposed - kneeLow[channel]), kneeFactor[channel]);
         }
         return ::powf(exposed, invGamma[channel]) * displayScale / displayMaximum;
     }
@@ -204,8 +204,8 @@ private:
         EXRDisplayProcessBase process;
         process.setAdjustedCurves(createAdjustedCurveScanline(time, validity));
         for (int channel = 0; channel < nbChannels; ++channel) {
-            process.setChannel(channel, params[0][channel], params[1][channel],
-                               params[2][channel], params[3][channel], params[4][channel]);
+            process.setChannel(channel, params[0][channel], params[1][channel], params[2][channel],
+                               params[3][channel], params[4][channel]);
         }
         return process;
     }
@@ -233,8 +233,7 @@ void RemapColorEXRMode::describeInputs(PiToolPolicyDescriptor& descriptor)
     std::array<PiStructuredPolicyDescriptor, nbParams> params;
     for (std::string const& channel : RemapColorNames::channels) {
         for (int param = 0; param < nbParams; ++param) {
-            params[param].add(channel, PiSocketType::Double, policies[param],
-                              PiSocketType::Single);
+            params[param].add(channel, PiSocketType::Double, policies[param], PiSocketType::Single);
         }
     }
 
@@ -249,9 +248,9 @@ void RemapColorEXRMode::describeInputs(PiToolPolicyDescriptor& descriptor)
     descriptor.requires_(Names::modeName, mode, PiSocketType::Single);
 }
 
-PxStrongHndl<> RemapColorEXRMode::createModeProcNode(
-    RCShdPtr<PiNode> const& node, PiInputNodeBuilder& builder,
-    PxNodePtr<PxImageProtocol const> const& source)
+PxStrongHndl<> RemapColorEXRMode::createModeProcNode(RCShdPtr<PiNode> const& node,
+                                                     PiInputNodeBuilder& builder,
+                                                     PxNodePtr<PxImageProtocol const> const& source)
 {
     RemapColorParamNodes::Handles valueNodes;
     auto const inputs = castShared<PiStructuredInput>(node->findInput(Names::modeName, true));

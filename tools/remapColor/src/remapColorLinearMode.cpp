@@ -82,12 +82,11 @@ bool countsAsOne(float gamma)
 
 bool countsAsAbsent(float gamma)
 {
-    return gamma > 0.0F ? gamma <= gammaIsAbsentTolerance
-                        : gamma + gammaIsAbsentTolerance >= 0.0F;
+    return gamma > 0.0F ? gamma <= gammaIsAbsentTolerance : gamma + gammaIsAbsentTolerance >= 0.0F;
 }
 
-// Which steps a pixel goes through besides the levels line and the adjusted curves. The signed power
-// comes before the curves, the clamp after them.
+// Which steps a pixel goes through besides the levels line and the adjusted curves. The signed
+// power comes before the curves, the clamp after them.
 struct LinearFunction {
     static constexpr bool appliesGamma = false;
     static constexpr bool clamps = false;
@@ -196,7 +195,10 @@ public:
     }
     ~LinearLoop() override = default;
 
-    void processRow(Row row, SourceRow sourceRow) override { transferRow<Function>(row, sourceRow); }
+    void processRow(Row row, SourceRow sourceRow) override
+    {
+        transferRow<Function>(row, sourceRow);
+    }
     Pixel processPixel(Pixel const& in) override { return transferPixel<Function>(in); }
 };
 
@@ -278,9 +280,8 @@ private:
         request.clamp = readValue(clamp, time, validity) ? ClampOutput::Yes : ClampOutput::No;
         auto const params = values.read(time, validity);
         auto const& gammas = params[4];
-        request.gamma = std::all_of(gammas.begin(), gammas.end(), countsAsOne)
-                            ? ApplyGamma::No
-                            : ApplyGamma::Yes;
+        request.gamma = std::all_of(gammas.begin(), gammas.end(), countsAsOne) ? ApplyGamma::No
+                                                                               : ApplyGamma::Yes;
         request.process.setAdjustedCurves(createAdjustedCurveScanline(time, validity));
         for (int channel = 0; channel < nbChannels; ++channel) {
             request.process.setChannel(channel, params[0][channel], params[1][channel],
@@ -339,9 +340,9 @@ void RemapColorLinearMode::describeInputs(PiToolPolicyDescriptor& descriptor)
     descriptor.requires_(Names::modeName, mode, PiSocketType::Single);
 }
 
-PxStrongHndl<> RemapColorLinearMode::createModeProcNode(
-    RCShdPtr<PiNode> const& node, PiInputNodeBuilder& builder,
-    PxNodePtr<PxImageProtocol const> const& source)
+PxStrongHndl<>
+RemapColorLinearMode::createModeProcNode(RCShdPtr<PiNode> const& node, PiInputNodeBuilder& builder,
+                                         PxNodePtr<PxImageProtocol const> const& source)
 {
     RemapColorParamNodes::Handles valueNodes;
     auto const inputs = castShared<PiStructuredInput>(node->findInput(Names::modeName, true));

@@ -72,17 +72,18 @@ PxImageFormat RemapColorNodeUtils::computeOutputFormat(
     PxTimeContext const start(0.0);
     PxImageFormat const sourceFormat = source->getImageFormat();
     IxPixelFormat const& sourcePixels = sourceFormat.getPixelFormat();
-    IxPixelFormat::Depth const depth = chooseDepth(outputDepth->evaluate(start).getValue(),
-                                                   sourcePixels.getDepth(), abortLine);
+    IxPixelFormat::Depth const depth =
+        chooseDepth(outputDepth->evaluate(start).getValue(), sourcePixels.getDepth(), abortLine);
     constexpr bool isPremultiplied = false;
     return {IxPixelFormat(sourcePixels.getComponents(), depth, sourcePixels.getAspectRatio(),
                           isPremultiplied),
             sourceFormat.getFrameRate()};
 }
 
-RemapColorController::AdjustedCurveScanline::AdjustedCurveScanline(
-    bool isEnabled, RCShdPtr<BzFunctionCurve>& red, RCShdPtr<BzFunctionCurve>& green,
-    RCShdPtr<BzFunctionCurve>& blue)
+RemapColorController::AdjustedCurveScanline::AdjustedCurveScanline(bool isEnabled,
+                                                                   RCShdPtr<BzFunctionCurve>& red,
+                                                                   RCShdPtr<BzFunctionCurve>& green,
+                                                                   RCShdPtr<BzFunctionCurve>& blue)
     : enabled(isEnabled)
 {
     SampledCurve sampledRed = sampleCurve(red);
@@ -99,8 +100,8 @@ RemapColorController::AdjustedCurveScanline::AdjustedCurveScanline(
 
 RemapColorController::AdjustedCurveScanline::~AdjustedCurveScanline() noexcept(false) = default;
 
-CoRgbaColorTyped<float> RemapColorController::AdjustedCurveScanline::processPixel(
-    CoRgbaColorTyped<float> const& in) const
+CoRgbaColorTyped<float>
+RemapColorController::AdjustedCurveScanline::processPixel(CoRgbaColorTyped<float> const& in) const
 {
     if (!enabled) {
         return in;
@@ -120,9 +121,9 @@ void RemapColorController::AdjustedCurveScanline::processRow(PiPixelLoopOneSourc
     }
 }
 
-RemapColorController::ModeProcNode::ModeProcNode(Init const& init,
-                                                 PxNodePtr<PxImageProtocol const> const& imageSource,
-                                                 PiInputNodeBuilder& builder)
+RemapColorController::ModeProcNode::ModeProcNode(
+    Init const& init, PxNodePtr<PxImageProtocol const> const& imageSource,
+    PiInputNodeBuilder& builder)
     : PxNode(init), PxImageNode(init, imageSource), source(imageSource),
       outputDepth(castNode<PxAnimValueProtocol<int> const>(
           builder.getInputNode(RemapColorNames::outputDepth))),
@@ -132,8 +133,8 @@ RemapColorController::ModeProcNode::ModeProcNode(Init const& init,
           builder.getInputNode(getCurveName(RemapColorTool::Green)))),
       blueCurve(castNode<PxShape2dProtocol const>(
           builder.getInputNode(getCurveName(RemapColorTool::Blue)))),
-      adjust(castNode<PxAnimValueProtocol<bool> const>(
-          builder.getInputNode(RemapColorNames::adjust)))
+      adjust(
+          castNode<PxAnimValueProtocol<bool> const>(builder.getInputNode(RemapColorNames::adjust)))
 {
 }
 

@@ -12,7 +12,8 @@
 class RemapColorParamNodes {
 public:
     template <typename T>
-    using PerParam = std::array<std::array<T, RemapColorNames::nbChannels>, RemapColorNames::nbParams>;
+    using PerParam =
+        std::array<std::array<T, RemapColorNames::nbChannels>, RemapColorNames::nbParams>;
 
     using Handles = PerParam<PxStrongHndl<>>;
     using Values = PerParam<float>;

@@ -68,8 +68,8 @@ TEST_F(ProjectTest, EveryKindOfValueSurvives)
 
 TEST_F(ProjectTest, LeftOutValuesAreDefaults)
 {
-    RCShdPtr<HostNode> const loaded = graph->loadNode(
-        node->getTool(), readProject(project(R"("Mode": "EXRDisplay")"), *node));
+    RCShdPtr<HostNode> const loaded =
+        graph->loadNode(node->getTool(), readProject(project(R"("Mode": "EXRDisplay")"), *node));
     node->setValues({{"Mode", Animated<int>(1)}});
     EXPECT_EQ(writeProject(*node), writeProject(*loaded));
 }

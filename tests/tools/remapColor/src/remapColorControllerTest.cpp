@@ -117,6 +117,8 @@ struct RemapColorControllerTest : ::testing::Test {
         return states;
     }
 
+    void reset() { castStrong<PiToolInterface>(node.getController().lock())->reset(); }
+
     ToolBench bench;
     HostNode& node = bench.getNode();
     HostGraph& graph = *castShared<HostGraph>(node.getGraph());
@@ -186,7 +188,7 @@ TEST_F(RemapColorControllerTest, ResetRestoresAllAndIsAnUndoableStepOfTheCurvesA
     controller.setOutputPlotColor({1, 2, 3});
     editor.take();
     auto const nbSteps = history.getNbCommands();
-    castStrong<PiToolInterface>(node.getController().lock())->reset();
+    reset();
     EXPECT_EQ(editor.take(), toldByReset);
     EXPECT_EQ(getStates(), defaults);
     EXPECT_EQ(controller.getOutputPlotColor(), Colour());
@@ -196,6 +198,23 @@ TEST_F(RemapColorControllerTest, ResetRestoresAllAndIsAnUndoableStepOfTheCurvesA
     EXPECT_EQ(getStates(), undone);
     history.redo();
     EXPECT_EQ(getStates(), defaults);
+}
+
+TEST_F(RemapColorControllerTest, ResetJoinsAnOpenCommandWithoutThePlotColour)
+{
+    for (auto const& [name, state] : getStates()) {
+        node.setValues({{name, change(state)}});
+    }
+    NodeValues undone = getStates();
+    undone.at("Plot Color") = Vector<double>{0, 0, 0};
+    undone.at("Plot Color Enabled") = Animated<bool>(false);
+    {
+        PiUndoGuard const guard(node.getGraph()->getCommandStack(), "Host", PiExecParam());
+        reset();
+    }
+    EXPECT_EQ(history.getUndoLabel(), "Host");
+    history.undo();
+    EXPECT_EQ(getStates(), undone);
 }
 
 TEST_F(RemapColorControllerTest, PlotColoursAndViewLeaveNoUndoRecord)
@@ -212,7 +231,7 @@ TEST_F(RemapColorControllerTest, PlotColoursAndViewLeaveNoUndoRecord)
             controller.removeOutputPlotColorChangedCallback(handler);
         }
         controller.removePlotColorChangedCallback(&editor.plot);
-        controller.setPlotColor({1, 0.5F, 0.1F});
+        controller.setPlotColor({1, 0.5F, 0.2F});
         controller.setOutputPlotColor({2, 3, 4});
         controller.setOutputPlotColor({2, 3, 4});
         controller.removeOutputPlotColorChangedCallback(&editor.output);
@@ -221,7 +240,7 @@ TEST_F(RemapColorControllerTest, PlotColoursAndViewLeaveNoUndoRecord)
     EXPECT_EQ(history.getNbCommands(), nbSteps);
     EXPECT_EQ(editor.take(), (Journal{"plot 1 0.5 0.1", "output 2 3 4", "output 2 3 4"}));
     EXPECT_TRUE(controller.isPlotColorEnabled());
-    EXPECT_EQ(*node.getValue("Plot Color")->getState(), ValueState(Vector<double>{1, 0.5, 0.1F}));
+    EXPECT_EQ(*node.getValue("Plot Color")->getState(), ValueState(Vector<double>{1, 0.5, 0.2F}));
     EXPECT_EQ(controller.getViewPan(), (GeVector2<float>{1, 2}));
     EXPECT_EQ(controller.getViewZoom(), (GeVector2<float>{3, 4}));
 }

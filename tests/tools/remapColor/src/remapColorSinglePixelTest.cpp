@@ -192,6 +192,8 @@ TEST_P(RemapColorLostPickTest, CallsNobodyAfterTheControllersDeath)
     loseNode();
     EXPECT_TRUE(weak.isExpired());
     EXPECT_EQ(collector.getNbDispatchers(), 0);
+    gate->passes.release(2);
+    processEventsUntil([&] { return gate->getNbReferences() == 1; }); // all requests are gone
     finishRequests();
     EXPECT_EQ(collector.numbers, Numbers());
 }
@@ -202,9 +204,11 @@ INSTANTIATE_TEST_SUITE_P(InOrBehind, RemapColorLostPickTest,
 TEST_F(RemapColorSinglePixelTest, PickBeforeThereIsAChainIsReportedOnce)
 {
     auto const other = graph->createNode(node->getTool());
-    getController(*other).processSinglePixel(PxTimeContext(0.0), {});
+    getController(*other).addSinglePixelProcessCallback(&collector);
+    shown->processSinglePixel(PxTimeContext(0.0), {});
     ASSERT_TRUE(events.waitForEvents(longestWait));
     finishRequests();
+    EXPECT_EQ(collector.numbers, Numbers());
     EXPECT_EQ(events.takeFailures(),
               Journal{"RemapColorController::SinglePixelProc: Null pointer: (anonymous namespace)"
                       "::RemapColorNode"});
