@@ -1,4 +1,7 @@
 // The way of a picture: read, process, write, all at once.
+//
+// The workers are plain threads under locks that the thread sanitizer sees through; a scheduler
+// that is not instrumented would hide from it the very hand-overs that matter here.
 
 #include "runtime/engine/RenderEngine.h"
 
@@ -7,121 +10,136 @@
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
-#include <cstddef>
 #include <exception>
-#include <memory>
 #include <mutex>
+#include <system_error>
+#include <thread>
 #include <vector>
-
-#include <oneapi/tbb/global_control.h>
-#include <oneapi/tbb/parallel_pipeline.h>
-#include <oneapi/tbb/task_arena.h>
 
 namespace {
 
 /// Setting a chain up costs some tens of microseconds: what a few thousand pixels cost.
 constexpr int wantedStripPixels = 1 << 18;
-/// Strips beyond those being processed: one being read and one being written.
-constexpr int stripsUnderTransport = 2;
 constexpr std::chrono::milliseconds longestWait{50};
 
-/// Makes what one thread wrote visible to the next one. The scheduler does that too; this says it
-/// where the thread sanitizer, which cannot see into the scheduler, can see it.
-class Handover {
-public:
-    Handover() { counter().load(std::memory_order_acquire); }
-    ~Handover() { counter().fetch_add(1, std::memory_order_release); }
-    Handover(Handover const&) = delete;
-    Handover& operator=(Handover const&) = delete;
-
-private:
-    static std::atomic<unsigned>& counter()
-    {
-        static std::atomic<unsigned> handovers = 0;
-        return handovers;
-    }
+/// A strip on its way; its buffers are used again for the next one.
+struct Strip {
+    ImageStrip image;
+    GeRectangle<int> bounds;
+    IxTile result;
+    int index = 0;
 };
 
-/// Offers a strip to the chain for a scope: also when the chain throws, so that the next render
-/// through the same chain does not meet this one's pixels.
-class OfferedStrip {
+/// Makes a strip the start of the chain for a scope, however the scope ends.
+class DeliveredStrip {
 public:
-    OfferedStrip(SourceImageNode& startNode, IxTile const& strip)
-        : sourceNode(startNode), bounds(strip.getBounds())
+    DeliveredStrip(SourceImageNode& startNode, IxTile const& tile)
+        : sourceNode(startNode), bounds(tile.getBounds())
     {
-        sourceNode.addStrip(strip);
+        sourceNode.addStrip(tile);
     }
-    ~OfferedStrip() { sourceNode.removeStrip(bounds); }
-    OfferedStrip(OfferedStrip const&) = delete;
-    OfferedStrip& operator=(OfferedStrip const&) = delete;
+    DeliveredStrip(DeliveredStrip const&) = delete;
+    DeliveredStrip& operator=(DeliveredStrip const&) = delete;
+    ~DeliveredStrip() { sourceNode.removeStrip(bounds); }
 
 private:
     SourceImageNode& sourceNode;
     GeRectangle<int> bounds;
 };
 
-/// A strip on its way; used again for later ones.
-struct Strip {
-    ImageStrip image;
-    GeRectangle<int> bounds;
-    IxTile result;
-};
-
-/// One picture's run through the pipeline. The caller makes it and waits; workers do the rest.
+/// One picture's run. Every worker takes strips all the way: it reads the next one when no other
+/// worker reads, processes it, and writes it when all before it are written. So workers are at
+/// different stages at the same time, and there are never more strips on the way than workers.
 class Render {
 public:
     Render(PxImageProtocol const& outputNode, SourceImageNode& startNode, ImageSource& imageSource,
            ImageSink& imageSink, RenderOptions const& renderOptions)
         : chain(outputNode), sourceNode(startNode), source(imageSource), sink(imageSink),
           options(renderOptions), stripRows(chooseStripRows(imageSource)),
-          nbRows(imageSource.getInfo().dataWindow.getHeight()),
-          strips(static_cast<std::size_t>(renderOptions.threads + stripsUnderTransport))
+          nbRows(imageSource.getInfo().dataWindow.getHeight())
     {
-        for (Strip& strip : strips) {
-            freeStrips.push_back(&strip);
-        }
-    }
-
-    /// On a worker.
-    void run() noexcept
-    {
-        try {
-            using oneapi::tbb::filter_mode;
-            oneapi::tbb::parallel_pipeline(
-                strips.size(),
-                oneapi::tbb::make_filter<void, Strip*>(
-                    filter_mode::serial_in_order,
-                    [this](oneapi::tbb::flow_control& flow) { return read(flow); }) &
-                    oneapi::tbb::make_filter<Strip*, Strip*>(
-                        filter_mode::parallel, [this](Strip* strip) { return process(strip); }) &
-                    oneapi::tbb::make_filter<Strip*, void>(filter_mode::serial_in_order,
-                                                           [this](Strip* strip) { write(strip); }));
-        } catch (...) {
-            failure = std::current_exception();
-        }
-        std::lock_guard const lock(mutex);
-        isFinished = true;
-        finished.notify_all();
     }
 
     /// On the caller's thread: until everything is written or something has failed.
-    void wait()
+    void run()
     {
-        std::unique_lock lock(mutex);
-        while (!isFinished) {
-            finished.wait_for(lock, longestWait, [this] { return isFinished; });
-            if (options.progress) {
-                lock.unlock();
-                options.progress(nbRows == 0 ? 1.0 : static_cast<double>(rowsWritten) / nbRows);
-                lock.lock();
-            }
+        std::vector<std::jthread> workers;
+        nbWorking = options.threads;
+        for (int worker = 0; worker < options.threads; ++worker) {
+            startWorker(workers);
         }
+        waitForWorkers();
+        workers.clear();
         if (failure) {
             std::rethrow_exception(failure);
         }
     }
 
 private:
+    /// One worker is enough to go on when there is no thread for another.
+    void startWorker(std::vector<std::jthread>& workers)
+    {
+        try {
+            workers.emplace_back([this] { work(); });
+        } catch (std::system_error const&) {
+            if (workers.empty()) {
+                throw;
+            }
+            finishWorker();
+        }
+    }
+
+    void waitForWorkers()
+    {
+        std::unique_lock lock(writeMutex);
+        while (nbWorking > 0) {
+            written.wait_for(lock, longestWait, [this] { return nbWorking == 0; });
+            if (options.progress) {
+                double const share = nbRows == 0 ? 1.0 : static_cast<double>(rowsWritten) / nbRows;
+                lock.unlock();
+                options.progress(share);
+                lock.lock();
+            }
+        }
+    }
+
+    void work() noexcept
+    {
+        PxWorkerScope const worker;
+        try {
+            Strip strip;
+            while (read(strip)) {
+                process(strip);
+                write(strip);
+            }
+        } catch (...) {
+            fail();
+        }
+        finishWorker();
+    }
+
+    void fail()
+    {
+        std::lock_guard const lock(writeMutex);
+        if (!failure) {
+            failure = std::current_exception();
+        }
+        written.notify_all();
+    }
+
+    void finishWorker()
+    {
+        std::lock_guard const lock(writeMutex);
+        --nbWorking;
+        written.notify_all();
+    }
+
+    bool hasFailed()
+    {
+        std::lock_guard const lock(writeMutex);
+        return failure != nullptr;
+    }
+
     void checkCancelled() const
     {
         if (options.cancelled != nullptr && *options.cancelled) {
@@ -129,49 +147,45 @@ private:
         }
     }
 
-    Strip* read(oneapi::tbb::flow_control& flow)
+    /// The next strip of the picture; false when there is none or another worker has failed.
+    bool read(Strip& strip)
     {
-        Handover const handover;
+        std::lock_guard const lock(readMutex);
         checkCancelled();
-        if (rowsRead == nbRows) {
-            flow.stop();
-            return nullptr;
+        if (rowsRead == nbRows || hasFailed()) {
+            return false;
         }
-        Strip* const strip = takeFreeStrip();
-        strip->bounds = source.getStripBounds(nextStrip++, stripRows);
-        rowsRead += strip->bounds.getHeight();
-        source.readStrip(strip->bounds, strip->image);
-        return strip;
+        strip.index = nextStrip++;
+        strip.bounds = source.getStripBounds(strip.index, stripRows);
+        rowsRead += strip.bounds.getHeight();
+        source.readStrip(strip.bounds, strip.image);
+        return true;
     }
 
-    Strip* process(Strip* strip)
+    void process(Strip& strip)
     {
-        Handover const handover;
-        PxWorkerScope const worker;
-        OfferedStrip const offered(sourceNode, strip->image.colour);
-        PxImageContext const context(options.time, strip->bounds);
-        strip->result = chain.computeImage(context).getTileGuard().getTile();
-        return strip;
+        DeliveredStrip const delivered(sourceNode, strip.image.colour);
+        PxImageContext const context(options.time, strip.bounds);
+        strip.result = chain.computeImage(context).getTileGuard().getTile();
     }
 
-    void write(Strip* strip)
+    /// Waits for the strip's turn. Nothing is written after a failure.
+    void write(Strip& strip)
     {
-        Handover const handover;
+        std::unique_lock lock(writeMutex);
+        written.wait(lock, [&] { return nextToWrite == strip.index || failure != nullptr; });
+        if (failure) {
+            return;
+        }
+        lock.unlock();
+        // Only the worker whose turn it is gets here.
         checkCancelled();
-        sink.writeStrip(strip->result, strip->image);
-        rowsWritten += strip->bounds.getHeight();
-        strip->result = IxTile();
-        std::lock_guard const lock(mutex);
-        freeStrips.push_back(strip);
-    }
-
-    /// The pipeline lets no more strips in than there are.
-    Strip* takeFreeStrip()
-    {
-        std::lock_guard const lock(mutex);
-        Strip* const strip = freeStrips.back();
-        freeStrips.pop_back();
-        return strip;
+        sink.writeStrip(strip.result, strip.image);
+        strip.result = IxTile();
+        lock.lock();
+        rowsWritten += strip.bounds.getHeight();
+        ++nextToWrite;
+        written.notify_all();
     }
 
     PxImageProtocol const& chain;
@@ -181,16 +195,17 @@ private:
     RenderOptions const& options;
     int const stripRows;
     int const nbRows;
-    int nextStrip = 0; // of the reading stage
-    int rowsRead = 0;  // of the reading stage
-    std::atomic<int> rowsWritten = 0;
-    std::exception_ptr failure; // written before isFinished
 
-    std::vector<Strip> strips;
-    std::mutex mutex;
-    std::vector<Strip*> freeStrips; // locked by mutex
-    bool isFinished = false;        // locked by mutex
-    std::condition_variable finished;
+    std::mutex readMutex;
+    int nextStrip = 0; // locked by readMutex
+    int rowsRead = 0;  // locked by readMutex
+
+    std::mutex writeMutex; // taken after readMutex, if both
+    std::condition_variable written;
+    int nextToWrite = 0;        // locked by writeMutex
+    int rowsWritten = 0;        // locked by writeMutex
+    int nbWorking = 0;          // locked by writeMutex once workers run
+    std::exception_ptr failure; // locked by writeMutex while workers run
 };
 
 } // namespace
@@ -207,18 +222,6 @@ int chooseStripRows(ImageSource const& source)
 void renderImage(PxImageProtocol const& chain, SourceImageNode& sourceNode, ImageSource& source,
                  ImageSink& sink, RenderOptions const& options)
 {
-    // The caller's thread is no worker, so the scheduler needs one thread more.
-    oneapi::tbb::global_control const limit(oneapi::tbb::global_control::max_allowed_parallelism,
-                                            static_cast<std::size_t>(options.threads) + 1);
-    oneapi::tbb::task_arena arena(options.threads, 0);
-    Render render(chain, sourceNode, source, sink, options);
-    {
-        Handover const handover;
-    }
-    arena.enqueue([&render] {
-        Handover const handover;
-        render.run();
-    });
-    render.wait();
+    Render(chain, sourceNode, source, sink, options).run();
     sink.finish();
 }

@@ -25,10 +25,10 @@ struct RenderOptions {
 class RenderCancelled {};
 
 /// Sends a picture from `source` through `chain` to `sink`, strip by strip: reading, processing and
-/// writing overlap, and a fixed number of strips is on the way, so memory grows with the picture's
-/// width and the number of threads, not with its height. Strips are read and written in the
-/// source's order, one at a time; the chain is evaluated on worker threads, several strips at once.
-/// The pixels do not depend on the number of threads or the size of strips.
+/// writing overlap, and there are never more strips on the way than workers, so memory grows with
+/// the picture's width and the number of threads, not with its height. Strips are read and written
+/// in the source's order, one at a time; the chain is evaluated on worker threads, several strips
+/// at once. The pixels do not depend on the number of threads or the size of strips.
 ///
 /// `sourceNode` is the start of `chain`. The caller's thread waits; it is no worker. Throws what
 /// reading, the chain and writing throw, and RenderCancelled; `sink` is then not finished.
