@@ -84,7 +84,7 @@ TEST_F(RenderEngineTest, StripsAreWrittenInTheSourcesOrder)
     }
 }
 
-TEST_F(RenderEngineTest, FewStripsAreOnTheWayAtOnce)
+TEST_F(RenderEngineTest, NoMoreStripsThanWorkersAreOnTheWay)
 {
     for (int const threads : {1, 3}) {
         options.threads = threads;
@@ -100,7 +100,7 @@ TEST_F(RenderEngineTest, FewStripsAreOnTheWayAtOnce)
             --onTheWay;
         };
         render();
-        EXPECT_LE(most, threads + 2);
+        EXPECT_LE(most, threads);
         EXPECT_EQ(onTheWay, 0);
     }
 }

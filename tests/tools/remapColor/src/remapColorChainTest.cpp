@@ -95,6 +95,7 @@ INSTANTIATE_TEST_SUITE_P(
                       ChannelCase{"span is target", display, {0, 0, 3.5F, 0, 2.2F}},
                       ChannelCase{"knee out of reach", display, {0, 0, 1, 0, 2.2F}},
                       ChannelCase{"knee reversed", display, {0, 0, 4, 9, 2.2F}},
+                      ChannelCase{"target below zero", display, {0, 0, 10, 9, 2.2F}},
                       ChannelCase{"brightest", display, {10, 0, 5, 0, 2.2F}},
                       ChannelCase{"darkest", display, {-10, 0, 5, 0, 2.2F}},
                       ChannelCase{"all defogged", display, {0, 1e30F, 5, 0, 2.2F}},
