@@ -17,6 +17,7 @@ constexpr char const* helpDescription = "Print this help";
 constexpr char const* programExamples =
     "Examples:\n"
     "  remapcolor render in.exr -o out.exr --mode EXRDisplay -s EXRDisplay.Exposure=1.5\n"
+    "  remapcolor pick in.exr 12,40 --mode EXRDisplay\n"
     "  remapcolor describe\n"
     "  remapcolor render --help\n"
     "\n"
@@ -30,8 +31,18 @@ constexpr char const* renderExamples =
     "      -s EXRDisplay.Exposure=1.5 -s \"EXRDisplay.Knee High=4\"\n"
     "  remapcolor render in.exr -o out.exr --curve \"rgb=0,0 0.5,0.65 1,1\"\n"
     "  remapcolor render in.exr -o out.exr -s \"Linear.Input Level.Max.Red=0.8\" -v\n"
+    "  remapcolor render in.exr -o out.exr -p look.json --mask matte.png --mix 0.5\n"
+    "  remapcolor render in.png -o out.exr --depth 16    (EXR holds no 8-bit channels)\n"
     "\n"
     "\"remapcolor describe\" lists all inputs with their ranges and defaults.";
+
+constexpr char const* pickExamples =
+    "Examples:\n"
+    "  remapcolor pick in.exr 12,40\n"
+    "  remapcolor pick in.exr 12,40 --mode EXRDisplay -s EXRDisplay.Exposure=1.5\n"
+    "  remapcolor pick in.exr -8,0 -p look.json -f 24 --json\n"
+    "\n"
+    "The values are those that \"remapcolor render --depth 32\" gives the pixel without --mask.";
 
 constexpr char const* describeExamples = "Examples:\n"
                                          "  remapcolor describe\n"
@@ -70,6 +81,7 @@ public:
         app.allow_extras();
         app.require_subcommand(0, 1);
         addRenderOptions(renderOptions, render);
+        addPickOptions(pickOptions, pick);
         addDescribeOptions(describeOptions, describe);
         addProjectOptions(projectOptions, project);
     }
@@ -89,6 +101,11 @@ public:
         if (describeOptions.isChosen()) {
             describeOptions.apply();
             return describe;
+        }
+        if (pickOptions.isChosen()) {
+            pickOptions.apply();
+            checkComplete(pick);
+            return pick;
         }
         if (projectOptions.isChosen()) {
             projectOptions.apply();
@@ -140,10 +157,13 @@ private:
 
     CLI::App app{"Remaps the colours of pictures: levels, gamma, exposure, knee, curves."};
     RenderRequest render;
+    PickRequest pick;
     DescribeRequest describe;
     ProjectRequest project;
     CommandOptions renderOptions{*addCommand("render", "Send a picture through the tool."),
                                  "remapcolor render INPUT -o OUTPUT [options]", renderExamples};
+    CommandOptions pickOptions{*addCommand("pick", "Send one pixel of a picture through the tool."),
+                               "remapcolor pick INPUT X,Y [options]", pickExamples};
     CommandOptions describeOptions{*addCommand("describe", "List the tool's inputs."),
                                    "remapcolor describe [options]", describeExamples};
     CommandOptions projectOptions{*addCommand("project", "Save values as a project."),

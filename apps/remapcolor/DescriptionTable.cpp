@@ -62,11 +62,11 @@ char const* nameType(PiSocketType const& type)
     Assertions::throwProgramAborted(__FILE__, __LINE__, "type.getCode()");
 }
 
-std::pair<char const*, char const*> nameStoredType(PiValueType const& type)
+std::pair<std::string, std::string> nameStoredType(PiValueType const& type)
 {
     switch (type.getCode()) {
     case PiValueType::Boolean: return {"switch", "true, false"};
-    case PiValueType::Double: return {"number", "any number"};
+    case PiValueType::Double: return {"number", describeRange(nullptr)};
     case PiValueType::Integer: return {"integer", "any whole number"};
     case PiValueType::DoubleArray: return {"numbers", "number,number,..."};
     }

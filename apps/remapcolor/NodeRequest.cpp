@@ -19,13 +19,18 @@ int parseDepth(std::string const& text)
     return chooseWord("--depth", depths, text);
 }
 
+/// What sets the value of that name.
+auto makeSetter(NodeRequest& request, char const* name)
+{
+    return [&request, name](std::string const& value) {
+        request.settings.push_back({ValueSetting::Form::Named, std::string(name) + "=" + value});
+    };
+}
+
 } // namespace
 
 void addNodeOptions(CommandOptions& options, NodeRequest& request)
 {
-    auto const set = [&request](std::string const& name, std::string const& value) {
-        request.settings.push_back({ValueSetting::Form::Named, name + "=" + value});
-    };
     options.addOption("-p,--project", "FILE.json", "Start from a saved project's values",
                       [&request](std::string const& text) { request.project = text; });
     options.addOption("-s,--set", "NAME=VALUE",
@@ -35,7 +40,7 @@ void addNodeOptions(CommandOptions& options, NodeRequest& request)
                           request.settings.push_back({ValueSetting::Form::Named, text});
                       });
     options.addOption("--mode", "MODE", "Linear or EXRDisplay; same as -s Mode=MODE",
-                      [set](std::string const& text) { set(ToolKeys::mode, text); });
+                      makeSetter(request, ToolKeys::mode));
     options.addOption("--curve", "CHANNELS=KEYS",
                       "Adjustment curve of red,green,blue or rgb. KEYS are\n"
                       "\"x,y x,y ...\" (smooth), or with handles\n"
@@ -44,9 +49,17 @@ void addNodeOptions(CommandOptions& options, NodeRequest& request)
                           request.settings.push_back({ValueSetting::Form::Curves, text});
                       });
     options.addFlag("--no-adjust", "Without adjustment curves; same as -s Adjust=false",
-                    [set] { set(ToolKeys::adjust, "false"); });
+                    [set = makeSetter(request, ToolKeys::adjust)] { set("false"); });
+    options.addOption("--mix", "X",
+                      "From 0, the source, to 1, the tool's result (default);\n"
+                      "same as -s Mix=X",
+                      makeSetter(request, ToolKeys::mix));
+}
+
+void addDepthOption(CommandOptions& options, NodeRequest& request)
+{
     options.addOption("--depth", "DEPTH", "Bits of a colour component: 8, 16, 32 or input",
-                      [set](std::string const& text) {
-                          set(ToolKeys::outputDepth, std::to_string(parseDepth(text)));
+                      [set = makeSetter(request, ToolKeys::outputDepth)](std::string const& text) {
+                          set(std::to_string(parseDepth(text)));
                       });
 }

@@ -17,3 +17,6 @@ struct NodeRequest {
 /// Adds the options that fill `request`; it lives longer than `options`. Their handlers throw
 /// UsageError.
 void addNodeOptions(CommandOptions& options, NodeRequest& request);
+
+/// The same for --depth, for commands whose result depends on it.
+void addDepthOption(CommandOptions& options, NodeRequest& request);

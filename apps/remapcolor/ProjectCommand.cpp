@@ -13,6 +13,7 @@ void addProjectOptions(CommandOptions& options, ProjectRequest& request)
     options.addOption("-o,--output", "OUT.json", "Project file to write",
                       [&request](std::string const& text) { request.output = text; });
     addNodeOptions(options, request.node);
+    addDepthOption(options, request.node);
 }
 
 void checkComplete(ProjectRequest const& request)

@@ -12,6 +12,7 @@
 #include "runtime/engine/RenderEngine.h"
 
 #include <filesystem>
+#include <optional>
 #include <system_error>
 
 namespace {
@@ -19,16 +20,24 @@ namespace {
 /// A node's way from a picture to a picture.
 struct Chain {
     PxNodePtr<SourceImageNode> start;
+    PxNodePtr<SourceImageNode> mask; ///< empty for none
     PxNodePtr<PxImageProtocol const> end;
 
     IxPixelFormat getPixelFormat() const { return end->getImageFormat().getPixelFormat(); }
 };
 
-Chain buildChain(HostNode& node, ImageInfo const& info)
+/// `maskInfo` is null for no mask.
+Chain buildChain(HostNode& node, ImageInfo const& info, ImageInfo const* maskInfo)
 {
-    auto const start = makeNode<SourceImageNode>(info);
-    auto const end = node.buildChain(PxNodePtr<PxImageProtocol const>(start));
-    return {start, castNode<PxImageProtocol const>(end)};
+    Chain chain;
+    chain.start = makeNode<SourceImageNode>(info);
+    if (maskInfo != nullptr) {
+        chain.mask = makeNode<SourceImageNode>(*maskInfo);
+    }
+    chain.end = castNode<PxImageProtocol const>(
+        node.buildChain(PxNodePtr<PxImageProtocol const>(chain.start),
+                        PxNodePtr<PxImageProtocol const>(chain.mask)));
+    return chain;
 }
 
 /// Depth of what the node makes of a float picture: known before the input is.
@@ -36,7 +45,7 @@ IxPixelFormat::Depth foreseeDepth(HostNode& node)
 {
     ImageInfo info;
     info.format = IxPixelFormat(IxPixelFormat::RGBA, IxPixelFormat::FLOAT32, Rational(1, 1), false);
-    return buildChain(node, info).getPixelFormat().getDepth();
+    return buildChain(node, info, nullptr).getPixelFormat().getDepth();
 }
 
 bool keepsInputDepth(HostNode const& node)
@@ -65,9 +74,15 @@ bool areSameFile(std::filesystem::path const& a, std::filesystem::path const& b)
 
 void checkFiles(RenderRequest const& request, IxPixelFormat::Depth depth)
 {
+    auto const refuse = [&request](char const* what) {
+        throw UsageError("the output " + quote(request.output.string()) + " is the " + what +
+                         " itself; choose another name");
+    };
     if (areSameFile(request.input, request.output)) {
-        throw UsageError("the output " + quote(request.output.string()) +
-                         " is the input itself; choose another name");
+        refuse("input");
+    }
+    if (request.mask.has_value() && areSameFile(*request.mask, request.output)) {
+        refuse("mask");
     }
     checkOutput(request.output, depth);
 }
@@ -79,12 +94,18 @@ void renderPicture(HostNode& node, RenderRequest const& request, int threads, Re
     ReadOptions readOptions;
     readOptions.layer = request.layer;
     auto const source = openImage(request.input, readOptions, note);
+    auto const mask = request.mask.has_value() ? openImage(*request.mask, {}, note) : nullptr;
     reporter.startPicture(request.input, request.output, source->getInfo(), threads);
 
-    Chain const chain = buildChain(node, source->getInfo());
+    Chain const chain =
+        buildChain(node, source->getInfo(), mask == nullptr ? nullptr : &mask->getInfo());
     auto const sink =
         createImage(request.output, *source, chain.getPixelFormat(), keepsInputDepth(node), note);
     RenderOptions options;
+    std::optional<MaskFeed> maskFeed;
+    if (mask != nullptr) {
+        options.mask = &maskFeed.emplace(*chain.mask, *mask);
+    }
     options.threads = threads;
     options.progress = [&reporter](double done) { reporter.showProgress(done); };
     options.cancelled = &StopSignals::getFlag();

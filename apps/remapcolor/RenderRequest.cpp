@@ -41,6 +41,11 @@ void addRenderOptions(CommandOptions& options, RenderRequest& request)
     options.addOption("-o,--output", "OUTPUT", "Picture to write; its extension says the format",
                       [&request](std::string const& text) { request.output = text; });
     addNodeOptions(options, request.node);
+    options.addOption("--mask", "FILE",
+                      "Blend source and result by this picture's alpha, or its\n"
+                      "first channel; times --mix",
+                      [&request](std::string const& text) { request.mask = text; });
+    addDepthOption(options, request.node);
     options.addOption("--layer", "NAME", "Process the channels NAME.R, NAME.G, NAME.B of the file",
                       [&request](std::string const& text) { request.layer = text; });
     options.addOption(

@@ -4,6 +4,7 @@
 #include "remapcolor/Reporter.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 /// What "render" is asked to do.
@@ -11,6 +12,7 @@ struct RenderRequest {
     std::filesystem::path input;
     std::filesystem::path output;
     NodeRequest node;
+    std::optional<std::filesystem::path> mask;
     std::string layer; ///< empty for the file's own channels
     int threads = 0;   ///< workers; 0 for as many as this process may use
     ProgressStyle progress = ProgressStyle::Auto;

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstdio>
 #include <nlohmann/json.hpp>
 #include <string_view>
 #include <unistd.h>
@@ -21,11 +20,16 @@ constexpr double secondsWithoutBar = 0.3; // a bar that only flashes up tells no
 constexpr double smallestStep = 0.01;     // share of the picture between two JSON lines
 constexpr int frame = 0;                  // of a single picture
 
+/// Not through C's stderr, which an image library may be kept away from meanwhile. In one piece, so
+/// that lines of several processes do not mix.
+void writeError(std::string_view text)
+{
+    static_cast<void>(!::write(STDERR_FILENO, text.data(), text.size()));
+}
+
 void writeLine(std::string const& line)
 {
-    // In one piece, so that lines of several processes do not mix.
-    std::string const whole = line + "\n";
-    static_cast<void>(std::fwrite(whole.data(), 1, whole.size(), stderr));
+    writeError(line + "\n");
 }
 
 void writeText(std::string const& text)
@@ -170,7 +174,7 @@ void Reporter::drawBar(double done)
     auto const filled = static_cast<std::size_t>(share * barWidth);
     std::string const bar = "\r[" + std::string(filled, '#') + std::string(barWidth - filled, '.') +
                             "] " + std::to_string(static_cast<int>(share * 100.0)) + " %";
-    static_cast<void>(std::fwrite(bar.data(), 1, bar.size(), stderr));
+    writeError(bar);
     isBarDrawn = true;
 }
 
@@ -178,8 +182,7 @@ void Reporter::clearBar()
 {
     if (isBarDrawn) {
         constexpr std::string_view toLineStartAndErase = "\r\033[K";
-        static_cast<void>(
-            std::fwrite(toLineStartAndErase.data(), 1, toLineStartAndErase.size(), stderr));
+        writeError(toLineStartAndErase);
         isBarDrawn = false;
     }
 }

@@ -11,6 +11,7 @@ inline constexpr char const* mode = "Mode";
 inline constexpr char const* adjust = "Adjust";
 inline constexpr char const* adjustCurve = "Adjust Curve"; ///< a curve per channel
 inline constexpr char const* outputDepth = "Output Depth";
+inline constexpr char const* mix = "Mix"; ///< the host's, for masking
 
 /// Choices of "Output Depth".
 inline constexpr int depth8 = 0;

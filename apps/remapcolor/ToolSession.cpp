@@ -23,3 +23,14 @@ RCShdPtr<HostNode> ToolSession::prepareNode(PiToolProtocol const& tool, NodeRequ
     graph->removeNode(created);
     return graph->loadNode(tool, saved);
 }
+
+RCShdPtr<ControllerLink> ToolSession::linkController()
+{
+    loader.find(controllerLinkFile);
+    auto const panel = makeShared<ControllerPanel>();
+    castStrong<PiUserInterface>(node->getController().lock())->createWidgetInstanceData(panel, {});
+    if (panel->getLink().isNull()) {
+        throw ToolLoadError(std::string(controllerLinkFile) + " does not belong to this tool");
+    }
+    return panel->getLink();
+}

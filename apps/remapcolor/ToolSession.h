@@ -1,5 +1,6 @@
 #pragma once
 
+#include "controllerLink/ControllerLink.h"
 #include "runtime/graph/HostGraph.h"
 #include "runtime/loader/ToolLoader.h"
 
@@ -14,6 +15,9 @@ public:
     explicit ToolSession(NodeRequest const& request);
 
     HostNode& getNode() const { return *node; }
+
+    /// Loads the link and gives the node controller's operations. Once. Throws ToolLoadError.
+    RCShdPtr<ControllerLink> linkController();
 
 private:
     RCShdPtr<HostNode> prepareNode(PiToolProtocol const& tool, NodeRequest const& request);

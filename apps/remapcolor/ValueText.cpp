@@ -239,22 +239,6 @@ std::string formatValue(HostValue const& value)
     return std::visit(Formatter{value}, *value.getState());
 }
 
-std::string describeRange(PiInputPolicy const* policy)
-{
-    // Tools write the integers' limits for "none".
-    constexpr double noBound = 2147483647.0;
-    auto const* const range = dynamic_cast<PiRangeInputPolicy<double> const*>(policy);
-    bool const hasMinimum = range != nullptr && range->getMinimum() > -noBound;
-    bool const hasMaximum = range != nullptr && range->getMaximum() < noBound;
-    if (hasMinimum && hasMaximum) {
-        return formatNumber(range->getMinimum()) + " to " + formatNumber(range->getMaximum());
-    }
-    if (hasMinimum) {
-        return formatNumber(range->getMinimum()) + " and above";
-    }
-    return hasMaximum ? formatNumber(range->getMaximum()) + " and below" : "any number";
-}
-
 std::string formatChoice(PiEnumPolicy::Pair const& choice)
 {
     return std::to_string(choice.first) + " " + quote(choice.second);

@@ -15,8 +15,5 @@ ValueState parseValue(HostValue const& value, std::string_view text);
 /// A constant or first key as a user would type it; a choice as its number and label.
 std::string formatValue(HostValue const& value);
 
-/// The numbers that an input without or with a range takes: "-10 to 10", "any number".
-std::string describeRange(PiInputPolicy const* policy);
-
 /// A choice as texts show it: `0 "Linear"`.
 std::string formatChoice(PiEnumPolicy::Pair const& choice);

@@ -3,6 +3,7 @@
 #include "remapcolor/CommandLine.h"
 #include "remapcolor/DescribeCommand.h"
 #include "remapcolor/Failures.h"
+#include "remapcolor/PickCommand.h"
 #include "remapcolor/RenderCommand.h"
 #include "remapcolor/Reporter.h"
 #include "remapcolor/StandardStreams.h"
@@ -18,6 +19,7 @@ struct Execution {
 
     void operator()(PrintRequest const& request) const { writeStandardOutput(request.text); }
     void operator()(DescribeRequest const& request) const { runDescribe(request); }
+    void operator()(PickRequest const& request) const { runPick(request, reporter); }
     void operator()(ProjectRequest const& request) const { runProject(request); }
     void operator()(RenderRequest const& request) const
     {

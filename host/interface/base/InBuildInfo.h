@@ -27,6 +27,7 @@ public:
 /// The builds that libraries have registered. User-interface thread.
 class InBuildInfoUtil {
 public:
+    /// Throws the null-pointer exception for an empty pointer.
     static void registerInfo(OPtr<InBuildInfo> info);
     static std::vector<std::unique_ptr<InBuildInfo>> const& getInfos();
 

@@ -25,6 +25,9 @@ bool contains(std::vector<InPackageInit*> const& list, InPackageInit const& pack
 
 void InBuildInfoUtil::registerInfo(OPtr<InBuildInfo> info)
 {
+    if (info.isNull()) {
+        RCExUtil::throwExNullPtr(typeid(InBuildInfo));
+    }
     buildInfos().emplace_back(info.release());
 }
 
@@ -63,9 +66,7 @@ void InPackageInit::setInteractive(bool) {}
 
 void InPackageInit::registerPackage()
 {
-    InPackageRegistry& registry = InPackageRegistry::getInstance();
-    Assertions::check(registry.find(name) == nullptr, "registry.find(name) == nullptr");
-    registry.packages.push_back(this);
+    InPackageRegistry::getInstance().packages.push_back(this);
 }
 
 void InPackageInit::addDependency(std::type_info const* packageType)
@@ -84,6 +85,11 @@ void InPackageRegistry::startPackages(bool interactive)
     std::vector<InPackageInit*> const announced = packages;
     std::vector<InPackageInit*> underWay;
     for (InPackageInit* const package : announced) {
+        bool const isFirstOfItsName = find(package->getName()) == package;
+        if (!isFirstOfItsName) {
+            std::erase(packages, package); // its library may stay loaded
+        }
+        Assertions::check(isFirstOfItsName, "find(package->getName()) == package");
         start(*package, interactive, underWay);
     }
 }

@@ -35,7 +35,8 @@ public:
     /// Whether the process has a user in front of it; called once before startUp.
     virtual void setInteractive(bool interactive);
 
-    /// Announces the package to the host. Throws the assertion failure for a name that is taken.
+    /// Announces the package to the host. Never fails: it runs while a library is being loaded. A
+    /// package whose name is taken is refused when it is to be started.
     void registerPackage();
 
     /// The package with that type record is started before this one.
@@ -56,6 +57,9 @@ public:
     explicit InInit(std::string packageName);
 
     static std::type_info const& getType();
+
+    /// Lets go of what other packages have registered with this one: they are all shut down.
+    void shutDown() override;
 };
 
 template <typename Tag>
@@ -70,6 +74,11 @@ std::type_info const& InInit<Tag>::getType()
     return typeid(InInit);
 }
 
+template <typename Tag>
+void InInit<Tag>::shutDown()
+{
+}
+
 /// Tags of the host's own packages.
 namespace VxInit {
 struct base;
@@ -79,6 +88,12 @@ struct internalAPI;
 struct framework;
 struct resmgt;
 } // namespace VxInit
+
+// These keep what plug-ins register: builds and tools.
+template <>
+void InInit<VxInit::base>::shutDown();
+template <>
+void InInit<VxInit::pluginAPI>::shutDown();
 
 // Each lies in the library of its name: whoever depends on the package needs the library.
 extern template class InInit<VxInit::base>;
@@ -94,14 +109,14 @@ public:
     static InPackageRegistry& getInstance();
 
     /// Starts every package that is not running, dependencies first. Throws the assertion failure
-    /// for a missing dependency or a cycle, and what a package's start-up throws; packages started
-    /// before that keep running.
+    /// for a name that is taken (that package is forgotten), a missing dependency or a cycle, and
+    /// what a package's start-up throws; packages started before that keep running.
     void startPackages(bool interactive);
 
     /// Shuts the running packages down, last started first.
     void shutDownPackages();
 
-    /// The package of that name; null when there is none.
+    /// The first package of that name; null when there is none.
     InPackageInit* find(std::string const& packageName) const;
     bool isRunning(InPackageInit const& package) const;
 

@@ -17,12 +17,13 @@ public:
     /// The node was restored: its values are those of the project.
     virtual void nodeLoaded();
 
-    /// The controller's node; empty before it is attached.
+    /// The controller's node; empty before it is attached and after the node has gone.
     RCShdPtr<PiNode> getNode() const;
 
-    /// The host's side: ties the controller to the node that owns it.
+    /// The host's side: ties the controller to the node that owns it, until that goes.
     void attach(PiNode& owner) { node = &owner; }
+    void detach() { node = nullptr; }
 
 private:
-    PiNode* node = nullptr; // The node owns the controller, so it lives longer.
+    PiNode* node = nullptr; // The node detaches its controller before it goes.
 };

@@ -41,7 +41,7 @@ public:
         Descriptor descriptor(&hostRecord);
         describe(descriptor);
         if (!policies.isSet()) {
-            copyFromDescriptor(descriptor);
+            keep(descriptor);
         }
     }
 
@@ -59,11 +59,22 @@ protected:
         if (!policies.isSet()) {
             Descriptor descriptor(nullptr);
             describe(descriptor);
-            copyFromDescriptor(descriptor);
+            keep(descriptor);
         }
     }
 
 private:
+    /// A description that is refused leaves the tool undescribed: the next question fails too.
+    void keep(Descriptor& descriptor) const
+    {
+        try {
+            copyFromDescriptor(descriptor);
+        } catch (...) {
+            policies = {};
+            throw;
+        }
+    }
+
     mutable std::string primaryInput;
     mutable Iterator<PiToolPolicyDescriptor::PolicyEntry> policies;
 };

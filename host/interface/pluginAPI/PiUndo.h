@@ -15,7 +15,8 @@ public:
     /// join it, and its label stays.
     virtual void beginCommand(std::string const& label) = 0;
 
-    /// Closes the command. One in which nothing changed leaves no step.
+    /// Closes the command. One in which nothing changed leaves no step. Throws the assertion
+    /// failure if none is open.
     virtual void endCommand() = 0;
 };
 

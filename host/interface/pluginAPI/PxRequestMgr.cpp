@@ -76,6 +76,7 @@ PxRequestMgr::PxRequestMgr()
 PxRequestMgr::~PxRequestMgr()
 {
     shutDown();
+    records.clear();
 }
 
 bool PxRequestMgr::isWorkerThreadCurrent() const
@@ -168,12 +169,12 @@ void PxRequestMgr::shutDown()
     }
     workers.clear();
 
-    decltype(records) remaining; // dies after the lock has gone
     std::lock_guard const lock(mutex);
     isStopping = false;
+    for (auto const& [place, request] : queue) {
+        setState(*request, State::Cancelled);
+    }
     queue.clear();
-    remaining.swap(records);
-    stateChanged.notify_all();
 }
 
 void PxRequestMgr::setFailureReporter(FailureReporter reporter)

@@ -38,7 +38,8 @@ public:
 /// Ownership: the manager owns a request from `submit` on; the submitter may use it until it calls
 /// `release`. Requests die on the user-interface thread only: within `release`, or, if it runs at
 /// that moment, by an event that is posted when it has finished (whether that event is processed or
-/// discarded). What is never released dies in `shutDown`.
+/// discarded). What is never released dies with the manager, so that the pointer of a submitter who
+/// lives on names the same request, dead or alive, until it is given back.
 ///
 /// Failures: what a request's step throws is kept for PxRequest::getFailure and reported once, by
 /// an event, on the user-interface thread.
@@ -48,8 +49,8 @@ public:
 /// does not know (any more) is ignored by cancel, release and wait. No lock is held while a request
 /// runs or is destroyed or a reporter is called.
 ///
-/// The destructor, at the end of the process, is `shutDown`: it waits for the requests that run
-/// then, and only for these.
+/// The destructor, at the end of the process, begins with `shutDown`: it waits for the requests
+/// that run then, and only for these.
 class PxRequestMgr {
 public:
     using FailureReporter = std::function<void(std::string const& text)>;
@@ -80,9 +81,9 @@ public:
     /// thread.
     bool isWorkerThreadCurrent() const;
 
-    /// Waits for the requests that run now, ends the worker threads and destroys every request that
-    /// the manager owns; queued ones never run. Released requests that wait in the event queue go
-    /// when that is processed or discarded. A later submit starts anew.
+    /// Waits for the requests that run now, ends the worker threads and cancels what is queued.
+    /// Requests stay until they are released; released ones that wait in the event queue go when
+    /// that is processed or discarded. A later submit starts anew.
     void shutDown();
 
     /// From now on failures of requests go to `reporter`; an empty one hands them to the event

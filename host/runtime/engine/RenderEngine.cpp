@@ -12,6 +12,7 @@
 #include <condition_variable>
 #include <exception>
 #include <mutex>
+#include <optional>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -25,6 +26,7 @@ constexpr std::chrono::milliseconds longestWait{50};
 /// A strip on its way; its buffers are used again for the next one.
 struct Strip {
     ImageStrip image;
+    IxTile mask; // null where there is none
     GeRectangle<int> bounds;
     IxTile result;
     int index = 0;
@@ -159,12 +161,19 @@ private:
         strip.bounds = source.getStripBounds(strip.index, stripRows);
         rowsRead += strip.bounds.getHeight();
         source.readStrip(strip.bounds, strip.image);
+        if (options.mask != nullptr) {
+            strip.mask = options.mask->read(strip.bounds);
+        }
         return true;
     }
 
     void process(Strip& strip)
     {
         DeliveredStrip const delivered(sourceNode, strip.image.colour);
+        std::optional<DeliveredStrip> deliveredMask;
+        if (!strip.mask.isNull()) {
+            deliveredMask.emplace(options.mask->getNode(), strip.mask);
+        }
         PxImageContext const context(options.time, strip.bounds);
         strip.result = chain.computeImage(context).getTileGuard().getTile();
     }

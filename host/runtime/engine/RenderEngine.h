@@ -3,6 +3,7 @@
 #include "pluginAPI/PxImageProtocol.h"
 #include "runtime/engine/ImageSink.h"
 #include "runtime/engine/ImageSource.h"
+#include "runtime/engine/MaskFeed.h"
 #include "runtime/engine/SourceImageNode.h"
 
 #include <atomic>
@@ -12,6 +13,9 @@
 struct RenderOptions {
     double time = 0.0;
     int threads = 1; ///< workers, at least 1
+
+    /// Read along with the picture, for a chain that evaluates it too. May be null.
+    MaskFeed* mask = nullptr;
 
     /// Called on the calling thread now and then with the share of the picture that is written,
     /// from 0 to 1. May be empty.

@@ -28,12 +28,15 @@ private:
 } // namespace
 
 CurveNode::CurveNode(RCShdPtr<HostValue> const& curveValue, HostGraph& hostGraph)
-    : curve(curveValue), graph(hostGraph), controller(makeOwned<CurveController>(curveValue))
+    : curve(curveValue), graph(&hostGraph), controller(makeOwned<CurveController>(curveValue))
 {
     controller->attach(*this);
 }
 
-CurveNode::~CurveNode() noexcept(false) = default;
+CurveNode::~CurveNode() noexcept(false)
+{
+    controller->detach(); // somebody may hold it for a moment longer
+}
 
 RCShdPtr<PiInput> CurveNode::findInput(std::string const& name, bool mustExist) const
 {
@@ -62,5 +65,5 @@ RCWeakPtr<PiNodeController> CurveNode::getController() const
 
 RCShdPtr<PiGraph> CurveNode::getGraph() const
 {
-    return RCShdPtr<PiGraph>(&graph);
+    return RCShdPtr<PiGraph>(graph);
 }

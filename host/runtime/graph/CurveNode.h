@@ -9,8 +9,8 @@ class HostGraph;
 /// PiShape2dInterface. User-interface thread.
 class CurveNode : public PiNode {
 public:
-    /// The curve starts without a key.
-    explicit CurveNode(RCShdPtr<HostValue> const& curveValue, HostGraph& hostGraph);
+    /// The curve starts without a key. The graph lives longer or is left with `leaveGraph`.
+    CurveNode(RCShdPtr<HostValue> const& curveValue, HostGraph& hostGraph);
     ~CurveNode() noexcept(false) override;
 
     RCShdPtr<PiInput> findInput(std::string const& name, bool mustExist) const override;
@@ -19,9 +19,12 @@ public:
     void resetInputs() override {}
     RCShdPtr<PiGraph> getGraph() const override;
 
+    /// Ends the node's tie to its graph.
+    void leaveGraph() { graph = nullptr; }
+
 private:
     RCShdPtr<HostValue> curve;
-    HostGraph& graph;
+    HostGraph* graph;
     RCStrongPtr<PiNodeController> controller;
 };
 

@@ -9,6 +9,7 @@
 #include "runtime/graph/HostGraph.h"
 #include "runtime/graph/HostSockets.h"
 #include "runtime/graph/InputNodeBuilder.h"
+#include "runtime/graph/MaskNode.h"
 #include "runtime/graph/MuteNode.h"
 
 #include <utility>
@@ -58,6 +59,27 @@ RCShdPtr<HostValue> makeStoredValue(std::string const& name, PiValueType const& 
     Assertions::throwProgramAborted(__FILE__, __LINE__, "type.getCode()");
 }
 
+/// The most that the tool may change of a pixel; 0 for a tool that makes no pictures.
+int findWidestAffect(PiToolProtocol const& tool)
+{
+    auto const* const modifier = dynamic_cast<PiImageModifierProtocol const*>(&tool);
+    if (modifier == nullptr) {
+        return 0;
+    }
+    if (modifier->canAffectColourAndAlpha()) {
+        return PiImageModifierTypes::AffectColourAndAlpha;
+    }
+    return modifier->canAffectColour() ? PiImageModifierTypes::AffectColour
+                                       : PiImageModifierTypes::AffectAlpha;
+}
+
+template <typename T>
+T evaluate(HostNode const& node, std::string const& name, double time)
+{
+    auto const state = node.getValue(name)->getState();
+    return std::get<Animated<T>>(*state).evaluate(time).getValue();
+}
+
 } // namespace
 
 HostNode::HostNode(PiToolProtocol const& nodeTool, HostGraph& hostGraph)
@@ -89,6 +111,9 @@ HostNode::HostNode(PiToolProtocol const& nodeTool, HostGraph& hostGraph)
 
 HostNode::~HostNode() noexcept(false)
 {
+    // Whoever calls the controller may keep it for a moment longer, and curve nodes have handles.
+    controller->detach();
+    leaveGraph();
     // The undo history and value nodes may keep the values.
     for (ValueSlot const& slot : values) {
         slot.value->forgetObserver();
@@ -138,6 +163,8 @@ RCShdPtr<HostValue> HostNode::getValue(std::string const& name) const
 
 void HostNode::notifyCreated()
 {
+    constexpr bool keepsRedo = true;
+    PiUndoGuardNoLog const creation(keepsRedo);
     isAlive = true;
     controller->nodeCreated();
 }
@@ -157,6 +184,7 @@ void HostNode::setValues(NodeValues const& states)
         }
         value->check(state);
     }
+    RCShdPtr<HostNode> const self(this); // whoever is told of a change may let the node go
     for (ValueSlot const& slot : values) {
         auto const found = states.find(slot.name);
         if (found != states.end()) {
@@ -165,12 +193,38 @@ void HostNode::setValues(NodeValues const& states)
     }
 }
 
-PxStrongHndl<PxNode const> HostNode::buildChain(PxNodePtr<PxImageProtocol const> const& source)
+PxStrongHndl<PxNode const> HostNode::buildChain(PxNodePtr<PxImageProtocol const> const& source,
+                                                PxNodePtr<PxImageProtocol const> const& mask)
 {
     InputNodeBuilder builder(*this);
     PxStrongHndl<PxNode const> chain;
     getToolInterface().createModifierProcNode(chain, builder, source);
+    if (isMasked()) {
+        chain =
+            addMask(chain, builder.getInputNode(PiImageModifier::getMixInputName()), source, mask);
+    }
     return addMute(chain, builder.getInputNode(PiImageModifier::getMuteValueName()), source);
+}
+
+CoRgbaColorTyped<float> HostNode::finishPixel(PxTimeContext const& time,
+                                              CoRgbaColorTyped<float> const& source,
+                                              CoRgbaColorTyped<float> const& processed) const
+{
+    if (evaluate<bool>(*this, PiImageModifier::getMuteValueName(), timeOfMute)) {
+        return source;
+    }
+    double const mix =
+        isMasked() ? evaluate<double>(*this, PiImageModifier::getMixInputName(), time.getTime())
+                   : 1.0;
+    return blendPixel(source, processed, static_cast<float>(mix));
+}
+
+void HostNode::leaveGraph()
+{
+    graph = nullptr;
+    for (RCShdPtr<CurveNode> const& curveNode : curveNodes) {
+        curveNode->leaveGraph();
+    }
 }
 
 void HostNode::valueChanged(HostValue& value, ValueState const& before)
@@ -178,6 +232,7 @@ void HostNode::valueChanged(HostValue& value, ValueState const& before)
     if (!isAlive) {
         return;
     }
+    RCShdPtr<HostNode> const self(this); // whoever is told of the change may let the node go
     if (graph != nullptr) {
         graph->getHistory().record(value, before, *value.getState());
     }
@@ -185,6 +240,13 @@ void HostNode::valueChanged(HostValue& value, ValueState const& before)
     if (listener != nullptr) {
         listener->valueChanged(RCShdPtr<PiValue>(&value));
     }
+}
+
+bool HostNode::isMasked() const
+{
+    auto const* const modifier = dynamic_cast<PiImageModifierProtocol const*>(&tool);
+    return modifier != nullptr &&
+           modifier->getMaskingMode() == PiImageModifierTypes::MaskAfterChain;
 }
 
 PiToolInterface& HostNode::getToolInterface() const
@@ -210,7 +272,8 @@ RCShdPtr<PiInput> HostNode::addInput(std::string const& prefix,
     }
     RCShdPtr<PiOutput> connection;
     if (input.type->getCode() == PiSocketType::Curve) {
-        connection = makeShared<CurveOutput>(makeShared<CurveNode>(value, *graph));
+        curveNodes.push_back(makeShared<CurveNode>(value, *graph));
+        connection = makeShared<CurveOutput>(curveNodes.back());
     }
     return makeShared<HostInput>(fullName, value, connection);
 }
@@ -218,7 +281,11 @@ RCShdPtr<PiInput> HostNode::addInput(std::string const& prefix,
 void HostNode::addStoredValue(PiDeclaration const& declaration)
 {
     std::string const& name = declaration.input.name;
-    addValue(name, true, makeStoredValue(name, *declaration.valueType, this));
+    RCShdPtr<HostValue> const value = makeStoredValue(name, *declaration.valueType, this);
+    if (name == PiImageModifier::getAffectValueName()) {
+        value->setState(Animated<int>(findWidestAffect(tool)));
+    }
+    addValue(name, true, value);
 }
 
 RCShdPtr<HostValue> HostNode::addValue(std::string const& name, bool isStored,

@@ -4,12 +4,15 @@
 #include "pluginAPI/PiNode.h"
 #include "pluginAPI/PiToolInterface.h"
 #include "pluginAPI/PiToolProtocol.h"
+#include "pluginAPI/PxTimeContext.h"
+#include "primitives/CoColor.h"
 #include "runtime/values/HostValue.h"
 
 #include <map>
 #include <string>
 #include <vector>
 
+class CurveNode;
 class HostGraph;
 
 /// The state of every value of a node, by full name.
@@ -48,7 +51,8 @@ public:
     std::vector<PiDeclaration> const& getDeclarations() const { return declarations; }
 
     /// Tells the controller that the node is new or restored. From then on the controller is told
-    /// of changes and the graph records them; before, values are set without a sound.
+    /// of changes and the graph records them; before, values are set without a sound. What the
+    /// controller does to a new node leaves no undo record.
     void notifyCreated();
     void notifyLoaded();
 
@@ -57,15 +61,24 @@ public:
     void setValues(NodeValues const& states);
 
     /// The chain that turns pictures of `source` into the tool's, or leaves them as they are while
-    /// the node is muted.
-    PxStrongHndl<PxNode const> buildChain(PxNodePtr<PxImageProtocol const> const& source);
+    /// the node is muted. A tool that is masked is blended with the source by "Mix" and, unless it
+    /// is empty, the picture `mask`; other tools take no notice of it.
+    PxStrongHndl<PxNode const> buildChain(PxNodePtr<PxImageProtocol const> const& source,
+                                          PxNodePtr<PxImageProtocol const> const& mask = {});
+
+    /// What a chain without mask gives for a pixel that the tool turns from `source` into
+    /// `processed`: mute and "Mix" come after the tool.
+    CoRgbaColorTyped<float> finishPixel(PxTimeContext const& time,
+                                        CoRgbaColorTyped<float> const& source,
+                                        CoRgbaColorTyped<float> const& processed) const;
 
     /// Ends the node's tie to its graph.
-    void leaveGraph() { graph = nullptr; }
+    void leaveGraph();
 
 private:
     void valueChanged(HostValue& value, ValueState const& before) override;
     PiToolInterface& getToolInterface() const;
+    bool isMasked() const;
     RCShdPtr<PiInput> addInput(std::string const& prefix,
                                PiStructuredPolicyDescriptor::Member const& input);
     void addStoredValue(PiDeclaration const& declaration);
@@ -77,6 +90,7 @@ private:
     std::vector<PiDeclaration> declarations;
     std::map<std::string, RCShdPtr<PiInput>> inputs; // top-level
     std::vector<ValueSlot> values;
+    std::vector<RCShdPtr<CurveNode>> curveNodes;
     NodeValues inputDefaults;
     bool isAlive = false; // notifyCreated or notifyLoaded has been called
 };

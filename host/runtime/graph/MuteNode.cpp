@@ -37,10 +37,9 @@ public:
     PxImageFormat computeImageFormat() const override { return choose().getImageFormat(); }
 
 private:
-    /// A format cannot change over time, so muting does not either.
     PxImageProtocol const& choose() const
     {
-        return mute->evaluate(PxTimeContext(0.0)).getValue() ? *source : *chain;
+        return mute->evaluate(PxTimeContext(timeOfMute)).getValue() ? *source : *chain;
     }
 
     PxNodePtr<PxImageProtocol const> source;

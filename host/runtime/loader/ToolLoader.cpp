@@ -58,9 +58,7 @@ ToolLoader::~ToolLoader()
 {
     PxRequestMgr::getInstance().shutDown();
     EvEventManager::getInstance().discardEvents();
-    PiToolRegistry::getInstance().keepFirst(0);
     InPackageRegistry::getInstance().shutDownPackages();
-    InBuildInfoUtil::keepFirst(0);
     while (!libraries.empty()) {
         libraries.pop_back();
     }

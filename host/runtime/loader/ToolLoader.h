@@ -22,7 +22,8 @@ public:
     ToolLoader(ToolLoader const&) = delete;
     ToolLoader& operator=(ToolLoader const&) = delete;
 
-    /// Lets go of all tools, shuts the packages down in reverse order and unloads the libraries.
+    /// Shuts the packages down in reverse order, which lets go of all tools, and unloads the
+    /// libraries.
     /// No node of a tool may be left.
     ~ToolLoader();
 

@@ -91,6 +91,20 @@ void checkHead(Json const& project, PiToolProtocol const& tool)
     throw std::system_error(errno, std::generic_category(), file.string());
 }
 
+/// Where a chain of symbolic links ends, whether there is a file or not.
+std::filesystem::path followLinks(std::filesystem::path file)
+{
+    constexpr int mostLinks = 40; // the system's own limit
+    for (int link = 0; std::filesystem::is_symlink(file); ++link) {
+        if (link == mostLinks) {
+            throw std::system_error(std::make_error_code(std::errc::too_many_symbolic_link_levels),
+                                    file.string());
+        }
+        file = file.parent_path() / std::filesystem::read_symlink(file);
+    }
+    return file;
+}
+
 /// Removes a file unless it is kept.
 class TemporaryText {
 public:
@@ -149,7 +163,8 @@ NodeValues readProject(std::string const& text, HostNode const& pattern)
 
 void saveTextFile(std::filesystem::path const& file, std::string const& text)
 {
-    TemporaryText const temporary(file);
+    std::filesystem::path const target = followLinks(file);
+    TemporaryText const temporary(target);
     errno = 0;
     std::ofstream stream(temporary.getFile(), std::ios::binary);
     stream << text;
@@ -157,7 +172,7 @@ void saveTextFile(std::filesystem::path const& file, std::string const& text)
     if (!stream) {
         failSystem(file);
     }
-    std::filesystem::rename(temporary.getFile(), file);
+    std::filesystem::rename(temporary.getFile(), target);
 }
 
 std::string loadTextFile(std::filesystem::path const& file)

@@ -4,6 +4,8 @@
 
 #include "runtime/project/Project.h"
 
+#include <array>
+#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -159,6 +161,20 @@ Animated<T> animatedFromJson(Json const& json, HostValue const& owner, std::stri
     }
 }
 
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr std::array<std::pair<char const*, double>, 3> numberTexts = {
+    {{"inf", infinity}, {"-inf", -infinity}, {"nan", std::numeric_limits<double>::quiet_NaN()}}};
+
+double listedNumberFromJson(Json const& json, std::string const& place)
+{
+    for (auto const& [text, number] : numberTexts) {
+        if (json == text) {
+            return number;
+        }
+    }
+    return json.is_number() ? json.get<double>() : (fail(place, "a list of numbers"), 0.0);
+}
+
 /// Makes a state of the kind that it is shown.
 struct StateReader {
     Json const& json;
@@ -175,10 +191,7 @@ struct StateReader {
     {
         Vector<double> numbers;
         for (Json const& number : json.is_array() ? json : Json::array({nullptr})) {
-            if (!number.is_number()) {
-                fail(place, "a list of numbers");
-            }
-            numbers.push_back(number.get<double>());
+            numbers.push_back(listedNumberFromJson(number, place));
         }
         return numbers;
     }
@@ -193,10 +206,27 @@ struct StateWriter {
     {
         return animatedToJson(animated, owner);
     }
-    Json operator()(Vector<double> const& numbers) const { return numbers; }
+    Json operator()(Vector<double> const& numbers) const
+    {
+        Json list = Json::array();
+        for (double const number : numbers) {
+            list.push_back(numberToJson(number));
+        }
+        return list;
+    }
 };
 
 } // namespace
+
+nlohmann::ordered_json numberToJson(double number)
+{
+    for (auto const& [text, meant] : numberTexts) {
+        if (number == meant || (std::isnan(number) && std::isnan(meant))) {
+            return text;
+        }
+    }
+    return number;
+}
 
 nlohmann::ordered_json valueToJson(HostValue const& value)
 {

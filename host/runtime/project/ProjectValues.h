@@ -4,6 +4,9 @@
 
 #include <nlohmann/json.hpp>
 
+/// A number as JSON, which knows finite ones only: "inf", "-inf" and "nan" are texts.
+nlohmann::ordered_json numberToJson(double number);
+
 /// A value's state as JSON.
 nlohmann::ordered_json valueToJson(HostValue const& value);
 

@@ -1,5 +1,7 @@
 #include "runtime/undo/HostCommandStack.h"
 
+#include "base/Assertions.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -28,6 +30,7 @@ void HostCommandStack::beginCommand(std::string const& label)
 
 void HostCommandStack::endCommand()
 {
+    Assertions::check(depth > 0, "depth > 0");
     if (--depth > 0 || open.changes.empty()) {
         return;
     }

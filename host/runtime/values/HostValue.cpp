@@ -6,6 +6,8 @@
 #include "runtime/values/NumberText.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <limits>
 #include <utility>
 
@@ -16,19 +18,24 @@ std::string quote(std::string const& name)
     return "\"" + name + "\"";
 }
 
-/// A bound that stands for none is not worth showing.
-std::string describeRange(PiRangeInputPolicy<double> const& range)
+/// What a number may be.
+struct Limits {
+    double minimum = -std::numeric_limits<double>::infinity();
+    double maximum = std::numeric_limits<double>::infinity();
+};
+
+Limits findLimits(PiInputPolicy const* policy)
 {
-    constexpr double practicallyUnbounded = std::numeric_limits<double>::max();
-    bool const hasMinimum = range.getMinimum() > -practicallyUnbounded;
-    bool const hasMaximum = range.getMaximum() < practicallyUnbounded;
-    if (hasMinimum && hasMaximum) {
-        return formatNumber(range.getMinimum()) + " to " + formatNumber(range.getMaximum());
+    constexpr double noBound = std::numeric_limits<std::int32_t>::max();
+    Limits limits;
+    auto const* const range = dynamic_cast<PiRangeInputPolicy<double> const*>(policy);
+    if (range != nullptr && range->getMinimum() > -noBound) {
+        limits.minimum = range->getMinimum();
     }
-    if (hasMinimum) {
-        return formatNumber(range.getMinimum()) + " and above";
+    if (range != nullptr && range->getMaximum() < noBound) {
+        limits.maximum = range->getMaximum();
     }
-    return hasMaximum ? formatNumber(range.getMaximum()) + " and below" : "any finite number";
+    return limits;
 }
 
 std::string describeChoices(PiEnumPolicy const& choices)
@@ -42,13 +49,10 @@ std::string describeChoices(PiEnumPolicy const& choices)
 
 void checkNumber(std::string const& name, double value, PiInputPolicy const* policy)
 {
-    auto const* const range = dynamic_cast<PiRangeInputPolicy<double> const*>(policy);
-    bool const isInside =
-        range == nullptr || (value >= range->getMinimum() && value <= range->getMaximum());
-    if (!std::isfinite(value) || !isInside) {
-        throw ValueError(quote(name) + " takes " +
-                         (range == nullptr ? "any finite number" : describeRange(*range)) +
-                         ", not " + formatNumber(value));
+    Limits const limits = findLimits(policy);
+    if (!std::isfinite(value) || value < limits.minimum || value > limits.maximum) {
+        throw ValueError(quote(name) + " takes " + describeRange(policy) + ", not " +
+                         formatNumber(value));
     }
 }
 
@@ -114,13 +118,21 @@ void HostValue::check(ValueState const& candidate) const
         if (choices != nullptr && !choices->isAnimatable() && integers->isAnimated()) {
             throw ValueError(quote(name) + " cannot be animated");
         }
-    } else if (auto const* const list = std::get_if<Vector<double>>(&candidate)) {
-        for (double const number : *list) {
-            checkNumber(name, number, policy.get());
-        }
     } else if (auto const* const curves = std::get_if<Animated<CurvePoints>>(&candidate)) {
         for (auto const& key : curves->getKeys()) {
             checkCurvePoints(name, key.value);
         }
     }
+}
+
+std::string describeRange(PiInputPolicy const* policy)
+{
+    auto const [minimum, maximum] = findLimits(policy);
+    if (std::isfinite(minimum) && std::isfinite(maximum)) {
+        return formatNumber(minimum) + " to " + formatNumber(maximum);
+    }
+    if (std::isfinite(minimum)) {
+        return formatNumber(minimum) + " and above";
+    }
+    return std::isfinite(maximum) ? formatNumber(maximum) + " and below" : "any finite number";
 }

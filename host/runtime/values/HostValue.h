@@ -94,3 +94,7 @@ public:
     void setValue(Vector<double> const& values) override { setState(values); }
     Vector<double> getValue() const override { return std::get<Vector<double>>(*getState()); }
 };
+
+/// The numbers that an input takes, with or without a range: "-10 to 10", "any finite number".
+/// Tools write the 32-bit integers' limits for no bound: at or beyond them there is none.
+std::string describeRange(PiInputPolicy const* policy);

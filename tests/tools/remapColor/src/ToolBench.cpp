@@ -200,11 +200,16 @@ Journal ToolBench::takeDown()
 
 RemapColorController& ToolBench::getController()
 {
+    return findController(*node);
+}
+
+RemapColorController& findController(HostNode& node)
+{
     [[maybe_unused]] static bool const isInstalled = [] {
         RemapColorController::addInstanceDataFactory(&announce);
         return true;
     }();
-    auto const panel = castStrong<PiUserInterface>(node->getController().lock());
+    auto const panel = castStrong<PiUserInterface>(node.getController().lock());
     panel->createWidgetInstanceData(makeShared<MainContainer>(), {});
     return *announcedController;
 }

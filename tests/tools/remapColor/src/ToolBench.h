@@ -60,6 +60,9 @@ private:
     std::map<std::string, PxStrongHndl<>> nodes;
 };
 
+/// The controller of a node of the tool, got at as an editor does.
+RemapColorController& findController(HostNode& node);
+
 class ToolBench {
 public:
     ToolBench();

@@ -1,0 +1,186 @@
+// "pick" and masking as their users meet them: what "render" makes of a pixel is the reference.
+
+#include "ProgramRun.h"
+
+#include <ImfChannelList.h>
+#include <ImfFrameBuffer.h>
+#include <ImfHeader.h>
+#include <ImfInputFile.h>
+#include <ImfOutputFile.h>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <limits>
+#include <sstream>
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+struct Pixel {
+    float r, g, b, a;
+};
+
+constexpr int left = -3;
+constexpr int top = 5;
+constexpr int width = 4;
+constexpr int height = 40; // several blocks
+constexpr float infinity = std::numeric_limits<float>::infinity();
+
+Pixel makePixel(int x, int y)
+{
+    if (x == 0 && y == 0) {
+        return {infinity, -infinity, std::numeric_limits<float>::quiet_NaN(), -2.0F};
+    }
+    auto const value = static_cast<float>(x + width * y);
+    return {0.013F * value, 0.7F - 0.02F * value, 0.1F, value / 100.0F};
+}
+
+Imf::FrameBuffer makeFrame(std::vector<Pixel>& pixels)
+{
+    Imf::FrameBuffer frame;
+    char* const base = reinterpret_cast<char*>(pixels.data() - left - top * width);
+    std::size_t offset = 0;
+    for (char const* name : {"R", "G", "B", "A"}) {
+        frame.insert(name,
+                     Imf::Slice(Imf::FLOAT, base + offset, sizeof(Pixel), sizeof(Pixel) * width));
+        offset += sizeof(float);
+    }
+    return frame;
+}
+
+class PickTest : public testing::Test {
+protected:
+    PickTest()
+    {
+        std::vector<Pixel> pixels;
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                pixels.push_back(makePixel(x, y));
+            }
+        }
+        write("in.exr", pixels);
+        // Over the left half.
+        for (std::size_t index = 0; index < pixels.size(); ++index) {
+            pixels[index] = {9.0F, 9.0F, 9.0F, index % width < width / 2 ? 1.5F : 0.0F};
+        }
+        write("mask.exr", pixels);
+    }
+
+    void write(char const* name, std::vector<Pixel>& pixels) const
+    {
+        Imath::Box2i const window({left, top}, {left + width - 1, top + height - 1});
+        Imf::Header header(window, window);
+        for (char const* channel : {"R", "G", "B", "A"}) {
+            header.channels().insert(channel, Imf::Channel(Imf::FLOAT));
+        }
+        Imf::OutputFile file((folder.getPath() / name).c_str(), header);
+        file.setFrameBuffer(makeFrame(pixels));
+        file.writePixels(height);
+    }
+
+    std::vector<Pixel> read(char const* name) const
+    {
+        std::vector<Pixel> pixels(width * height);
+        Imf::InputFile file((folder.getPath() / name).c_str());
+        file.setFrameBuffer(makeFrame(pixels));
+        file.readPixels(top, top + height - 1);
+        return pixels;
+    }
+
+    ProgramResult run(Names words, Names const& more) const
+    {
+        words.insert(words.end(), more.begin(), more.end());
+        return runProgram(folder.getPath(), words);
+    }
+
+    TestFolder folder;
+};
+
+/// The numbers after "out." or "in.", in order.
+std::vector<float> readValues(std::string const& text, std::string const& side)
+{
+    std::vector<float> values;
+    std::istringstream lines(text);
+    for (std::string label, value; lines >> label >> value;) {
+        if (label.starts_with(side)) {
+            values.push_back(std::strtof(value.c_str(), nullptr));
+        }
+    }
+    return values;
+}
+
+/// NaN is the same as NaN.
+bool isSame(float a, float b)
+{
+    return a == b || (a != a && b != b);
+}
+
+TEST_F(PickTest, GivesWhatRenderMakesOfThePixel)
+{
+    std::vector<Names> const looks = {
+        {},
+        {"-s", "Linear.Gamma=2.2", "--curve", "rgb=0,0 0.4,0.7 1,1", "--mix", "0.3"},
+        {"--mode", "EXRDisplay", "-s", "EXRDisplay.Exposure=1.25@-1,2@0", "--no-adjust"},
+        {"-s", "Mute=true", "-s", "Linear.Gamma=3"}};
+    for (Names const& look : looks) {
+        Names const render = {"render", "in.exr", "-o", "out.exr", "--depth", "32"};
+        ASSERT_EQ(run(render, look).status, 0);
+        std::vector<Pixel> const rendered = read("out.exr");
+        for (auto const& [x, y] : {std::pair(0, 0), std::pair(3, 1), std::pair(1, height - 1)}) {
+            std::string const place = std::to_string(left + x) + "," + std::to_string(top + y);
+            ProgramResult const result = run({"pick", "in.exr", place}, look);
+            Pixel const& wanted = rendered[static_cast<std::size_t>(x + y * width)];
+            auto const values = readValues(result.output, "out.");
+            ASSERT_EQ(values.size(), 4U) << result.output << testing::PrintToString(result.errors);
+            EXPECT_TRUE(isSame(values[0], wanted.r) && isSame(values[1], wanted.g) &&
+                        isSame(values[2], wanted.b) && isSame(values[3], wanted.a))
+                << place << "\n"
+                << result.output;
+        }
+    }
+}
+
+TEST_F(PickTest, FailuresAreOneLineAndTheRightStatus)
+{
+    struct Case {
+        Names arguments;
+        int status;
+        char const* complaint;
+    };
+    std::vector<Case> const cases = {
+        {{"pick", "in.exr"}, 2, "needs a pixel"},
+        {{"pick", "in.exr", "1,2,3"}, 2, "X,Y"},
+        {{"pick", "in.exr", "1,5"}, 2, "goes from -3,5 to 0,44"},
+        {{"pick", "in.exr", "0,45"}, 2, "no pixel 0,45"},
+        {{"pick", "in.exr", "0,5", "--frame", "x"}, 2, "--frame"},
+        {{"pick", "none.exr", "0,5"}, 1, "no such file"},
+        {{"render", "in.exr", "-o", "o.exr", "--mask", "none.exr"}, 1, "none.exr"},
+        {{"render", "in.exr", "-o", "mask.exr", "--mask", "mask.exr"}, 2, "the mask itself"},
+        {{"render", "in.exr", "-o", "o.exr", "--mix", "1.5"}, 2, "\"Mix\" takes 0 to 1"}};
+    for (Case const& wrong : cases) {
+        ProgramResult const result = run(wrong.arguments, {});
+        EXPECT_EQ(result.status, wrong.status) << wrong.complaint;
+        ASSERT_EQ(result.errors.size(), 1U) << testing::PrintToString(result.errors);
+        EXPECT_NE(result.errors[0].find(wrong.complaint), std::string::npos) << result.errors[0];
+        EXPECT_EQ(result.output, "");
+    }
+    EXPECT_EQ(folder.list(), (Names{"in.exr", "mask.exr"}));
+}
+
+TEST_F(PickTest, MaskLimitsTheResultToItsAlpha)
+{
+    Names const look = {"-s", "Linear.Output Level.Max=5", "-j", "3"};
+    ASSERT_EQ(run({"render", "in.exr", "-o", "whole.exr"}, look).status, 0);
+    ASSERT_EQ(run({"render", "in.exr", "-o", "part.exr", "--mask", "mask.exr"}, look).status, 0);
+    std::vector<Pixel> const source = read("in.exr");
+    std::vector<Pixel> const whole = read("whole.exr");
+    std::vector<Pixel> const part = read("part.exr");
+    for (std::size_t index = 0; index < part.size(); ++index) {
+        Pixel const& wanted = index % width < width / 2 ? whole[index] : source[index];
+        EXPECT_TRUE(isSame(part[index].r, wanted.r) && isSame(part[index].b, wanted.b) &&
+                    isSame(part[index].a, source[index].a))
+            << index;
+    }
+}
+
+} // namespace
