@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <mutex>
 
 namespace memoryHost {
 
@@ -27,11 +28,6 @@ private:
     Vector<GePoint2<float>> points;
 };
 
-int rowsFor(std::size_t pixels, int width)
-{
-    return (static_cast<int>(pixels) + width - 1) / width;
-}
-
 } // namespace
 
 IxPixelFormat makeFormat(IxPixelFormat::Components components, IxPixelFormat::Depth depth)
@@ -49,7 +45,7 @@ Picture::Picture(IxPixelFormat const& pixelFormat, GeRectangle<int> const& dataW
 
 Picture::Picture(Pixels const& pixels, int width)
     : Picture(makeFormat(IxPixelFormat::RGBA, IxPixelFormat::FLOAT32),
-              {3, -2, 3 + width, -2 + rowsFor(pixels.size(), width)})
+              {3, -2, 3 + width, -2 + (static_cast<int>(pixels.size()) + width - 1) / width})
 {
     std::memcpy(bytes.data(), pixels.data(), pixels.size() * sizeof(reference::Pixel));
 }
@@ -165,7 +161,14 @@ RCShdPtr<HostNode> createToolNode(HostGraph& graph, std::string const& tool)
     return graph.createNode(*PiToolRegistry::getInstance().find(tool));
 }
 
-RCPvtEngPtr<PmShape2d> makeShape(reference::ControlPoints const& points)
+void note(Journal& journal, std::string const& line)
+{
+    static std::mutex mutex;
+    std::lock_guard const lock(mutex);
+    journal.push_back(line);
+}
+
+Shape makeShape(reference::ControlPoints const& points)
 {
     return makeShared<FakeShape>(points);
 }
@@ -178,7 +181,7 @@ FakeSource::FakeSource(Init const& init, Journal& nodeJournal)
 
 PxImageResult FakeSource::computeImage(PxImageContext const& context) const
 {
-    journal.push_back("read source");
+    note(journal, "read source");
     return {copyToTile(picture, intersect(context.getRegion(), picture.window)), validity};
 }
 

@@ -13,6 +13,7 @@
 #include <functional>
 #include <span>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -110,43 +111,50 @@ RCShdPtr<HostNode> createToolNode(HostGraph& graph, std::string const& tool);
 /// Fake nodes write down here what happens to them: "read NAME", "gone NAME".
 using Journal = std::vector<std::string>;
 
-/// Delivers what a test chooses, at every time.
-template <typename Protocol, typename Value>
-class FakeNode : public Protocol {
+/// Fake nodes may be read on several threads.
+void note(Journal& journal, std::string const& line);
+
+/// How long what a fake node delivers holds.
+struct FakeValidity {
+    PxValidityInterval validity = PxValidityInterval::getFull();
+};
+
+using Shape = RCPvtEngPtr<PmShape2d>;
+template <typename Value>
+using ProtocolOf =
+    std::conditional_t<std::is_same_v<Value, Shape>, PxShape2dProtocol, PxAnimValueProtocol<Value>>;
+
+/// Delivers what a test chooses.
+template <typename Value>
+class FakeNode : public ProtocolOf<Value>, public FakeValidity {
 public:
-    FakeNode(PxNode::Init const& init, std::string nodeName, Value constant, Journal& nodeJournal)
-        : PxNode(init), valueAt([constant](double) { return constant; }), name(std::move(nodeName)),
-          journal(nodeJournal)
+    FakeNode(PxNode::Init const& init, std::string nodeName, Journal& nodeJournal)
+        : PxNode(init), name(std::move(nodeName)), journal(nodeJournal)
     {
     }
-    ~FakeNode() noexcept(false) override { journal.push_back("gone " + name); }
+    ~FakeNode() noexcept(false) override { note(journal, "gone " + name); }
 
     PxValueResult<Value> evaluate(PxTimeContext const& context) const override
     {
-        journal.push_back("read " + name);
+        note(journal, "read " + name);
         return {valueAt(context.getTime()), validity};
     }
 
     std::function<Value(double)> valueAt;
-    PxValidityInterval validity = PxValidityInterval::getFull();
 
 private:
     std::string name;
     Journal& journal;
 };
 
-template <typename T>
-using FakeValueNode = FakeNode<PxAnimValueProtocol<T>, T>;
-using FakeShapeNode = FakeNode<PxShape2dProtocol, RCPvtEngPtr<PmShape2d>>;
-
 /// A shape with these control points; without any, a shape that holds no curve.
-RCPvtEngPtr<PmShape2d> makeShape(reference::ControlPoints const& points);
+Shape makeShape(reference::ControlPoints const& points);
 
 /// The start of a chain: gives any part of a picture.
-class FakeSource : public PxImageNode {
+class FakeSource : public PxImageNode, public FakeValidity {
 public:
     FakeSource(Init const& init, Journal& nodeJournal);
-    ~FakeSource() noexcept(false) override { journal.push_back("gone source"); }
+    ~FakeSource() noexcept(false) override { note(journal, "gone source"); }
 
     PxImageFormat getImageFormat() const override { return format; }
     GeRectangle<int> getImageROD(PxTimeContext const&) const override { return picture.window; }
@@ -156,7 +164,6 @@ public:
     void setPicture(Picture const& newPicture);
 
     PxImageFormat format;
-    PxValidityInterval validity = PxValidityInterval::getFull();
 
 private:
     mutable Picture picture;

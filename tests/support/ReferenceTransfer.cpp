@@ -10,7 +10,6 @@
 #include <bit>
 #include <cmath>
 #include <limits>
-#include <stdexcept>
 #include <utility>
 
 namespace reference {
@@ -33,27 +32,18 @@ WidePoint widen(Point const& point)
     return {static_cast<double>(point.x), static_cast<double>(point.y)};
 }
 
-/// The handle, moved towards its key along their line until its x is `endX`.
-WidePoint shortened(WidePoint const& key, WidePoint const& handle, double endX)
+/// A handle that stays between its key and the other key in x. `side` is 1 for an outgoing handle
+/// and -1 for an incoming one.
+WidePoint held(WidePoint const& key, WidePoint const& handle, double otherX, double side)
 {
-    double const part = (endX - key.x) / (handle.x - key.x);
-    return {endX, key.y + (handle.y - key.y) * part};
-}
-
-WidePoint heldOutgoing(WidePoint const& key, WidePoint const& handle, double nextKeyX)
-{
-    if (handle.x < key.x) {
+    if (side * handle.x < side * key.x) {
         return key;
     }
-    return handle.x > nextKeyX ? shortened(key, handle, nextKeyX) : handle;
-}
-
-WidePoint heldIncoming(WidePoint const& key, WidePoint const& handle, double previousKeyX)
-{
-    if (handle.x > key.x) {
-        return key;
+    if (side * handle.x > side * otherX) {
+        double const part = (otherX - key.x) / (handle.x - key.x);
+        return {otherX, key.y + (handle.y - key.y) * part};
     }
-    return handle.x < previousKeyX ? shortened(key, handle, previousKeyX) : handle;
+    return handle;
 }
 
 double bernstein(double p0, double p1, double p2, double p3, double t)
@@ -68,8 +58,8 @@ void appendSegment(Polyline& polyline, ControlPoints const& curve, std::size_t k
 {
     const WidePoint p0 = widen(curve[3 * key + 1]);
     const WidePoint p3 = widen(curve[3 * key + 4]);
-    const WidePoint p1 = heldOutgoing(p0, widen(curve[3 * key + 2]), p3.x);
-    const WidePoint p2 = heldIncoming(p3, widen(curve[3 * key + 3]), p0.x);
+    const WidePoint p1 = held(p0, widen(curve[3 * key + 2]), p3.x, 1.0);
+    const WidePoint p2 = held(p3, widen(curve[3 * key + 3]), p0.x, -1.0);
     for (int j = 1; j < subdivisions; ++j) {
         double const t = static_cast<double>(j) / static_cast<double>(subdivisions);
         polyline.push_back({static_cast<float>(bernstein(p0.x, p1.x, p2.x, p3.x, t)),
@@ -91,9 +81,6 @@ float sampleAt(Polyline const& data, std::size_t& segment, float x, float tolera
     if (x >= x1) {
         return y1;
     }
-    if (!(x0 <= x) || !(x1 > x)) {
-        throw std::logic_error("polyline is not ordered by x");
-    }
     float const dx = x1 - x0;
     if (tolerance > dx) {
         return y0;
@@ -101,44 +88,21 @@ float sampleAt(Polyline const& data, std::size_t& segment, float x, float tolera
     return ((x1 - x) * y0 + (x - x0) * y1) / dx;
 }
 
-bool isDegenerate(Point const& key, Point const& handle)
-{
-    float const dx = handle.x - key.x;
-    float const dy = handle.y - key.y;
-    float const length = ::sqrtf(dx * dx + dy * dy);
-    return length > 0.0F ? degenerateHandleLength >= length
-                         : length + degenerateHandleLength >= 0.0F;
-}
+/// Straight continuation of a curve beyond an end key; all zero when the handle is on the key.
+struct EndLine {
+    float slope = 0.0F;
+    float keyX = 0.0F;
+    float keyY = 0.0F;
+};
 
-EndLine lineBelow(ControlPoints const& curve)
+/// The line through `from` and `to`, one of which is the key and the other one its handle: the
+/// order decides the sign of a slope of zero.
+EndLine endLine(Point const& key, Point const& from, Point const& to)
 {
-    const Point key = curve[1];
-    const Point handle = curve[0];
-    if (isDegenerate(key, handle)) {
-        return {};
-    }
-    return {(key.y - handle.y) / (key.x - handle.x), key.x, key.y};
-}
-
-EndLine lineAbove(ControlPoints const& curve)
-{
-    const std::size_t last = curve.size() / 3 - 1;
-    const Point key = curve[3 * last + 1];
-    const Point handle = curve[3 * last + 2];
-    if (isDegenerate(key, handle)) {
-        return {};
-    }
-    return {(handle.y - key.y) / (handle.x - key.x), key.x, key.y};
-}
-
-Table stageTable(ControlPoints const& curve)
-{
-    if (curve.size() < 3) {
-        throw std::logic_error("curve has no key");
-    }
-    float const firstX = curve[1].x;
-    float const lastX = curve[3 * (curve.size() / 3 - 1) + 1].x;
-    return sampleTable(evaluateCurve(curve, stageSubdivisions), firstX, lastX);
+    float const dx = to.x - from.x;
+    float const dy = to.y - from.y;
+    bool const isDegenerate = ::sqrtf(dx * dx + dy * dy) <= degenerateHandleLength;
+    return isDegenerate ? EndLine() : EndLine{dy / dx, key.x, key.y};
 }
 
 /// Keeps a value at least one smallest normal away from zero, on its side; NaN counts as zero.
@@ -178,12 +142,8 @@ float knee(double x, float f)
 }
 
 /// Samples `transfer` at positions that are accumulated in float.
-template <typename Transfer>
-Polyline sampleTransfer(float rangeMin, float rangeMax, int samples, Transfer transfer)
+Polyline sampleTransfer(float rangeMin, float rangeMax, int samples, Mapping const& transfer)
 {
-    if (samples < 0) {
-        throw std::length_error("negative number of samples");
-    }
     Polyline points;
     if (!(rangeMax >= rangeMin)) {
         return points;
@@ -202,14 +162,10 @@ Polyline sampleTransfer(float rangeMin, float rangeMax, int samples, Transfer tr
 ControlPoints defaultCurvePoints()
 {
     ControlPoints points;
-    for (float const x : {0.0F, 0.5F}) {
-        points.push_back({x - handleReach, x - handleReach});
+    for (float const x : {-handleReach, 0.0F, handleReach, 0.5F - handleReach, 0.5F,
+                          0.5F + handleReach, 0.8333333F, 1.0F, 1.1666666F}) {
         points.push_back({x, x});
-        points.push_back({x + handleReach, x + handleReach});
     }
-    points.push_back({0.8333333F, 0.8333333F}); // bits 0x3F555555
-    points.push_back({1.0F, 1.0F});
-    points.push_back({1.1666666F, 1.1666666F}); // bits 0x3F955555
     return points;
 }
 
@@ -230,9 +186,6 @@ Table sampleTable(Polyline polyline, float rangeMin, float rangeMax, std::size_t
 {
     float const step = (rangeMax - rangeMin) / static_cast<float>(length - 1);
     float const tolerance = step / 1000.0F;
-    if (polyline.empty()) {
-        throw std::logic_error("polyline is empty");
-    }
     if (polyline.size() == 1) {
         polyline.push_back(polyline.front());
     }
@@ -256,46 +209,43 @@ Table sampleTable(Polyline polyline, float rangeMin, float rangeMax, std::size_t
     return table;
 }
 
-CurveLookup::CurveLookup(ControlPoints const& curve) : CurveLookup(curve, stageTable(curve)) {}
-
-CurveLookup::CurveLookup(ControlPoints const& curve, Table table) : samples(std::move(table))
+Mapping makeLookup(ControlPoints const& curve)
 {
-    if (curve.size() < 3) {
-        throw std::logic_error("curve has no key");
-    }
-    below = lineBelow(curve);
-    above = lineAbove(curve);
-    float const range = guardFromZero(samples.maxX - samples.minX);
-    auto const intervals = static_cast<std::uint64_t>(samples.entries.size() - 2);
-    scale = static_cast<float>(intervals) / range;
-    offset = (0.0F - samples.minX) * scale;
+    return makeLookup(curve, sampleTable(evaluateCurve(curve, stageSubdivisions), curve[1].x,
+                                         curve[curve.size() - 2].x));
 }
 
-float CurveLookup::map(float value) const
+Mapping makeLookup(ControlPoints const& curve, Table const& table)
 {
-    if (samples.minX == samples.maxX) {
-        return samples.entries[0];
-    }
-    float const position = scale * value + offset;
-    if (std::isnan(position)) {
-        return samples.entries[0];
-    }
-    if (0.0F > position) {
-        double const reach = static_cast<double>(below.keyX - value);
-        return static_cast<float>(static_cast<double>(below.keyY) -
-                                  reach * static_cast<double>(below.slope));
-    }
-    if (position > static_cast<float>(samples.entries.size() - 2)) {
-        double const reach = static_cast<double>(value - above.keyX);
-        return static_cast<float>(static_cast<double>(above.keyY) +
-                                  reach * static_cast<double>(above.slope));
-    }
-    auto const entry = static_cast<std::size_t>(position);
-    float const fraction = position - static_cast<float>(entry);
-    return (1.0F - fraction) * samples.entries[entry] + fraction * samples.entries[entry + 1];
+    std::size_t const lastKey = curve.size() - 2;
+    EndLine const below = endLine(curve[1], curve[0], curve[1]);
+    EndLine const above = endLine(curve[lastKey], curve[lastKey], curve[lastKey + 1]);
+    auto const intervals = static_cast<float>(table.entries.size() - 2);
+    float const scale = intervals / guardFromZero(table.maxX - table.minX); // per unit of input
+    float const offset = (0.0F - table.minX) * scale; // table position of input 0
+    return [=](float value) {
+        float const position = scale * value + offset;
+        if (table.minX == table.maxX || std::isnan(position)) {
+            return table.entries[0];
+        }
+        if (0.0F > position) {
+            double const reach = static_cast<double>(below.keyX - value);
+            return static_cast<float>(static_cast<double>(below.keyY) -
+                                      reach * static_cast<double>(below.slope));
+        }
+        if (position > intervals) {
+            double const reach = static_cast<double>(value - above.keyX);
+            return static_cast<float>(static_cast<double>(above.keyY) +
+                                      reach * static_cast<double>(above.slope));
+        }
+        auto const entry = static_cast<std::size_t>(position);
+        float const fraction = position - static_cast<float>(entry);
+        return (1.0F - fraction) * table.entries[entry] + fraction * table.entries[entry + 1];
+    };
 }
 
-LinearValues linearValues(ChannelParams const& params)
+/// The levels line and, if `withGamma`, the power mirrored at the origin.
+Mapping makeLinear(ChannelParams const& params, bool withGamma)
 {
     auto const [inputMin, inputMax, outputMin, outputMax, gamma] = params;
     float const inputDifference = inputMax - inputMin;
@@ -303,14 +253,13 @@ LinearValues linearValues(ChannelParams const& params)
         inputDifference > smallestInputSpan ? inputDifference : smallestInputSpan;
     float const outputDifference = outputMax - outputMin;
     float const outputSpan = outputDifference > 0.0F ? outputDifference : 0.0F;
-
-    LinearValues values{};
-    values.scale = outputSpan / inputSpan;
-    values.offset = outputMin - inputMin * values.scale;
-    values.invGamma = 1.0F / guardFromZero(gamma);
-    values.clampLow = outputMin;
-    values.clampHigh = outputMax;
-    return values;
+    float const scale = outputSpan / inputSpan;
+    float const offset = outputMin - inputMin * scale;
+    float const invGamma = 1.0F / guardFromZero(gamma);
+    return [=](float value) {
+        float const level = value * scale + offset;
+        return withGamma ? signedPower(level, invGamma) : level;
+    };
 }
 
 bool gammaCountsAsOne(float gamma)
@@ -318,25 +267,18 @@ bool gammaCountsAsOne(float gamma)
     return gamma > 1.0F ? gamma <= largestGammaOfOne : gamma + gammaTolerance >= 1.0F;
 }
 
-float transferLinear(LinearValues const& values, bool withGamma, float value)
+/// NaN passes; a reversed range gives its high end.
+float clampLinear(ChannelParams const& params, float value)
 {
-    float const level = value * values.scale + values.offset;
-    return withGamma ? signedPower(level, values.invGamma) : level;
-}
-
-float clampLinear(LinearValues const& values, float value)
-{
-    float const raised = values.clampLow > value ? values.clampLow : value;
-    return values.clampHigh < raised ? values.clampHigh : raised;
+    float const raised = params[2] > value ? params[2] : value;
+    return params[3] < raised ? params[3] : raised;
 }
 
 Polyline computeLinearCurve(float rangeMin, float rangeMax, int samples,
                             ChannelParams const& params)
 {
-    const LinearValues values = linearValues(params);
-    bool const withGamma = !gammaCountsAsAbsent(params[4]);
     return sampleTransfer(rangeMin, rangeMax, samples,
-                          [&](float x) { return transferLinear(values, withGamma, x); });
+                          makeLinear(params, !gammaCountsAsAbsent(params[4])));
 }
 
 float findKneeFactor(double x, float y)
@@ -349,65 +291,51 @@ float findKneeFactor(double x, float y)
     }
     for (int halving = 0; halving < 30; ++halving) {
         float const f2 = (f0 + f1) * 0.5F;
-        if (y > knee(x, f2)) {
-            f1 = f2;
-        } else {
-            f0 = f2;
-        }
+        (y > knee(x, f2) ? f1 : f0) = f2;
     }
     return (f0 + f1) * 0.5F;
 }
 
-ExrValues exrValues(ChannelParams const& params)
+/// Defog, exposure, knee, gamma and scale. NaN becomes the result of 0.
+Mapping makeExr(ChannelParams const& params)
 {
-    auto const [exposure, defog, kneeHigh, kneeLow, gamma] = params;
+    auto const [exposure, defog, kneeHigh, kneeLowStops, gamma] = params;
+    auto const factor = static_cast<float>(::pow(2.0, static_cast<double>(exposure) + 2.47393));
     float const kneeEnd = ::powf(2.0F, kneeHigh);
-
-    ExrValues values{};
-    values.defog = defog;
-    values.exposureFactor = static_cast<float>(::pow(2.0, static_cast<double>(exposure) + 2.47393));
-    values.kneeLow = ::powf(2.0F, kneeLow);
-    double const kneeSpan = static_cast<double>(kneeEnd - values.kneeLow);
-    auto const kneeTarget =
-        static_cast<float>(::pow(2.0, 3.5) - static_cast<double>(values.kneeLow));
-    values.kneeFactor = findKneeFactor(kneeSpan, kneeTarget);
-    values.invGamma = 1.0F / guardFromZero(gamma);
-    return values;
-}
-
-float transferExr(ExrValues const& values, float value)
-{
-    float const difference = value - values.defog;
-    float const defogged = difference > 0.0F ? difference : 0.0F;
-    float exposed = defogged * values.exposureFactor;
-    if (exposed > values.kneeLow) {
-        double const factor = static_cast<double>(values.kneeFactor);
-        double const excess = static_cast<double>(exposed - values.kneeLow);
-        auto const compressed = static_cast<float>(::log(excess * factor + 1.0) / factor);
-        exposed = values.kneeLow + compressed;
-    }
-    float const power = ::powf(exposed, values.invGamma);
-    return power * 84.66F / 255.0F;
+    float const kneeLow = ::powf(2.0F, kneeLowStops);
+    double const kneeSpan = static_cast<double>(kneeEnd - kneeLow);
+    auto const kneeTarget = static_cast<float>(::pow(2.0, 3.5) - static_cast<double>(kneeLow));
+    float const kneeFactor = findKneeFactor(kneeSpan, kneeTarget);
+    float const invGamma = 1.0F / guardFromZero(gamma);
+    return [=, black = defog](float value) {
+        float const difference = value - black;
+        float const defogged = difference > 0.0F ? difference : 0.0F;
+        float exposed = defogged * factor;
+        if (exposed > kneeLow) {
+            exposed = kneeLow + knee(static_cast<double>(exposed - kneeLow), kneeFactor);
+        }
+        return ::powf(exposed, invGamma) * 84.66F / 255.0F;
+    };
 }
 
 Polyline computeExrCurve(float rangeMin, float rangeMax, int samples, ChannelParams const& params)
 {
-    const ExrValues values = exrValues(params);
-    return sampleTransfer(rangeMin, rangeMax, samples,
-                          [&](float x) { return transferExr(values, x); });
+    return sampleTransfer(rangeMin, rangeMax, samples, makeExr(params));
 }
 
 // Whole chain -----------------------------------------------------------------------------------
 
-Chain::Chain(ChainParams const& chainParams)
-    : params(chainParams), linear{linearValues(params.linear[0]), linearValues(params.linear[1]),
-                                  linearValues(params.linear[2])},
-      exr{exrValues(params.exr[0]), exrValues(params.exr[1]), exrValues(params.exr[2])},
-      lookups{CurveLookup(params.curves[0]), CurveLookup(params.curves[1]),
-              CurveLookup(params.curves[2])},
-      gammaNeeded(!gammaCountsAsOne(params.linear[0][4]) ||
-                  !gammaCountsAsOne(params.linear[1][4]) || !gammaCountsAsOne(params.linear[2][4]))
+Chain::Chain(ChainParams const& chainParams) : params(chainParams)
 {
+    bool const withGamma =
+        std::any_of(params.linear.begin(), params.linear.end(),
+                    [](ChannelParams const& channel) { return !gammaCountsAsOne(channel[4]); });
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+        transfers.at(channel) = params.mode == Mode::Linear
+                                    ? makeLinear(params.linear.at(channel), withGamma)
+                                    : makeExr(params.exr.at(channel));
+        lookups.at(channel) = makeLookup(params.curves.at(channel));
+    }
 }
 
 Pixel Chain::transform(Pixel const& in) const
@@ -417,18 +345,12 @@ Pixel Chain::transform(Pixel const& in) const
 
 float Chain::transformChannel(std::size_t channel, float value) const
 {
-    bool const isLinear = params.mode == Mode::Linear;
-    float result = isLinear ? transferLinear(linear[channel], gammaNeeded, value)
-                            : transferExr(exr[channel], value);
+    float result = transfers[channel](value);
     if (params.adjust) {
-        result = lookups[channel].map(result);
+        result = lookups[channel](result);
     }
-    return isLinear && params.clamp ? clampLinear(linear[channel], result) : result;
-}
-
-Pixel transformPixel(ChainParams const& params, Pixel const& in)
-{
-    return Chain(params).transform(in);
+    bool const clamps = params.mode == Mode::Linear && params.clamp;
+    return clamps ? clampLinear(params.linear[channel], result) : result;
 }
 
 // Pixel depths ----------------------------------------------------------------------------------
@@ -440,13 +362,8 @@ float fromByte(std::uint8_t byte)
 
 std::uint8_t toByte(float value)
 {
-    if (std::isnan(value) || value <= 0.0F) {
-        return 0;
-    }
-    if (value >= 1.0F) {
-        return 255;
-    }
-    return static_cast<std::uint8_t>(std::nearbyint(value * 255.0F));
+    float const positive = value > 0.0F ? value : 0.0F;
+    return static_cast<std::uint8_t>(std::nearbyint(positive < 1.0F ? positive * 255.0F : 255.0F));
 }
 
 float fromHalf(std::uint16_t bits)

@@ -10,6 +10,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace reference {
@@ -21,6 +22,9 @@ struct Point {
 struct Pixel {
     float r, g, b, a;
 };
+
+/// What becomes of one value.
+using Mapping = std::function<float(float)>;
 
 // Curves ----------------------------------------------------------------------------------------
 
@@ -52,82 +56,31 @@ struct Table {
 };
 
 /// Samples `polyline` over [rangeMin, rangeMax], clipped to the polyline's own extent.
-/// `length` is at least 3. Throws std::logic_error for an empty or unordered polyline.
+/// `length` is at least 3; the polyline has a point.
 Table sampleTable(Polyline polyline, float rangeMin, float rangeMax,
                   std::size_t length = stageTableLength);
 
-/// Straight continuation of a curve beyond an end key; all zero when the handle is on the key.
-struct EndLine {
-    float slope = 0.0F;
-    float keyX = 0.0F;
-    float keyY = 0.0F;
-};
-
-/// One adjustment curve as a value-to-value mapping. Immutable after construction.
-class CurveLookup {
-public:
-    /// Samples the curve as the adjustment stage does. Throws std::logic_error without a key.
-    explicit CurveLookup(ControlPoints const& curve);
-
-    /// Uses the given table; `curve` (at least one key) only gives the two end lines.
-    CurveLookup(ControlPoints const& curve, Table table);
-
-    /// Maps one value. NaN, and every value when the table has no width, give entry 0.
-    float map(float value) const;
-
-    Table const& table() const { return samples; }
-
-private:
-    Table samples;
-    float scale = 0.0F;  // table intervals per unit of input
-    float offset = 0.0F; // table position of input 0
-    EndLine below;
-    EndLine above;
-};
+/// One adjustment curve: every value when the table has no width, and NaN, give entry 0. The curve
+/// has a key; with a table of its own it only gives the two end lines.
+Mapping makeLookup(ControlPoints const& curve);
+Mapping makeLookup(ControlPoints const& curve, Table const& table);
 
 // Transfers -------------------------------------------------------------------------------------
 
-/// The five parameters of one channel, in the mode's parameter order.
+/// The five parameters of one channel. Linear: input minimum and maximum, output minimum and
+/// maximum, gamma. EXR display: exposure, defog, knee high, knee low, gamma; all but defog and
+/// gamma in stops.
 using ChannelParams = std::array<float, 5>;
 
-/// Working values of one channel of the Linear mode.
-struct LinearValues {
-    float scale, offset, invGamma;
-    float clampLow, clampHigh;
-};
-
-/// Parameters: input minimum, input maximum, output minimum, output maximum, gamma.
-LinearValues linearValues(ChannelParams const& params);
-
-/// True if the Linear mode leaves out the power step for this gamma. False for NaN.
-bool gammaCountsAsOne(float gamma);
-
-/// The levels line and, if `withGamma`, the power mirrored at the origin. Never clamps.
-float transferLinear(LinearValues const& values, bool withGamma, float value);
-
-/// The clamp that follows the curves. NaN passes; a reversed range gives its high end.
-float clampLinear(LinearValues const& values, float value);
-
 /// The drawn curve of the Linear mode: as many points as samples, or one more. Does not end for a
-/// step that does not advance x. Throws std::length_error for a negative count.
+/// step that does not advance x.
 Polyline computeLinearCurve(float rangeMin, float rangeMax, int samples,
                             ChannelParams const& params);
-
-/// Working values of one channel of the EXR display mode.
-struct ExrValues {
-    float defog, exposureFactor, kneeLow, kneeFactor, invGamma;
-};
-
-/// Parameters: exposure, defog, knee high, knee low, gamma; all but defog and gamma in stops.
-ExrValues exrValues(ChannelParams const& params);
 
 /// The factor f with log(x * f + 1) / f = y, found by doubling and 30 bisections.
 float findKneeFactor(double x, float y);
 
-/// Defog, exposure, knee, gamma and scale. NaN becomes the result of 0. Never clamps.
-float transferExr(ExrValues const& values, float value);
-
-/// The drawn curve of the EXR display mode; points and failures as computeLinearCurve.
+/// The drawn curve of the EXR display mode; points as computeLinearCurve.
 Polyline computeExrCurve(float rangeMin, float rangeMax, int samples, ChannelParams const& params);
 
 // Whole chain -----------------------------------------------------------------------------------
@@ -157,7 +110,7 @@ struct ChainParams {
 /// The chain with its tables prepared, for many pixels. Immutable after construction.
 class Chain {
 public:
-    /// Throws std::logic_error if a channel's curve has no key, even with `adjust` off.
+    /// Every channel's curve has a key, even with `adjust` off.
     explicit Chain(ChainParams const& params);
 
     /// Transfer, then curves, then clamp. Alpha is copied bit for bit.
@@ -167,14 +120,9 @@ private:
     float transformChannel(std::size_t channel, float value) const;
 
     ChainParams params;
-    std::array<LinearValues, 3> linear;
-    std::array<ExrValues, 3> exr;
-    std::vector<CurveLookup> lookups;
-    bool gammaNeeded;
+    std::array<Mapping, 3> transfers;
+    std::array<Mapping, 3> lookups;
 };
-
-/// One pixel through a chain made for it alone.
-Pixel transformPixel(ChainParams const& params, Pixel const& in);
 
 // Pixel depths ----------------------------------------------------------------------------------
 

@@ -14,46 +14,27 @@ namespace {
 
 constexpr std::uint32_t quietBit = 0x00400000U;
 
-float quietNan(std::uint32_t bits)
-{
-    return std::bit_cast<float>(0x7F800000U | quietBit | bits);
-}
-
 /// Evenly spread over [0, 1), in steps of 2^-24.
 float unitValue(std::uint32_t word)
 {
     return static_cast<float>(word >> 8U) * 0x1p-24F;
 }
 
-/// Any bit pattern; signalling NaNs are made quiet, because a mere copy may do that anyway.
-float anyValue(std::uint32_t word)
-{
-    auto const value = std::bit_cast<float>(word);
-    return std::isnan(value) ? std::bit_cast<float>(word | quietBit) : value;
-}
-
-std::uint32_t nextWord(std::mt19937& words)
-{
-    return static_cast<std::uint32_t>(words()); // the engine's type may be wider than its words
-}
-
 float randomValue(std::mt19937& words)
 {
-    const std::uint32_t kind = nextWord(words) % 16U;
-    const std::uint32_t word = nextWord(words);
+    auto const kind = words() % 16U;
+    auto const word = static_cast<std::uint32_t>(words());
     if (kind < 8U) {
         return unitValue(word);
     }
-    if (kind < 11U) {
+    if (kind < 12U) {
         return unitValue(word) * 4.0F - 2.0F;
     }
-    if (kind < 13U) {
-        return std::ldexp(unitValue(word), static_cast<int>(word % 17U)); // up to 2^16
+    if (kind < 14U) {
+        return std::ldexp(unitValue(word) - 0.5F, static_cast<int>(word % 18U)); // up to 2^16
     }
-    if (kind == 13U) {
-        return (unitValue(word) * 2.0F - 1.0F) * 65504.0F;
-    }
-    return anyValue(word);
+    auto const value = std::bit_cast<float>(word);
+    return std::isnan(value) ? std::bit_cast<float>(word | quietBit) : value;
 }
 
 } // namespace
@@ -61,35 +42,20 @@ float randomValue(std::mt19937& words)
 std::vector<float> standardValues()
 {
     using Limits = std::numeric_limits<float>;
+    constexpr float magnitudes[][6] = {
+        {0.0F, 0x1p-149F, 0x1p-130F, Limits::min(), 0x1p-24F, 1e-7F},
+        {0.001F, 0.05F, 0.18F, 0.5F, 0.9F, 0x1.fffffep-1F},
+        {1.0F, 0x1.000002p+0F, 1.000001F, 1.5F, 2.2F, 10.0F},
+        {255.0F, 65504.0F, 65520.0F, 1e20F, Limits::max(), Limits::infinity()}};
     std::vector<float> values;
-    for (float const magnitude : {0.0F,
-                                  Limits::denorm_min(),
-                                  0x1p-130F,
-                                  Limits::min(),
-                                  0x1p-24F,
-                                  1e-7F,
-                                  0.001F,
-                                  0.05F,
-                                  0.18F,
-                                  0.5F,
-                                  0.9F,
-                                  0x1.fffffep-1F,
-                                  1.0F,
-                                  0x1.000002p+0F,
-                                  1.5F,
-                                  10.0F,
-                                  255.0F,
-                                  65504.0F,
-                                  65520.0F,
-                                  1e20F,
-                                  Limits::max(),
-                                  Limits::infinity(),
-                                  quietNan(0),
-                                  quietNan(1),
-                                  quietNan(0x12000U),
-                                  quietNan(0x3FFFFFU)}) {
-        values.push_back(magnitude);
-        values.push_back(-magnitude);
+    for (auto const& row : magnitudes) {
+        for (float const magnitude : row) {
+            values.insert(values.end(), {magnitude, -magnitude});
+        }
+    }
+    for (std::uint32_t const payload : {0U, 1U, 0x12000U, 0x3FFFFFU}) {
+        auto const notANumber = std::bit_cast<float>(0x7F800000U | quietBit | payload);
+        values.insert(values.end(), {notANumber, -notANumber});
     }
     return values;
 }

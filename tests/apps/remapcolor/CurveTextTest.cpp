@@ -1,6 +1,7 @@
 #include "remapcolor/CurveText.h"
 
 #include "remapcolor/Failures.h"
+#include "support/Failures.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -29,51 +30,33 @@ TEST(CurveText, PlainKeysAreKeptAndJoinedWithoutOvershoot)
 {
     CurvePoints const curve = parseCurve("c", "0,0 0.5,1 1,1 2,1e-1");
     EXPECT_EQ(formatCurveKeys(curve), "0,0 0.5,1 1,1 2,0.1");
+    EXPECT_EQ(formatCurveKeys(parseCurve("c", "0,0 0.5,0 0.5,1 1,1")), "0,0 0.5,0 0.5,1 1,1");
     // Handles inside stay between their keys' heights; 1 is the highest key.
     for (std::size_t point = 1; point + 1 < curve.size(); ++point) {
         EXPECT_LE(curve[point].y, 1.0F) << "point " << point;
     }
 }
 
-TEST(CurveText, TwoKeysAtOnePlaceAreAStep)
+TEST(CurveText, WrongOnesAreRefusedWithTheirPlace)
 {
-    EXPECT_EQ(formatCurveKeys(parseCurve("c", "0,0 0.5,0 0.5,1 1,1")), "0,0 0.5,0 0.5,1 1,1");
-}
-
-struct Wrong {
-    std::string title;
-    std::string text;
-    std::string complaint;
-};
-
-class WrongCurveText : public testing::TestWithParam<Wrong> {};
-
-TEST_P(WrongCurveText, IsRefusedWithItsPlace)
-{
-    try {
-        parseCurve("--curve red", GetParam().text);
-        FAIL() << "accepted";
-    } catch (UsageError const& error) {
-        EXPECT_EQ(std::string(error.what()).find("--curve red: " + GetParam().complaint), 0U)
-            << error.what();
+    struct Case {
+        std::string text, complaint;
+    };
+    for (auto const& [text, complaint] :
+         {Case{"", "a curve needs at least two keys, not 0"},
+          Case{"0,0", "a curve needs at least two keys, not 1"},
+          Case{"-1,-1 0,0 1,1;", "a curve needs at least two keys, not 1"},
+          Case{";", "key 1 has 0 points"},
+          Case{"0,0 0.5,1 0.4,1", "key 3 at x 0.4 runs back behind key 2 at x 0.5"},
+          Case{"0,0 1,0 2,0; -1,0 0,0 1,0", "key 2 at x 0 runs back"},
+          Case{"0,0 1,a", "key 2: \"1,a\" is no point"}, Case{"0,0 1", "key 2: \"1\" is no point"},
+          Case{"0,0,0 1,1", "key 1: \"0,0,0\" is no point"},
+          Case{"0,0 1,inf", "key 2: \"1,inf\" is no point"},
+          Case{"0,0 1,1; 1,1 2,2 3,3", "key 1 has 2 points"},
+          Case{"0,0 1,1 2,2;; 2,2 3,3 4,4", "key 2 has 0 points"}}) {
+        std::string const failure = messageOf<UsageError>([&] { parseCurve("--curve red", text); });
+        EXPECT_TRUE(failure.starts_with("--curve red: " + complaint)) << text << ": " << failure;
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    , WrongCurveText,
-    testing::Values(
-        Wrong{"Empty", "", "a curve needs at least two keys, not 0"},
-        Wrong{"OneKey", "0,0", "a curve needs at least two keys, not 1"},
-        Wrong{"OneKeyWithHandles", "-1,-1 0,0 1,1;", "a curve needs at least two keys, not 1"},
-        Wrong{"OnlySemicolon", ";", "key 1 has 0 points"},
-        Wrong{"RunsBack", "0,0 0.5,1 0.4,1", "key 3 at x 0.4 runs back behind key 2 at x 0.5"},
-        Wrong{"RunsBackWithHandles", "0,0 1,0 2,0; -1,0 0,0 1,0", "key 2 at x 0 runs back"},
-        Wrong{"NoNumber", "0,0 1,a", "key 2: \"1,a\" is no point"},
-        Wrong{"OneCoordinate", "0,0 1", "key 2: \"1\" is no point"},
-        Wrong{"ThreeCoordinates", "0,0,0 1,1", "key 1: \"0,0,0\" is no point"},
-        Wrong{"NotFinite", "0,0 1,inf", "key 2: \"1,inf\" is no point"},
-        Wrong{"HandleMissing", "0,0 1,1; 1,1 2,2 3,3", "key 1 has 2 points"},
-        Wrong{"EmptyKeyInside", "0,0 1,1 2,2;; 2,2 3,3 4,4", "key 2 has 0 points"}),
-    [](auto const& info) { return info.param.title; });
 
 } // namespace

@@ -2,7 +2,6 @@
 
 #include "pluginAPI/IxSampleConversion.h"
 
-#include "base/HostException.h"
 #include "pluginAPI/PiPixelLoopOneSource.h"
 #include "support/PixelMatcher.h"
 #include "support/StandardPixels.h"
@@ -10,8 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstring>
-#include <functional>
 #include <random>
 
 namespace {
@@ -57,63 +54,6 @@ TEST(IxSampleConversionTest, FloatsRoundAsTheReference)
     }
 }
 
-TEST(IxSampleConversionTest, EveryByteWidensToItsShareAndComesBack)
-{
-    auto const format = makeFormat(IxPixelFormat::RGBA, IxPixelFormat::UINT8);
-    std::array<std::uint8_t, 256> bytes{};
-    for (std::size_t byte = 0; byte < bytes.size(); ++byte) {
-        bytes.at(byte) = static_cast<std::uint8_t>(byte);
-    }
-    std::array<Pixel, 64> pixels;
-    readPixelRow(format, reinterpret_cast<std::byte const*>(bytes.data()), pixels);
-    EXPECT_EQ(pixels[12].green, reference::fromByte(49));
-    EXPECT_EQ(pixels[63].alpha, 1.0F);
-    std::array<std::uint8_t, 256> back{};
-    writePixelRow(format, pixels, reinterpret_cast<std::byte*>(back.data()));
-    EXPECT_EQ(back, bytes);
-}
-
-TEST(IxSampleConversionTest, MissingComponentsAreBlackAndOpaque)
-{
-    std::array<float, 4> const samples{0.5F, -2.0F, 3.0F, 0.25F};
-    auto const* const row = reinterpret_cast<std::byte const*>(samples.data());
-    std::array<Pixel, 1> pixel;
-    readPixelRow(makeFormat(IxPixelFormat::ALPHA, IxPixelFormat::FLOAT32), row, pixel);
-    EXPECT_EQ(pixel[0], (Pixel{0, 0, 0, 0.5F}));
-    readPixelRow(makeFormat(IxPixelFormat::RGB, IxPixelFormat::FLOAT32), row, pixel);
-    EXPECT_EQ(pixel[0], (Pixel{0.5F, -2.0F, 3.0F, 1}));
-    std::array<float, 4> written{9, 9, 9, 9};
-    writePixelRow(makeFormat(IxPixelFormat::ALPHA, IxPixelFormat::FLOAT32),
-                  std::array{Pixel{1, 2, 3, 4}}, reinterpret_cast<std::byte*>(written.data()));
-    EXPECT_EQ(written, (std::array<float, 4>{4, 9, 9, 9}));
-}
-
-TEST(IxPixelFormatTest, RefusesWhatNoPictureIsMadeOf)
-{
-    struct Case {
-        int components, depth;
-        Rational aspectRatio;
-        char const* expression;
-    };
-    for (auto const& [components, depth, aspectRatio, expression] :
-         {Case{2, 32, {}, "_comps == ALPHA || _comps == RGB || _comps == RGBA"},
-          Case{4,
-               24,
-               {},
-               "_depth == UINT8 || _depth == FLOAT16 || _depth == FLOAT32 || _depth == COMPLEX"},
-          Case{4, 8, {0, 1}, "aspectRatio.getFloat() is greater than 0.F"},
-          Case{1, 64, {-1, 2}, "aspectRatio.getFloat() is greater than 0.F"}}) {
-        try {
-            IxPixelFormat const format(static_cast<IxPixelFormat::Components>(components),
-                                       static_cast<IxPixelFormat::Depth>(depth), aspectRatio,
-                                       notPremultiplied);
-            ADD_FAILURE() << expression;
-        } catch (AssertionFailure const& failure) {
-            EXPECT_EQ(failure.getExpression(), expression);
-        }
-    }
-}
-
 /// Replaces every component by its negative.
 class NegateLoop : public PiPixelLoopOneSource {
 public:
@@ -149,18 +89,6 @@ TEST(PiPixelLoopTest, WorksOnThePartThatTheDestinationCovers)
         readPixelRow(format, destination.getRow(2), result);
         EXPECT_EQ(result[0].alpha, -21.0F);
         EXPECT_EQ(result[1].alpha, -22.0F);
-    }
-}
-
-TEST(PiPixelLoopTest, RefusesASourceWithoutThePixels)
-{
-    auto const rgba = makeFormat(IxPixelFormat::RGBA, IxPixelFormat::FLOAT32);
-    auto const rgb = makeFormat(IxPixelFormat::RGB, IxPixelFormat::FLOAT32);
-    IxWriteGuard destination(IxTile(rgba, {0, 0, 4, 4}));
-    for (IxTile const& source :
-         {IxTile(rgb, {0, 0, 4, 4}), IxTile(rgba, {0, 0, 4, 3}), IxTile(rgba, {1, 0, 5, 4})}) {
-        NegateLoop loop(destination, PiImageModifierTypes::AffectColour);
-        EXPECT_THROW(loop.process(IxReadGuard(source)), AssertionFailure);
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include "base/EvEventManager.h"
 #include "base/HostException.h"
+#include "support/Failures.h"
 
 #include <gtest/gtest.h>
 
@@ -66,53 +67,54 @@ private:
     std::function<void()> work;
 };
 
-std::vector<PxRequest*> toRelease; // at the end of a test, unless the test itself does
+std::vector<PxRequest*> toRelease; // at the end of a test; releasing twice does nothing
+
+TestRequest* submit(OPtr<TestRequest> request, int priority = 0)
+{
+    manager().submit(request.get(), priority);
+    toRelease.push_back(request.get());
+    return request.release();
+}
 
 TestRequest* submitNew(std::function<void()> work, int priority = 0)
 {
-    auto request = makeOwned<TestRequest>(std::move(work));
-    manager().submit(request.get(), priority);
-    toRelease.push_back(request.get());
-    return static_cast<TestRequest*>(request.release());
+    return submit(makeOwned<TestRequest>(std::move(work)), priority);
 }
 
-/// Keeps all workers busy until `open`, so that what is submitted meanwhile stays in the queue.
+/// Keeps one worker busy until it is let through.
+struct Halt {
+    void operator()()
+    {
+        started.release();
+        mayFinish.acquire();
+    }
+    std::counting_semaphore<> started{0};
+    std::counting_semaphore<> mayFinish{0};
+};
+
+/// Keeps both workers busy until `open`, so that what is submitted meanwhile stays in the queue.
 class Blockade {
 public:
     Blockade()
     {
         for (auto*& request : blockers) {
-            request = submitNew([this] {
-                arrived.release();
-                gate.acquire();
-            });
-        }
-        for (int blocker = 0; blocker < 2; ++blocker) {
-            arrived.acquire();
+            request = submitNew([this] { halt(); });
+            halt.started.acquire();
         }
     }
     ~Blockade()
     {
-        if (!isOpen) {
-            open(2);
-        }
+        open(2);
         for (auto* const request : blockers) {
             manager().wait(request);
             manager().release(request);
         }
     }
-    void open(int nbWorkers)
-    {
-        isOpen = true;
-        gate.release(nbWorkers);
-    }
-    void openRest() { gate.release(1); }
+    void open(int nbWorkers) { halt.mayFinish.release(nbWorkers); }
 
 private:
-    std::counting_semaphore<> arrived{0};
-    std::counting_semaphore<> gate{0};
+    Halt halt;
     TestRequest* blockers[2] = {};
-    bool isOpen = false;
 };
 
 struct PxRequestMgrTest : ::testing::Test {
@@ -131,17 +133,6 @@ struct PxRequestMgrTest : ::testing::Test {
     }
 };
 
-TEST_F(PxRequestMgrTest, StepsRunInOrderOnAWorker)
-{
-    auto* const request = submitNew({});
-    manager().wait(request);
-    EXPECT_EQ("ecpu", request->steps);
-    EXPECT_EQ(nullptr, request->getFailure());
-    EXPECT_FALSE(manager().isWorkerThreadCurrent());
-    manager().release(request);
-    EXPECT_EQ(0, nbAlive);
-}
-
 TEST_F(PxRequestMgrTest, LowerPrioritiesFirstThenTheOldest)
 {
     std::string order; // only one worker is let through
@@ -155,165 +146,68 @@ TEST_F(PxRequestMgrTest, LowerPrioritiesFirstThenTheOldest)
     for (auto* const request : requests) {
         manager().wait(request);
     }
-    blockade.openRest();
     EXPECT_EQ("abcde", order);
 }
 
-TEST_F(PxRequestMgrTest, QueuedRequestThatIsCancelledNeverRuns)
+TEST_F(PxRequestMgrTest, QueuedRequestThatIsCancelledOrReleasedNeverRuns)
 {
     TestRequest* request = nullptr;
     {
         Blockade const blockade;
         request = submitNew({});
+        EXPECT_THROW(manager().submit(request, 0), AssertionFailure);
         manager().cancel(request);
         manager().wait(request);
+        manager().release(submitNew({}));
+        EXPECT_EQ(3, nbAlive); // with the blockade's own
     }
     manager().wait(request);
     EXPECT_EQ("", request->steps);
 }
 
-TEST_F(PxRequestMgrTest, QueuedRequestThatIsReleasedDiesAtOnce)
+TEST_F(PxRequestMgrTest, FailuresAreKeptAndEachIsReportedOnceToTheReporterOrTheEventManager)
 {
-    Blockade const blockade;
-    auto* const request = submitNew({});
-    manager().release(request);
-    EXPECT_EQ(2, nbAlive); // the blockade's own
-}
-
-TEST_F(PxRequestMgrTest, RunningRequestThatIsCancelledPostsNothing)
-{
-    std::binary_semaphore started{0};
-    std::binary_semaphore mayFinish{0};
-    auto* const request = submitNew([&] {
-        started.release();
-        mayFinish.acquire();
-    });
-    started.acquire();
-    manager().cancel(request);
-    mayFinish.release();
-    manager().wait(request);
-    EXPECT_EQ("ecu", request->steps);
-}
-
-TEST_F(PxRequestMgrTest, CancelWaitsForAResultThatIsBeingPosted)
-{
-    std::binary_semaphore posting{0};
-    std::atomic<bool> isPosted = false;
-    auto request = makeOwned<TestRequest>();
-    request->postWork = [&] {
-        posting.release();
-        std::this_thread::sleep_for(20ms);
-        isPosted = true;
-    };
-    manager().submit(request.get(), 0);
-    auto* const submitted = request.release();
-    toRelease.push_back(submitted);
-    posting.acquire();
-    manager().cancel(submitted);
-    EXPECT_TRUE(isPosted);
-}
-
-TEST_F(PxRequestMgrTest, RunningRequestThatIsReleasedDiesWithItsEvent)
-{
-    for (bool const isProcessed : {true, false}) {
-        std::binary_semaphore started{0};
-        std::binary_semaphore mayFinish{0};
-        auto* const request = submitNew([&] {
-            started.release();
-            mayFinish.acquire();
-        });
-        started.acquire();
-        manager().release(request);
-        mayFinish.release();
-        ASSERT_TRUE(events().waitForEvents(30s));
-        EXPECT_EQ(1, nbAlive);
-        if (isProcessed) {
-            EXPECT_EQ(1, events().processEvents());
-        } else {
-            events().discardEvents();
+    for (bool const hasReporter : {true, false}) {
+        std::vector<std::string> reports;
+        manager().setFailureReporter({});
+        if (hasReporter) {
+            manager().setFailureReporter([&](std::string const& text) { reports.push_back(text); });
         }
-        EXPECT_EQ(0, nbAlive);
+        auto request = makeOwned<TestRequest>([] { throw std::runtime_error("first"); });
+        request->completeWork = [] { throw 2; };
+        auto* const submitted = submit(std::move(request));
+        manager().wait(submitted);
+        EXPECT_EQ("ecpu", submitted->steps);
+        EXPECT_THROW(std::rethrow_exception(submitted->getFailure()), std::runtime_error);
+        EXPECT_TRUE(reports.empty());
+        EXPECT_EQ(2, events().processEvents());
+        auto const kept = events().takeFailures();
+        EXPECT_EQ(hasReporter, kept.empty());
+        auto const& told = hasReporter ? reports : kept;
+        ASSERT_EQ(2U, told.size());
+        expectLineWith("TestRequest: first", told[0]);
+        expectLineWith("TestRequest: failure of an unknown kind", told[1]);
     }
-}
-
-TEST_F(PxRequestMgrTest, FailuresAreKeptAndEachIsReportedOnce)
-{
-    std::vector<std::string> reports;
-    manager().setFailureReporter([&](std::string const& text) { reports.push_back(text); });
-    auto request = makeOwned<TestRequest>([] { throw std::runtime_error("first"); });
-    request->completeWork = [] { throw 2; };
-    manager().submit(request.get(), 0);
-    auto* const submitted = request.release();
-    toRelease.push_back(submitted);
-    manager().wait(submitted);
-
-    EXPECT_EQ("ecpu", submitted->steps);
-    EXPECT_THROW(std::rethrow_exception(submitted->getFailure()), std::runtime_error);
-    EXPECT_TRUE(reports.empty());
-    EXPECT_EQ(2, events().processEvents());
-    ASSERT_EQ(2U, reports.size());
-    EXPECT_NE(std::string::npos, reports[0].find("TestRequest: first"));
-    EXPECT_NE(std::string::npos, reports[1].find("TestRequest: failure of an unknown kind"));
-}
-
-TEST_F(PxRequestMgrTest, WithoutAReporterFailuresGoToTheEventManager)
-{
-    manager().wait(submitNew([] { throw std::runtime_error("lost?"); }));
-    events().processEvents();
-    auto const failures = events().takeFailures();
-    ASSERT_EQ(1U, failures.size());
-    EXPECT_NE(std::string::npos, failures[0].find("lost?"));
-}
-
-TEST_F(PxRequestMgrTest, WorkersMayNotUseTheSubmittersOperations)
-{
-    TestRequest request;
-    EXPECT_THROW(manager().submit(nullptr, 0), NullPointerException);
-    {
-        PxWorkerScope const outer;
-        {
-            PxWorkerScope const inner;
-        }
-        EXPECT_TRUE(manager().isWorkerThreadCurrent());
-        EXPECT_THROW(manager().submit(&request, 0), AssertionFailure);
-        EXPECT_THROW(manager().cancel(&request), AssertionFailure);
-        EXPECT_THROW(manager().release(&request), AssertionFailure);
-        EXPECT_THROW(manager().wait(&request), AssertionFailure);
-        EXPECT_THROW(manager().shutDown(), AssertionFailure);
-    }
-    EXPECT_FALSE(manager().isWorkerThreadCurrent());
-    // Unknown to the manager: nothing to do.
-    manager().cancel(&request);
-    manager().wait(&request);
-    manager().release(&request);
-}
-
-TEST_F(PxRequestMgrTest, RequestIsSubmittedOnce)
-{
-    Blockade const blockade;
-    auto* const request = submitNew({});
-    EXPECT_THROW(manager().submit(request, 0), AssertionFailure);
 }
 
 TEST_F(PxRequestMgrTest, ShutDownLetsRunningRequestsFinishAndCancelsTheRest)
 {
     std::atomic<bool> isQueuedOneRun = false;
-    std::atomic<bool> isRunningOneFinished = false;
+    std::atomic<int> nbFinished = 0;
     std::counting_semaphore<> started{0};
-    auto const slowWork = [&] {
-        started.release();
-        std::this_thread::sleep_for(20ms);
-        isRunningOneFinished = true;
-    };
-    submitNew(slowWork);
-    submitNew(slowWork);
-    started.acquire();
-    started.acquire();
+    for (int running = 0; running < 2; ++running) {
+        submitNew([&] {
+            started.release();
+            std::this_thread::sleep_for(20ms);
+            ++nbFinished;
+        });
+        started.acquire();
+    }
     auto* const queued = submitNew([&] { isQueuedOneRun = true; }, 1);
     manager().shutDown();
     manager().wait(queued);
     EXPECT_EQ(3, nbAlive); // whoever submitted them may still use them
-    EXPECT_TRUE(isRunningOneFinished);
+    EXPECT_EQ(2, nbFinished);
     EXPECT_FALSE(isQueuedOneRun);
 
     manager().wait(submitNew([&] { isQueuedOneRun = true; }));
@@ -345,11 +239,11 @@ TEST_F(PxRequestMgrTest, ManyPicksInARowNeverLoseARequestOrPostACancelledOne)
             manager().cancel(pending);
             newestCancelled = round - 1;
         }
-        manager().submit(request.get(), static_cast<int>(random() % 3));
+        auto* const newest = submit(std::move(request), static_cast<int>(random() % 3));
         if (pending != nullptr) {
             manager().release(pending);
         }
-        pending = static_cast<TestRequest*>(request.release());
+        pending = newest;
         if (random() % 4 == 0) {
             manager().wait(pending);
         }

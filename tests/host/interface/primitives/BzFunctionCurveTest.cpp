@@ -2,7 +2,6 @@
 
 #include "primitives/BzFunctionCurve.h"
 
-#include "base/RCShdPtr.h"
 #include "support/PixelMatcher.h"
 
 #include <gtest/gtest.h>
@@ -13,18 +12,13 @@ namespace {
 
 using Points = Vector<GePoint2<float>>;
 
-template <typename Curve>
-Points evaluate(RCShdPtr<Curve> const& curve, Points const& points, int subdivisions)
+Points evaluate(Points const& points, int subdivisions)
 {
-    curve->getCtrlPoints() = points;
+    BzFunctionCurve curve(BzFunctionCurve::Tangent, 0);
+    curve.getCtrlPoints() = points;
     Points polyline;
-    curve->evaluateCurve(polyline, subdivisions, 0.25F);
+    curve.evaluateCurve(polyline, subdivisions, 0.25F);
     return polyline;
-}
-
-Points evaluateFunction(Points const& points, int subdivisions)
-{
-    return evaluate(makeShared<BzFunctionCurve>(BzFunctionCurve::Tangent, 0), points, subdivisions);
 }
 
 /// Handles anywhere: they run back, reach past the next key, or lie on their own.
@@ -54,7 +48,7 @@ TEST(BzFunctionCurveTest, EqualsReferenceAndNeverRunsBack)
         }
         int const subdivisions = round % 2 == 0 ? 30 : 7;
         reference::Polyline const expected = reference::evaluateCurve(plain, subdivisions);
-        Points const actual = evaluateFunction(points, subdivisions);
+        Points const actual = evaluate(points, subdivisions);
         ASSERT_EQ(actual.size(), expected.size());
         for (std::size_t point = 0; point < actual.size(); ++point) {
             ASSERT_TRUE(reference::sameBits(actual[point].x, expected[point].x));
@@ -64,35 +58,6 @@ TEST(BzFunctionCurveTest, EqualsReferenceAndNeverRunsBack)
             }
         }
     }
-}
-
-TEST(BzFunctionCurveTest, KeysStandOnceAndAsStored)
-{
-    EXPECT_EQ(evaluateFunction({}, 30), Points());
-    EXPECT_EQ(evaluateFunction({{0, 0}, {0.1F, 0.7F}, {9, 9}}, 30), (Points{{0.1F, 0.7F}}));
-    EXPECT_EQ(evaluateFunction({{0, 0}, {0, 0}, {1, 0}, {2, 3}, {3, 3}, {4, 4}}, 3),
-              (Points{{0, 0}, {1, 7.0F / 9.0F}, {2, 20.0F / 9.0F}, {3, 3}}));
-}
-
-TEST(BzFunctionCurveTest, StoredHandlesStayAndGiveTheTangents)
-{
-    BzFunctionCurve curve(BzFunctionCurve::Tangent, 2);
-    EXPECT_EQ(curve.getCtrlPoints(), Points(6));
-    Points const points{{5, 1}, {0, 0}, {-5, 2}, {9, 3}, {1, 1}, {-9, 4}};
-    curve.getCtrlPoints() = points;
-    Points polyline;
-    curve.evaluateCurve(polyline, 30, 0.0F);
-    EXPECT_EQ(curve.getCtrlPoints(), points);
-    EXPECT_EQ(curve.getTangentHandle(0), (GePoint2<float>{5, 1}));
-    EXPECT_EQ(curve.getTangentHandle(1), (GePoint2<float>{-9, 4}));
-}
-
-TEST(BzBezierCurveTest, OnlyFunctionCurvesHoldTheirHandlesBack)
-{
-    Points const points{{0, 0}, {0, 0}, {-4, 0}, {5, 1}, {1, 1}, {1, 1}};
-    EXPECT_EQ(evaluate(makeShared<BzBezierCurve>(), points, 2)[1], (GePoint2<float>{0.5F, 0.5F}));
-    Points const early = evaluate(makeShared<BzBezierCurve>(), points, 4);
-    EXPECT_LT(early[1].x, 0.0F);
 }
 
 } // namespace

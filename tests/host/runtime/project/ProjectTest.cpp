@@ -3,6 +3,7 @@
 #include "runtime/project/Project.h"
 
 #include "runtime/loader/ToolLoader.h"
+#include "support/Failures.h"
 #include "support/InMemoryHost.h"
 
 #include <gtest/gtest.h>
@@ -22,12 +23,7 @@ struct ProjectTest : ::testing::Test {
 
     std::string failureOf(std::string const& text) const
     {
-        try {
-            readProject(text, *node);
-        } catch (ProjectError const& error) {
-            return error.what();
-        }
-        return "";
+        return messageOf<ProjectError>([&] { readProject(text, *node); });
     }
 
     static std::string project(std::string const& values, std::string const& schema = "5")
@@ -102,13 +98,11 @@ TEST_F(ProjectTest, FailuresNameThePlace)
     };
     std::string const before = writeProject(*node);
     for (Case const& bad : cases) {
-        std::string const failure = failureOf(bad.text);
-        EXPECT_NE(std::string::npos, failure.find(bad.message)) << bad.text << "\n" << failure;
-        EXPECT_EQ(std::string::npos, failure.find('\n')) << failure;
+        expectLineWith(bad.message, failureOf(bad.text));
     }
     std::string newer = project("");
     newer.replace(newer.find("\"version\": 1"), 12, "\"version\": 2");
-    EXPECT_NE(std::string::npos, failureOf(newer).find("use a newer one"));
+    expectLineWith("use a newer one", failureOf(newer));
     EXPECT_EQ(before, writeProject(*node));
 }
 

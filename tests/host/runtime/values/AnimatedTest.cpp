@@ -2,9 +2,10 @@
 
 #include "runtime/values/Animated.h"
 
-#include "runtime/values/ValueNodes.h"
-
 #include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
 
 namespace {
 
@@ -33,11 +34,6 @@ void expectCases(Animated<T> const& animated, std::vector<TimeCase<T>> const& ca
     }
 }
 
-TEST(AnimatedTest, ConstantHoldsForEver)
-{
-    expectCases(Animated<double>(4.5), {{-1e9, 4.5, -infinity, infinity}});
-}
-
 TEST(AnimatedTest, DoublesGoInAStraightLineBetweenKeys)
 {
     Animated<double> const animated({{1, 10}, {3, 20}, {5, 20}, {6, 20}, {8, 0}});
@@ -51,6 +47,7 @@ TEST(AnimatedTest, DoublesGoInAStraightLineBetweenKeys)
                                    {7, 10, 7, 7},
                                    {8, 0, 8, infinity},
                                    {99, 0, 8, infinity}});
+    expectCases(Animated<double>(4.5), {{-1e9, 4.5, -infinity, infinity}});
 }
 
 TEST(AnimatedTest, IntegersAndSwitchesHoldUntilTheNextKey)
@@ -61,8 +58,6 @@ TEST(AnimatedTest, IntegersAndSwitchesHoldUntilTheNextKey)
                                 {3, 8, 3, justBefore(6)},
                                 {5.5, 8, 3, justBefore(6)},
                                 {6, 9, 6, infinity}});
-    expectCases<bool>(Animated<bool>({{0, true}, {2, false}}),
-                      {{1.9, true, -infinity, justBefore(2)}, {2, false, 2, infinity}});
 }
 
 TEST(AnimatedTest, CurvesGoInAStraightLinePointByPoint)
@@ -72,42 +67,6 @@ TEST(AnimatedTest, CurvesGoInAStraightLinePointByPoint)
     CurvePoints const quarter{{0, 1}, {1.5F, 2}, {2, 3}};
     expectCases<CurvePoints>(Animated<CurvePoints>({{0, low}, {4, high}}),
                              {{-1, low, -infinity, 0}, {1, quarter, 1, 1}, {4, high, 4, infinity}});
-}
-
-TEST(AnimatedTest, RefusesKeysThatDoNotRiseOrDoNotFit)
-{
-    using Keys = std::vector<Keyframe<double>>;
-    for (Keys const& keys : {Keys{}, Keys{{1, 0}, {1, 1}}, Keys{{2, 0}, {1, 1}},
-                             Keys{{std::nan(""), 0}}, Keys{{0, 0}, {infinity, 1}}}) {
-        EXPECT_THROW(Animated<double>{keys}, std::invalid_argument);
-    }
-    EXPECT_THROW(Animated<CurvePoints>({{0, CurvePoints(3)}, {1, CurvePoints(6)}}),
-                 std::invalid_argument);
-}
-
-template <typename Protocol>
-auto evaluateNode(ValueState const& state, double time)
-{
-    auto const value = makeShared<HostValue>("v", state, RCShdPtr<PiInputPolicy const>(), nullptr);
-    auto const node = castNode<Protocol const>(makeValueNode(value));
-    return node->evaluate(PxTimeContext(time));
-}
-
-TEST(ValueNodesTest, GiveTheValueAtTheTimeThroughTheProtocolOfItsKind)
-{
-    EXPECT_EQ(evaluateNode<PxAnimValueProtocol<double>>(Animated<double>({{0, 0}, {2, 1}}), 1.0)
-                  .getValue(),
-              0.5);
-    EXPECT_EQ(evaluateNode<PxAnimValueProtocol<int>>(Animated<int>({{0, 5}, {2, 6}}), 1.0)
-                  .getValidity()
-                  .getEnd(),
-              justBefore(2));
-    EXPECT_TRUE(evaluateNode<PxAnimValueProtocol<bool>>(Animated<bool>(true), 0).getValue());
-    auto const shape = evaluateNode<PxShape2dProtocol>(Animated<CurvePoints>(CurvePoints(3)), 0);
-    EXPECT_EQ(shape.getValue()->takeControlPoints().size(), 3U);
-    auto const none = evaluateNode<PxShape2dProtocol>(Animated<CurvePoints>(CurvePoints()), 0);
-    EXPECT_FALSE(none.getValue()->hasControlPoints());
-    EXPECT_TRUE(makeValueNode(makeShared<HostArrayValue>("list", nullptr)).isNull());
 }
 
 } // namespace

@@ -4,13 +4,12 @@
 #include "pluginAPI/PiToolInterface.h"
 #include "pluginAPI/PxRequestMgr.h"
 #include "support/PixelMatcher.h"
+#include "support/StandardPixels.h"
 
 #include <array>
-#include <limits>
 #include <random>
 
 using namespace memoryHost;
-using reference::ChannelParams;
 using reference::Mode;
 
 namespace {
@@ -22,22 +21,13 @@ constexpr std::array<char const*, 5> exrNames = {"Exposure", "Defog", "Knee High
                                                  "Gamma"};
 constexpr std::chrono::seconds longestWait{20};
 
-class MainContainer : public PiWidget {
-public:
-    std::string getName() const override { return "_mainContainer"; }
+struct Widget : PiWidget {
+    explicit Widget(std::string widgetName) : name(std::move(widgetName)) {}
+    std::string getName() const override { return name; }
+    std::string name;
 };
 
-RemapColorController* announcedController = nullptr;
-
-PiUserInterface::InstanceData announce(RCShdPtr<PiWidget> const&, RemapColorController& controller,
-                                       RCShdPtr<PiTimePath const> const&)
-{
-    announcedController = &controller;
-    return {};
-}
-
-class ResultHandler : public RemapColorController::SinglePixelHandler {
-public:
+struct ResultHandler : RemapColorController::SinglePixelHandler {
     using RemapColorController::SinglePixelHandler::call;
     void call(CoRgbaColorTyped<float>& colour) override
     {
@@ -61,25 +51,6 @@ private:
     std::mt19937 words;
 };
 
-constexpr float infinity = std::numeric_limits<float>::infinity();
-constexpr std::array wildValues{0.0F,
-                                -0.0F,
-                                1e-30F,
-                                -1e-30F,
-                                0x1p-149F,
-                                1e-7F,
-                                0.999999F,
-                                1.0F,
-                                2.2F,
-                                -1.0F,
-                                1.000001F,
-                                1e10F,
-                                -1e10F,
-                                3e38F,
-                                infinity,
-                                -infinity,
-                                std::numeric_limits<float>::quiet_NaN()};
-
 } // namespace
 
 std::string getParamInputName(Mode mode, int param, int channel)
@@ -98,35 +69,15 @@ std::vector<std::string> getInputNamesInOrder(Mode mode)
     if (mode == Mode::Linear) {
         names.emplace_back("Linear.Clamp");
     }
-    for (char const* const name : {"Output Depth", "Adjust Curve.Red", "Adjust Curve.Green",
-                                   "Adjust Curve.Blue", "Adjust"}) {
-        names.emplace_back(name);
-    }
+    names.insert(names.end(), {"Output Depth", "Adjust Curve.Red", "Adjust Curve.Green",
+                               "Adjust Curve.Blue", "Adjust"});
     return names;
 }
 
 FakeInputs::FakeInputs(Journal& nodeJournal) : journal(nodeJournal)
 {
-    add<int>("Mode", 0);
-    add<int>("Output Depth", 3);
-    add<bool>("Adjust", true);
-    add<bool>("Linear.Clamp", false);
-    for (int channel = 0; channel < 3; ++channel) {
-        std::string const name = std::string("Adjust Curve.") + channelNames.at(channel);
-        nodes[name] =
-            PxStrongHndl<>(makeNode<FakeShapeNode>(name, RCPvtEngPtr<PmShape2d>(), journal).get());
-        for (int param = 0; param < 5; ++param) {
-            add<double>(getParamInputName(Mode::Linear, param, channel), 0.0);
-            add<double>(getParamInputName(Mode::ExrDisplay, param, channel), 0.0);
-        }
-    }
+    set<int>("Output Depth", 3);
     setParams({});
-}
-
-template <typename T>
-void FakeInputs::add(std::string const& name, T constant)
-{
-    nodes[name] = PxStrongHndl<>(makeNode<FakeValueNode<T>>(name, constant, journal).get());
 }
 
 PxStrongHndl<> FakeInputs::getInputNode(std::string const& name)
@@ -142,15 +93,7 @@ PxStrongHndl<> FakeInputs::getInputNode(RCShdPtr<PiInput const> const& input)
 
 void FakeInputs::setValidity(std::string const& name, PxValidityInterval const& validity)
 {
-    if (name.starts_with("Adjust Curve")) {
-        curve(name).validity = validity;
-    } else if (name == "Mode" || name == "Output Depth") {
-        value<int>(name).validity = validity;
-    } else if (name == "Adjust" || name == "Linear.Clamp") {
-        value<bool>(name).validity = validity;
-    } else {
-        value<double>(name).validity = validity;
-    }
+    dynamic_cast<FakeValidity&>(*nodes.at(name)).validity = validity;
 }
 
 void FakeInputs::setParams(reference::ChainParams const& params)
@@ -159,10 +102,8 @@ void FakeInputs::setParams(reference::ChainParams const& params)
     set<bool>("Adjust", params.adjust);
     set<bool>("Linear.Clamp", params.clamp);
     for (int channel = 0; channel < 3; ++channel) {
-        auto const shape = makeShape(params.curves.at(channel));
-        curve(std::string("Adjust Curve.") + channelNames.at(channel)).valueAt = [shape](double) {
-            return shape;
-        };
+        set<Shape>(std::string("Adjust Curve.") + channelNames.at(channel),
+                   makeShape(params.curves.at(channel)));
         for (int param = 0; param < 5; ++param) {
             set<double>(getParamInputName(Mode::Linear, param, channel),
                         params.linear.at(channel).at(param));
@@ -170,6 +111,27 @@ void FakeInputs::setParams(reference::ChainParams const& params)
                         params.exr.at(channel).at(param));
         }
     }
+}
+
+PiUserInterface::InstanceData openWidget(PiNodeController& controller, std::string const& name)
+{
+    return dynamic_cast<PiUserInterface&>(controller)
+        .createWidgetInstanceData(makeShared<Widget>(name), makeShared<PiTimePath>());
+}
+
+RemapColorController& showController(PiNodeController& controller)
+{
+    static RemapColorController* shown = nullptr;
+    [[maybe_unused]] static bool const isInstalled = [] { // it cannot be taken back
+        RemapColorController::addInstanceDataFactory(
+            [](auto const&, RemapColorController& owner, auto const&) {
+                shown = &owner;
+                return PiUserInterface::InstanceData();
+            });
+        return true;
+    }();
+    openWidget(controller, "_mainContainer");
+    return *shown;
 }
 
 ToolBench::ToolBench()
@@ -184,14 +146,21 @@ ToolBench::~ToolBench()
     takeDown();
 }
 
+void ToolBench::loseNode()
+{
+    chain = {};
+    if (!node.isNull()) {
+        graph->removeNode(node);
+    }
+    node = {};
+}
+
 Journal ToolBench::takeDown()
 {
     journal.clear();
-    inputs.clear();
+    inputs.nodes.clear();
     source = {};
-    chain = {};
-    graph->removeNode(node);
-    node = {};
+    loseNode();
     // A request that has delivered its result may still be under way, and holds the chain.
     PxRequestMgr::getInstance().shutDown();
     EvEventManager::getInstance().discardEvents();
@@ -200,18 +169,7 @@ Journal ToolBench::takeDown()
 
 RemapColorController& ToolBench::getController()
 {
-    return findController(*node);
-}
-
-RemapColorController& findController(HostNode& node)
-{
-    [[maybe_unused]] static bool const isInstalled = [] {
-        RemapColorController::addInstanceDataFactory(&announce);
-        return true;
-    }();
-    auto const panel = castStrong<PiUserInterface>(node.getController().lock());
-    panel->createWidgetInstanceData(makeShared<MainContainer>(), {});
-    return *announcedController;
+    return showController(*node->getController().lock());
 }
 
 PxImageProtocol const& ToolBench::buildChain()
@@ -235,6 +193,11 @@ PxImageResult ToolBench::compute(double time) const
     return computeTile(*chain, region, time);
 }
 
+Picture ToolBench::computePicture(double time) const
+{
+    return readTile(compute(time).getTileGuard().getTile());
+}
+
 Pixels ToolBench::transform(reference::ChainParams const& params, Pixels const& pixels)
 {
     inputs.setParams(params);
@@ -242,7 +205,7 @@ Pixels ToolBench::transform(reference::ChainParams const& params, Pixels const& 
     if (chain.isNull()) {
         buildChain();
     }
-    Pixels results = readTile(compute().getTileGuard().getTile()).getPixels();
+    Pixels results = computePicture().getPixels();
     results.resize(pixels.size());
     return results;
 }
@@ -299,6 +262,7 @@ reference::ControlPoints makeRandomCurve(std::uint32_t seed)
 
 reference::ChainParams makeRandomParams(std::uint32_t seed, Draw draw)
 {
+    static std::vector<float> const wildValues = reference::standardValues();
     Dice dice(seed);
     reference::ChainParams params;
     params.mode = dice.below(2) == 0 ? Mode::Linear : Mode::ExrDisplay;

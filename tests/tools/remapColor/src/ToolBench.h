@@ -4,6 +4,7 @@
 /// host would let through.
 
 #include "remapColorController.h"
+#include "support/Failures.h"
 #include "support/InMemoryHost.h"
 
 #include <gtest/gtest.h>
@@ -27,41 +28,35 @@ public:
     PxStrongHndl<> getInputNode(std::string const& name) override;
     PxStrongHndl<> getInputNode(RCShdPtr<PiInput const> const& input) override;
 
+    /// What the input's value is at a time.
     template <typename T>
-    memoryHost::FakeValueNode<T>& value(std::string const& name)
+    std::function<T(double)>& valueAt(std::string const& name)
     {
-        return dynamic_cast<memoryHost::FakeValueNode<T>&>(*nodes.at(name));
+        auto& node = nodes[name];
+        if (node.isNull()) {
+            node = PxStrongHndl<>(makeNode<memoryHost::FakeNode<T>>(name, journal).get());
+        }
+        return dynamic_cast<memoryHost::FakeNode<T>&>(*node).valueAt;
     }
-    memoryHost::FakeShapeNode& curve(std::string const& name)
-    {
-        return dynamic_cast<memoryHost::FakeShapeNode&>(*nodes.at(name));
-    }
-
-    /// Sets how long the value of the input holds, whatever its type.
-    void setValidity(std::string const& name, PxValidityInterval const& validity);
-
     template <typename T>
     void set(std::string const& name, T constant)
     {
-        value<T>(name).valueAt = [constant](double) { return constant; };
+        valueAt<T>(name) = [constant](double) { return constant; };
     }
     void setParams(reference::ChainParams const& params);
+    void setValidity(std::string const& name, PxValidityInterval const& validity);
 
-    /// What the tool gets for `name` from now on; may be empty.
-    void replace(std::string const& name, PxStrongHndl<> const& node) { nodes[name] = node; }
-    PxNode const* get(std::string const& name) const { return nodes.at(name).get(); }
-    void clear() { nodes.clear(); }
+    std::map<std::string, PxStrongHndl<>> nodes;
 
 private:
-    template <typename T>
-    void add(std::string const& name, T constant);
-
     memoryHost::Journal& journal;
-    std::map<std::string, PxStrongHndl<>> nodes;
 };
 
-/// The controller of a node of the tool, got at as an editor does.
-RemapColorController& findController(HostNode& node);
+/// What the controller's makers give for a widget of that name.
+PiUserInterface::InstanceData openWidget(PiNodeController& controller, std::string const& name);
+
+/// The tool's controller as an editor meets it.
+RemapColorController& showController(PiNodeController& controller);
 
 class ToolBench {
 public:
@@ -82,6 +77,7 @@ public:
 
     /// The result for the source's whole picture.
     PxImageResult compute(double time = 0.0) const;
+    memoryHost::Picture computePicture(double time = 0.0) const;
 
     /// Sets the parameters and sends the pixels through as one float RGBA tile.
     memoryHost::Pixels transform(reference::ChainParams const& params,
@@ -93,6 +89,9 @@ public:
 
     void setPicture(memoryHost::Picture const& picture);
 
+    /// Lets go of the node and its chain.
+    void loseNode();
+
     /// Lets go of everything: what the journal says of that.
     memoryHost::Journal takeDown();
 
@@ -100,10 +99,10 @@ public:
     memoryHost::Journal journal;
     FakeInputs inputs;
     PxStrongHndl<memoryHost::FakeSource> source;
-
-private:
     RCShdPtr<HostGraph> graph;
     RCShdPtr<HostNode> node;
+
+private:
     PxNodePtr<PxImageProtocol const> chain;
     GeRectangle<int> region;
 };
@@ -118,26 +117,3 @@ reference::ChainParams makeRandomParams(std::uint32_t seed, Draw draw);
 
 /// Keys with rising x and handles anywhere near them.
 reference::ControlPoints makeRandomCurve(std::uint32_t seed);
-
-/// What `call` throws as an exception of type E; fails the test if it throws nothing.
-template <typename E, typename Call>
-std::optional<E> catchFailure(Call const& call)
-{
-    try {
-        call();
-    } catch (E const& failure) {
-        return failure;
-    }
-    ADD_FAILURE() << "nothing was thrown";
-    return {};
-}
-
-/// Expects `call` to throw an E with exactly this text.
-template <typename E, typename Call>
-void expectFailure(std::string const& text, Call const& call)
-{
-    auto const failure = catchFailure<E>(call);
-    if (failure) {
-        EXPECT_EQ(failure->what(), text);
-    }
-}

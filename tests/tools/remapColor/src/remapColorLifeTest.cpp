@@ -63,7 +63,7 @@ struct VanishingNode {
 
     RCShdPtr<HostGraph> graph = makeShared<HostGraph>();
     RCShdPtr<HostNode> node = createToolNode(*graph, "Remap Color");
-    RemapColorController& controller = findController(*node);
+    RemapColorController& controller = showController(*node->getController().lock());
     RCStrongPtr<PiNodeController> life; // of the controller, while it is used without a node
     int nbDrops = 0;
     int nbEmpty = 0;
@@ -102,7 +102,7 @@ TEST(RemapColorLifeTest, NodesOutliveTheirGraph)
     graph = {};
     auto const curve = PiSocketUtil::getInput(node, "Adjust Curve.Red")->getConnectedOutput();
     EXPECT_TRUE(curve->getNode()->getGraph().isNull());
-    EXPECT_THROW(findController(*node).resetAdjustedCurves(), NullPointerException);
+    EXPECT_THROW(showController(*node->getController().lock()).resetAdjustedCurves(), NullPointerException);
 }
 
 TEST(RemapColorLifeTest, ControllerThatOutlivesAShutDownTouchesNobodysRequest)
@@ -117,12 +117,12 @@ TEST(RemapColorLifeTest, ControllerThatOutlivesAShutDownTouchesNobodysRequest)
     }
     int nbResults = 0;
     Caller<CoRgbaColorTyped<float>> count{[&nbResults] { ++nbResults; }};
-    findController(*young).addSinglePixelProcessCallback(&count);
+    showController(*young->getController().lock()).addSinglePixelProcessCallback(&count);
 
-    findController(*old).processSinglePixel(PxTimeContext(0.0), {});
+    showController(*old->getController().lock()).processSinglePixel(PxTimeContext(0.0), {});
     PxRequestMgr::getInstance().shutDown();
     EvEventManager::getInstance().discardEvents();
-    findController(*young).processSinglePixel(PxTimeContext(0.0), {});
+    showController(*young->getController().lock()).processSinglePixel(PxTimeContext(0.0), {});
     graph->removeNode(old);
     old = {}; // cancels and releases its own request, wherever the other one's memory lies
     ASSERT_TRUE(EvEventManager::getInstance().waitForEvents(std::chrono::seconds(30)));
@@ -134,8 +134,8 @@ TEST(RemapColorLifeTest, PlotColourMayBeAnything)
 {
     auto const graph = makeShared<HostGraph>();
     auto const node = createToolNode(*graph, "Remap Color");
-    findController(*node).setPlotColor({std::numeric_limits<float>::infinity(), 0, 1});
-    EXPECT_EQ(findController(*node).getPlotColor().red, std::numeric_limits<float>::infinity());
+    showController(*node->getController().lock()).setPlotColor({std::numeric_limits<float>::infinity(), 0, 1});
+    EXPECT_EQ(showController(*node->getController().lock()).getPlotColor().red, std::numeric_limits<float>::infinity());
 }
 
 } // namespace

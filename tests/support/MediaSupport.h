@@ -3,6 +3,8 @@
 // Pictures made and read without the code under test.
 
 #include "media/ImageFiles.h"
+#include "support/Failures.h"
+#include "support/TestFolder.h"
 
 #include <ImathBox.h>
 #include <ImfCompression.h>
@@ -13,6 +15,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -20,14 +23,10 @@
 /// A test with an empty folder of its own.
 class MediaTest : public ::testing::Test {
 protected:
-    MediaTest();
-    ~MediaTest() override;
+    ~MediaTest() noexcept override = default;
+    std::filesystem::path file(std::string const& name) const { return folder.path / name; }
 
-    std::filesystem::path file(std::string const& name) const { return folder / name; }
-    /// Names of all files in the folder, hidden ones too.
-    std::vector<std::string> listFolder() const;
-
-    std::filesystem::path folder;
+    TestFolder folder;
 };
 
 struct TestChannel {
@@ -37,7 +36,8 @@ struct TestChannel {
     int ySampling = 1;
 };
 
-/// An EXR picture of random bits, NaNs and infinities among them.
+/// An EXR picture of random bits, NaNs and infinities among them; `values` are the values of half
+/// channels that have the same one everywhere.
 struct ExrRecipe {
     std::vector<TestChannel> channels = {{"R"}, {"G"}, {"B"}};
     Imf::Compression compression = Imf::ZIP_COMPRESSION;
@@ -47,32 +47,31 @@ struct ExrRecipe {
     Imath::Box2i dataWindow{{0, 0}, {36, 52}};
     Imath::Box2i displayWindow{{0, 0}, {36, 52}};
     bool isComplete = true;
+    std::map<std::string, float> values{};
+    std::function<void(Imf::Header&)> addAttributes = [](Imf::Header&) {};
 };
 void writeExr(std::filesystem::path const& file, ExrRecipe const& recipe);
 
 /// The bytes of every channel at full resolution, row after row.
 std::map<std::string, std::string> loadExr(std::filesystem::path const& file);
 
+/// The value of one of the halves of a channel.
+float valueOf(std::string const& halves, std::size_t index);
+
 /// Type and value of every attribute as the bytes in the file.
 std::map<std::string, std::string> loadAttributes(std::filesystem::path const& file);
 
-std::string loadBytes(std::filesystem::path const& file);
-void saveBytes(std::filesystem::path const& file, std::string const& bytes);
-
-/// A PNG file without compression. `samples` are big-endian as the file has them.
-enum class PngColour { Grey = 0, Rgb = 2, GreyAlpha = 4, Rgba = 6 };
-void writePng(std::filesystem::path const& file, int width, int height, PngColour colour, int bits,
-              std::string const& samples);
-
-/// A TIFF file of one strip without compression: 8-bit RGBA with unassociated alpha.
-void writeRgbaTiff(std::filesystem::path const& file, int width, int height,
-                   std::string const& samples);
+/// A file of any other format, written by OpenImageIO as one with unassociated alpha. `samples` are
+/// bytes or words of 16 bit.
+void writeOther(std::filesystem::path const& file, int width, int channels, int bits,
+                std::string const& samples);
 
 /// How a picture is copied with the code under test.
 struct CopyOptions {
     std::string layer{};
     IxPixelFormat::Depth depth = IxPixelFormat::COMPLEX; ///< COMPLEX: the source's, kept
     int blocksPerStrip = 2;
+    std::vector<float> colour{}; ///< if any, that of every pixel: red, green, blue
 };
 /// Returns the notes.
 std::vector<std::string> copyImage(std::filesystem::path const& from,
