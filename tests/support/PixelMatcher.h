@@ -56,4 +56,24 @@ inline ::testing::AssertionResult samePixelBits(Pixel const& expected, Pixel con
            << "expected " << describe(expected) << ", got " << describe(actual);
 }
 
+/// Compares colours with what the chain gives for `in`, each logarithm and each power the
+/// platform's or a float next to it, and alpha in every bit.
+inline ::testing::AssertionResult isChainResult(Chain const& chain, Pixel const& in,
+                                                Pixel const& actual)
+{
+    std::array<bool, 3> found{};
+    for (Nudge const nudge : allNudges()) {
+        Pixel const expected = chain.transform(in, nudge);
+        found[0] = found[0] || sameValue(expected.r, actual.r);
+        found[1] = found[1] || sameValue(expected.g, actual.g);
+        found[2] = found[2] || sameValue(expected.b, actual.b);
+        if (found[0] && found[1] && found[2] && sameBits(in.a, actual.a)) {
+            return ::testing::AssertionSuccess();
+        }
+    }
+    return ::testing::AssertionFailure()
+           << "of " << describe(in) << " expected " << describe(chain.transform(in, {})) << ", got "
+           << describe(actual);
+}
+
 } // namespace reference

@@ -120,12 +120,24 @@ constexpr float smallestInputSpan = 1e-7F;
 constexpr float gammaTolerance = 1e-6F;
 constexpr float largestGammaOfOne = 1.00000095367F; // bits 0x3F800008
 
-float signedPower(float value, float exponent)
+float moved(float value, int steps)
+{
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    bool const isMoved = steps != 0 && value != 0.0F && std::isfinite(value);
+    return isMoved ? std::nextafter(value, steps > 0 ? infinity : -infinity) : value;
+}
+
+float power(float value, float exponent, Nudge nudge)
+{
+    return moved(::powf(value, exponent), nudge.power);
+}
+
+float signedPower(float value, float exponent, Nudge nudge)
 {
     if (0.0F > value) {
-        return 0.0F - ::powf(0.0F - value, exponent);
+        return 0.0F - power(0.0F - value, exponent, nudge);
     }
-    return ::powf(value, exponent);
+    return power(value, exponent, nudge);
 }
 
 /// The drawing of a curve counts gammas around 0 as absent, unlike the processing.
@@ -142,7 +154,8 @@ float knee(double x, float f)
 }
 
 /// Samples `transfer` at positions that are accumulated in float.
-Polyline sampleTransfer(float rangeMin, float rangeMax, int samples, Mapping const& transfer)
+Polyline sampleTransfer(float rangeMin, float rangeMax, int samples, Transfer const& transfer,
+                        Nudge nudge)
 {
     Polyline points;
     if (!(rangeMax >= rangeMin)) {
@@ -151,13 +164,20 @@ Polyline sampleTransfer(float rangeMin, float rangeMax, int samples, Mapping con
     float const step = (rangeMax - rangeMin) / static_cast<float>(samples);
     float x = rangeMin;
     do {
-        points.push_back({x, transfer(x)});
+        points.push_back({x, transfer(x, nudge)});
         x = x + step;
     } while (rangeMax >= x);
     return points;
 }
 
 } // namespace
+
+std::array<Nudge, 9> const& allNudges()
+{
+    static std::array<Nudge, 9> const nudges{
+        {{0, 0}, {0, 1}, {0, -1}, {1, 0}, {1, 1}, {1, -1}, {-1, 0}, {-1, 1}, {-1, -1}}};
+    return nudges;
+}
 
 ControlPoints defaultCurvePoints()
 {
@@ -245,7 +265,7 @@ Mapping makeLookup(ControlPoints const& curve, Table const& table)
 }
 
 /// The levels line and, if `withGamma`, the power mirrored at the origin.
-Mapping makeLinear(ChannelParams const& params, bool withGamma)
+Transfer makeLinear(ChannelParams const& params, bool withGamma)
 {
     auto const [inputMin, inputMax, outputMin, outputMax, gamma] = params;
     float const inputDifference = inputMax - inputMin;
@@ -256,9 +276,9 @@ Mapping makeLinear(ChannelParams const& params, bool withGamma)
     float const scale = outputSpan / inputSpan;
     float const offset = outputMin - inputMin * scale;
     float const invGamma = 1.0F / guardFromZero(gamma);
-    return [=](float value) {
+    return [=](float value, Nudge nudge) {
         float const level = value * scale + offset;
-        return withGamma ? signedPower(level, invGamma) : level;
+        return withGamma ? signedPower(level, invGamma, nudge) : level;
     };
 }
 
@@ -275,10 +295,10 @@ float clampLinear(ChannelParams const& params, float value)
 }
 
 Polyline computeLinearCurve(float rangeMin, float rangeMax, int samples,
-                            ChannelParams const& params)
+                            ChannelParams const& params, Nudge nudge)
 {
     return sampleTransfer(rangeMin, rangeMax, samples,
-                          makeLinear(params, !gammaCountsAsAbsent(params[4])));
+                          makeLinear(params, !gammaCountsAsAbsent(params[4])), nudge);
 }
 
 float findKneeFactor(double x, float y)
@@ -297,7 +317,7 @@ float findKneeFactor(double x, float y)
 }
 
 /// Defog, exposure, knee, gamma and scale. NaN becomes the result of 0.
-Mapping makeExr(ChannelParams const& params)
+Transfer makeExr(ChannelParams const& params)
 {
     auto const [exposure, defog, kneeHigh, kneeLowStops, gamma] = params;
     auto const factor = static_cast<float>(::pow(2.0, static_cast<double>(exposure) + 2.47393));
@@ -307,20 +327,22 @@ Mapping makeExr(ChannelParams const& params)
     auto const kneeTarget = static_cast<float>(::pow(2.0, 3.5) - static_cast<double>(kneeLow));
     float const kneeFactor = findKneeFactor(kneeSpan, kneeTarget);
     float const invGamma = 1.0F / guardFromZero(gamma);
-    return [=, black = defog](float value) {
+    return [=, black = defog](float value, Nudge nudge) {
         float const difference = value - black;
         float const defogged = difference > 0.0F ? difference : 0.0F;
         float exposed = defogged * factor;
         if (exposed > kneeLow) {
-            exposed = kneeLow + knee(static_cast<double>(exposed - kneeLow), kneeFactor);
+            exposed = kneeLow + moved(knee(static_cast<double>(exposed - kneeLow), kneeFactor),
+                                      nudge.logarithm);
         }
-        return ::powf(exposed, invGamma) * 84.66F / 255.0F;
+        return power(exposed, invGamma, nudge) * 84.66F / 255.0F;
     };
 }
 
-Polyline computeExrCurve(float rangeMin, float rangeMax, int samples, ChannelParams const& params)
+Polyline computeExrCurve(float rangeMin, float rangeMax, int samples, ChannelParams const& params,
+                         Nudge nudge)
 {
-    return sampleTransfer(rangeMin, rangeMax, samples, makeExr(params));
+    return sampleTransfer(rangeMin, rangeMax, samples, makeExr(params), nudge);
 }
 
 // Whole chain -----------------------------------------------------------------------------------
@@ -338,14 +360,15 @@ Chain::Chain(ChainParams const& chainParams) : params(chainParams)
     }
 }
 
-Pixel Chain::transform(Pixel const& in) const
+Pixel Chain::transform(Pixel const& in, Nudge nudge) const
 {
-    return {transformChannel(0, in.r), transformChannel(1, in.g), transformChannel(2, in.b), in.a};
+    return {transformChannel(0, in.r, nudge), transformChannel(1, in.g, nudge),
+            transformChannel(2, in.b, nudge), in.a};
 }
 
-float Chain::transformChannel(std::size_t channel, float value) const
+float Chain::transformChannel(std::size_t channel, float value, Nudge nudge) const
 {
-    float result = transfers[channel](value);
+    float result = transfers[channel](value, nudge);
     if (params.adjust) {
         result = lookups[channel](result);
     }

@@ -26,6 +26,19 @@ struct Pixel {
 /// What becomes of one value.
 using Mapping = std::function<float(float)>;
 
+/// Steps from float to float by which the results of logarithms and powers are moved: the math
+/// library's last bit is no yardstick.
+struct Nudge {
+    int logarithm = 0;
+    int power = 0;
+};
+
+/// One step up or down or none, in every combination.
+std::array<Nudge, 9> const& allNudges();
+
+/// What becomes of one value in a transfer.
+using Transfer = std::function<float(float, Nudge)>;
+
 // Curves ----------------------------------------------------------------------------------------
 
 /// A sampled curve, ordered by non-decreasing x.
@@ -75,13 +88,14 @@ using ChannelParams = std::array<float, 5>;
 /// The drawn curve of the Linear mode: as many points as samples, or one more. Does not end for a
 /// step that does not advance x.
 Polyline computeLinearCurve(float rangeMin, float rangeMax, int samples,
-                            ChannelParams const& params);
+                            ChannelParams const& params, Nudge nudge);
 
 /// The factor f with log(x * f + 1) / f = y, found by doubling and 30 bisections.
 float findKneeFactor(double x, float y);
 
 /// The drawn curve of the EXR display mode; points as computeLinearCurve.
-Polyline computeExrCurve(float rangeMin, float rangeMax, int samples, ChannelParams const& params);
+Polyline computeExrCurve(float rangeMin, float rangeMax, int samples, ChannelParams const& params,
+                         Nudge nudge);
 
 // Whole chain -----------------------------------------------------------------------------------
 
@@ -114,13 +128,13 @@ public:
     explicit Chain(ChainParams const& params);
 
     /// Transfer, then curves, then clamp. Alpha is copied bit for bit.
-    Pixel transform(Pixel const& in) const;
+    Pixel transform(Pixel const& in, Nudge nudge) const;
 
 private:
-    float transformChannel(std::size_t channel, float value) const;
+    float transformChannel(std::size_t channel, float value, Nudge nudge) const;
 
     ChainParams params;
-    std::array<Mapping, 3> transfers;
+    std::array<Transfer, 3> transfers;
     std::array<Mapping, 3> lookups;
 };
 

@@ -50,7 +50,7 @@ TEST(ReferenceTest, TransfersGiveHandValues)
         SCOPED_TRACE(name);
         auto const channels = allChannels(params);
         const Chain chain({.mode = mode, .adjust = false, .linear = channels, .exr = channels});
-        expectHandValue(expected, chain.transform({0.0F, input, 0.0F, 1.0F}).g);
+        expectHandValue(expected, chain.transform({0.0F, input, 0.0F, 1.0F}, {}).g);
     }
     EXPECT_EQ(findKneeFactor(1.0, 10.3F), 0x1p-31F); // out of reach: halved thirty times
 }
@@ -59,7 +59,7 @@ TEST(ReferenceTest, ClampComesLastAndAlphaIsCopied)
 {
     const Chain chain({.clamp = true, .linear = allChannels(ChannelParams{0, 1, 0.8F, 0.2F, 1})});
     for (Pixel const& pixel : standardPixels()) {
-        EXPECT_TRUE(samePixelBits({0.2F, 0.2F, 0.2F, pixel.a}, chain.transform(pixel)));
+        EXPECT_TRUE(samePixelBits({0.2F, 0.2F, 0.2F, pixel.a}, chain.transform(pixel, {})));
     }
 }
 

@@ -1,6 +1,6 @@
 // "pick" and masking as their users meet them: what "render" makes of a pixel is the reference.
 
-#include "ProgramRun.h"
+#include "Program.h"
 
 #include <ImfChannelList.h>
 #include <ImfFrameBuffer.h>
@@ -73,7 +73,7 @@ protected:
         for (char const* channel : {"R", "G", "B", "A"}) {
             header.channels().insert(channel, Imf::Channel(Imf::FLOAT));
         }
-        Imf::OutputFile file((folder.getPath() / name).c_str(), header);
+        Imf::OutputFile file((folder.path / name).c_str(), header);
         file.setFrameBuffer(makeFrame(pixels));
         file.writePixels(height);
     }
@@ -81,7 +81,7 @@ protected:
     std::vector<Pixel> read(char const* name) const
     {
         std::vector<Pixel> pixels(width * height);
-        Imf::InputFile file((folder.getPath() / name).c_str());
+        Imf::InputFile file((folder.path / name).c_str());
         file.setFrameBuffer(makeFrame(pixels));
         file.readPixels(top, top + height - 1);
         return pixels;
@@ -90,7 +90,7 @@ protected:
     ProgramResult run(Names words, Names const& more) const
     {
         words.insert(words.end(), more.begin(), more.end());
-        return runProgram(folder.getPath(), words);
+        return Program(folder, words).wait();
     }
 
     TestFolder folder;

@@ -21,6 +21,7 @@ constexpr float degenerateHandleLength = std::numeric_limits<float>::epsilon();
 constexpr float smallestRange = std::numeric_limits<float>::min();
 
 using Point = GePoint2<float>;
+using RemapColorRowKernels::EndLine;
 
 void check(bool holds, int line, char const* expression)
 {
@@ -63,13 +64,6 @@ private:
     Vector<Point> const& data;
     float tolerance;
     std::size_t segment = 0;
-};
-
-/// A straight line through an end key.
-struct EndLine {
-    float slope = 0.0F;
-    float keyX = 0.0F;
-    float keyY = 0.0F;
 };
 
 bool isDegenerate(Point const& key, Point const& handle)
@@ -139,6 +133,8 @@ public:
                                   static_cast<double>(keyX - value) * static_cast<double>(slope));
     }
 
+    EndLine getLine() const { return {slope, keyX, keyY}; }
+
 private:
     float slope;
     float keyX;
@@ -160,6 +156,8 @@ public:
         return static_cast<float>(static_cast<double>(keyY) +
                                   static_cast<double>(value - keyX) * static_cast<double>(slope));
     }
+
+    EndLine getLine() const { return {slope, keyX, keyY}; }
 
 private:
     float slope;
@@ -199,6 +197,16 @@ RemapColorCurveLUTUtils::ScanlineLut::~ScanlineLut()
 {
     outExtrapolator.reset();
     inExtrapolator.reset();
+}
+
+RemapColorRowKernels::CurveTable RemapColorCurveLUTUtils::ScanlineLut::getTable() const
+{
+    return {lut.data(),
+            lutScale,
+            lutOffset,
+            static_cast<float>(lut.size() - 2),
+            inExtrapolator->getLine(),
+            outExtrapolator->getLine()};
 }
 
 float RemapColorCurveLUTUtils::ScanlineLut::map(float value) const

@@ -5,6 +5,7 @@
 #include "primitives/BzFunctionCurve.h"
 #include "primitives/GePoint2.h"
 #include "remapColorExport.h"
+#include "remapColorRowKernels.h"
 
 #include <memory>
 
@@ -54,12 +55,14 @@ public:
     REMAPCOLOR_EXPORT void processCurve(Vector<GePoint2<float>>& out,
                                         Vector<GePoint2<float>> const& in) const;
 
-    /// processScanline as a function, for the stage's inner loop.
-    float map(float value) const;
+    /// What the row kernels need of it; valid as long as this object.
+    RemapColorRowKernels::CurveTable getTable() const;
 
 private:
     class InExtrapolator;
     class OutExtrapolator;
+
+    float map(float value) const;
 
     float lutOffset; ///< table position of value 0
     float lutScale;  ///< table intervals per unit of value

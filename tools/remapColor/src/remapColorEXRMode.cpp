@@ -7,10 +7,10 @@
 #include "remapColorNames.h"
 #include "remapColorNodeUtils.h"
 #include "remapColorParamNodes.h"
+#include "remapColorRowKernels.h"
 #include "remapColorTransferUtils.h"
 
 #include <array>
-#include <cmath>
 #include <limits>
 
 namespace {
@@ -18,15 +18,11 @@ namespace {
 namespace Names = RemapColorNames::ExrDisplay;
 using RemapColorNames::nbChannels;
 using RemapColorNames::nbParams;
-using Pixel = CoRgbaColorTyped<float>;
+using RemapColorRowKernels::Pixel;
 
 constexpr double exposureOffset = 2.47393;
 constexpr double kneeTargetStops = 3.5;
 constexpr int nbBisections = 30;
-/// Does not follow the gamma, on purpose: only a gamma of 2.2 brings the knee's end near 1.
-constexpr float displayScale = 84.66F;
-constexpr float displayMaximum = 255.0F;
-
 /// Range and default of one parameter.
 struct ParamRange {
     double minimum;
@@ -43,12 +39,7 @@ constexpr std::array<ParamRange, nbParams> paramRanges = {{
     {-unbounded, unbounded, 2.200000022}, // gamma: not 2.2, on purpose
 }};
 
-/// knee(x, f) = log(x f + 1) / f
-float knee(double x, float factor)
-{
-    auto const f = static_cast<double>(factor);
-    return static_cast<float>(::log(x * f + 1.0) / f);
-}
+using RemapColorPower::knee;
 
 /// The factor f with knee(x, f) = y, to 30 bisections; next to 0 where no factor compresses x so
 /// little (x not above y). A NaN on the way counts as a knee that is low enough.
@@ -80,20 +71,22 @@ float findKneeFactor(double x, float y)
 /// output depth decide what becomes of values above 1.
 /// Source of the transform: F. Kainz, R. Bogart, D. Hess, "The OpenEXR Image File Format", in "GPU
 /// Gems" (2004), and the display settings described with it.
-class EXRDisplayProcessBase {
+class EXRDisplayProcessBase : private RemapColorRowKernels::Display {
 public:
     void setChannel(int channel, float exposure, float defogAmount, float kneeHigh,
                     float kneeLowStops, float gamma)
     {
+        using RemapColorPower::powerOfTwo;
         exposureFactor[channel] =
-            static_cast<float>(::pow(2.0, static_cast<double>(exposure) + exposureOffset));
-        kneeLow[channel] = ::powf(2.0F, kneeLowStops);
-        float const kneeEnd = ::powf(2.0F, kneeHigh);
+            static_cast<float>(powerOfTwo(static_cast<double>(exposure) + exposureOffset));
+        kneeLow[channel] = static_cast<float>(powerOfTwo(static_cast<double>(kneeLowStops)));
+        auto const kneeEnd = static_cast<float>(powerOfTwo(static_cast<double>(kneeHigh)));
         auto const span = static_cast<double>(kneeEnd - kneeLow[channel]);
         auto const target =
-            static_cast<float>(::pow(2.0, kneeTargetStops) - static_cast<double>(kneeLow[channel]));
+            static_cast<float>(powerOfTwo(kneeTargetStops) - static_cast<double>(kneeLow[channel]));
         kneeFactor[channel] = findKneeFactor(span, target);
-        invGamma[channel] = RemapColorTransferUtils::invertGamma(gamma);
+        invGamma[channel] =
+            RemapColorPower::PreparedPower(RemapColorTransferUtils::invertGamma(gamma));
         defog[channel] = defogAmount;
     }
     void setAdjustedCurves(RCShdPtr<RemapColorController::AdjustedCurveScanline> const& stage)
@@ -101,44 +94,34 @@ public:
         adjustedCurves = stage;
     }
 
+    /// Without the adjusted curves.
     float transferValue(int channel, float value) const
     {
-        float const difference = value - defog[channel];
-        float const defogged = difference > 0.0F ? difference : 0.0F; // a NaN becomes 0
-        float exposed = defogged * exposureFactor[channel];
-        if (exposed > kneeLow[channel]) {
-            exposed = kneeLow[channel] +
-                      knee(static_cast<double>(exposed - kneeLow[channel]), kneeFactor[channel]);
-        }
-        return ::powf(exposed, invGamma[channel]) * displayScale / displayMaximum;
+        Pixel const in{value, value, value, 1.0F};
+        Pixel out;
+        RemapColorRowKernels::chosenKernels().display(*this, nullptr, &in, {&out}, 1);
+        std::array const colour{out.red, out.green, out.blue};
+        return colour[static_cast<std::size_t>(channel)];
     }
 
     Pixel transferPixel(Pixel const& in) const
     {
-        return adjustedCurves->processPixel(transferColour(in));
+        Pixel out;
+        transferRow({&in, 1}, {&out});
+        return out;
     }
 
-    void transferRow(PiPixelLoopOneSource::Row row, PiPixelLoopOneSource::SourceRow sourceRow) const
+    /// Throws the null-pointer exception without adjusted curves, when the row is transferred.
+    void transferRow(PiPixelLoopOneSource::SourceRow source,
+                     RemapColorRowKernels::RowTarget destination) const
     {
-        for (std::size_t pixel = 0; pixel < row.size(); ++pixel) {
-            row[pixel] = transferColour(sourceRow[pixel]);
-        }
-        // The row is written whole before the stage runs: the stage works in place.
-        adjustedCurves->processRow(row);
+        auto const kernel = RemapColorRowKernels::chosenKernels().display;
+        auto const* const tables = adjustedCurves ? adjustedCurves->getTables() : nullptr;
+        kernel(*this, tables, source.data(), destination, source.size());
+        (void)*adjustedCurves;
     }
 
 private:
-    Pixel transferColour(Pixel const& in) const
-    {
-        return {transferValue(0, in.red), transferValue(1, in.green), transferValue(2, in.blue),
-                in.alpha};
-    }
-
-    float defog[nbChannels];
-    float exposureFactor[nbChannels];
-    float kneeLow[nbChannels];
-    float kneeFactor[nbChannels];
-    float invGamma[nbChannels];
     RCShdPtr<RemapColorController::AdjustedCurveScanline> adjustedCurves;
 };
 
@@ -147,13 +130,20 @@ class EXRDisplayLoop : public EXRDisplayProcessBase, public PiPixelLoopOneSource
 public:
     EXRDisplayLoop(EXRDisplayProcessBase const& process, IxWriteGuard& destination,
                    PiImageModifierTypes::AffectType affect)
-        : EXRDisplayProcessBase(process), PiPixelLoopOneSource(destination, affect)
+        : EXRDisplayProcessBase(process), PiPixelLoopOneSource(destination, affect),
+          isStreamed(RemapColorNodeUtils::isLargeFloatTile(destination.getTile()))
     {
     }
     ~EXRDisplayLoop() override = default;
 
-    void processRow(Row row, SourceRow sourceRow) override { transferRow(row, sourceRow); }
+    void processRow(Row row, SourceRow sourceRow) override
+    {
+        transferRow(sourceRow, {row.data(), isStreamed});
+    }
     Pixel processPixel(Pixel const& in) override { return transferPixel(in); }
+
+private:
+    bool isStreamed;
 };
 
 /// Evaluates the EXR display mode: each request reads the inputs afresh at its own time.

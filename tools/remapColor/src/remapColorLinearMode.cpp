@@ -7,18 +7,18 @@
 #include "remapColorNames.h"
 #include "remapColorNodeUtils.h"
 #include "remapColorParamNodes.h"
+#include "remapColorRowKernels.h"
 #include "remapColorTransferUtils.h"
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 namespace {
 
 namespace Names = RemapColorNames::Linear;
 using RemapColorNames::nbChannels;
 using RemapColorNames::nbParams;
-using Pixel = CoRgbaColorTyped<float>;
+using RemapColorRowKernels::Pixel;
 
 constexpr float smallestInputSpan = 1e-7F;
 constexpr float gammaIsOneTolerance = 1e-6F;
@@ -57,24 +57,6 @@ struct LevelsLine {
     float invGamma;
 };
 
-float applyLevels(float value, float scale, float offset)
-{
-    return value * scale + offset;
-}
-
-/// A power that maps negative values point-symmetrically instead of to NaN.
-float applySignedPower(float value, float exponent)
-{
-    return 0.0F > value ? 0.0F - ::powf(0.0F - value, exponent) : ::powf(value, exponent);
-}
-
-/// The order of the comparisons lets a NaN through and gives `high` for reversed bounds.
-float clampToRange(float value, float low, float high)
-{
-    float const notBelow = low > value ? low : value;
-    return high < notBelow ? high : notBelow;
-}
-
 bool countsAsOne(float gamma)
 {
     return gamma > 1.0F ? gamma <= gammaIsOneMaximum : gamma + gammaIsOneTolerance >= 1.0F;
@@ -85,35 +67,33 @@ bool countsAsAbsent(float gamma)
     return gamma > 0.0F ? gamma <= gammaIsAbsentTolerance : gamma + gammaIsAbsentTolerance >= 0.0F;
 }
 
+using RemapColorRowKernels::KernelSet;
+
 // Which steps a pixel goes through besides the levels line and the adjusted curves. The signed
 // power comes before the curves, the clamp after them.
 struct LinearFunction {
-    static constexpr bool appliesGamma = false;
-    static constexpr bool clamps = false;
+    static constexpr auto kernel = &KernelSet::line;
 };
 struct LinearGammaFunction {
-    static constexpr bool appliesGamma = true;
-    static constexpr bool clamps = false;
+    static constexpr auto kernel = &KernelSet::linePower;
 };
 struct LinearClampFunction {
-    static constexpr bool appliesGamma = false;
-    static constexpr bool clamps = true;
+    static constexpr auto kernel = &KernelSet::lineClamp;
 };
 struct LinearGammaClampFunction {
-    static constexpr bool appliesGamma = true;
-    static constexpr bool clamps = true;
+    static constexpr auto kernel = &KernelSet::linePowerClamp;
 };
 
 /// Working values of the three channels, and the transfer before and after the adjusted curves.
 /// The values never change while pixels flow.
-class LinearProcess {
+class LinearProcess : private RemapColorRowKernels::Levels {
 public:
     void setChannel(int channel, float inMin, float inMax, float outMin, float outMax, float gamma)
     {
         LevelsLine const line({inMin, inMax, outMin, outMax, gamma});
         scale[channel] = line.scale;
         offset[channel] = line.offset;
-        invGamma[channel] = line.invGamma;
+        invGamma[channel] = RemapColorPower::PreparedPower(line.invGamma);
         clampRange[channel] = {outMin, outMax};
     }
     void setAdjustedCurves(RCShdPtr<RemapColorController::AdjustedCurveScanline> const& stage)
@@ -124,63 +104,23 @@ public:
     template <typename Function>
     Pixel transferPixel(Pixel const& in) const
     {
-        Pixel const out = adjustedCurves->processPixel(beforeCurves<Function>(in));
-        return afterCurves<Function>(out, in.alpha);
-    }
-
-    template <typename Function>
-    void transferRow(PiPixelLoopOneSource::Row row, PiPixelLoopOneSource::SourceRow sourceRow) const
-    {
-        for (std::size_t pixel = 0; pixel < row.size(); ++pixel) {
-            row[pixel] = beforeCurves<Function>(sourceRow[pixel]);
-        }
-        // The row is written whole before the stage runs: the stage works in place.
-        adjustedCurves->processRow(row);
-        if constexpr (Function::clamps) {
-            for (Pixel& pixel : row) {
-                pixel = afterCurves<Function>(pixel, pixel.alpha);
-            }
-        }
-    }
-
-private:
-    struct ClampRange {
-        float low;
-        float high;
-    };
-
-    template <typename Function>
-    float transferValue(int channel, float value) const
-    {
-        float const line = applyLevels(value, scale[channel], offset[channel]);
-        if constexpr (Function::appliesGamma) {
-            return applySignedPower(line, invGamma[channel]);
-        }
-        return line;
-    }
-
-    template <typename Function>
-    Pixel beforeCurves(Pixel const& in) const
-    {
-        return {transferValue<Function>(0, in.red), transferValue<Function>(1, in.green),
-                transferValue<Function>(2, in.blue), in.alpha};
-    }
-
-    template <typename Function>
-    Pixel afterCurves(Pixel const& out, float alpha) const
-    {
-        if constexpr (Function::clamps) {
-            return {clampToRange(out.red, clampRange[0].low, clampRange[0].high),
-                    clampToRange(out.green, clampRange[1].low, clampRange[1].high),
-                    clampToRange(out.blue, clampRange[2].low, clampRange[2].high), alpha};
-        }
+        Pixel out;
+        transferRow<Function>({&in, 1}, {&out});
         return out;
     }
 
-    float scale[nbChannels];
-    float offset[nbChannels];
-    float invGamma[nbChannels];
-    ClampRange clampRange[nbChannels];
+    /// Throws the null-pointer exception without adjusted curves, when the row is transferred.
+    template <typename Function>
+    void transferRow(PiPixelLoopOneSource::SourceRow source,
+                     RemapColorRowKernels::RowTarget destination) const
+    {
+        auto const kernel = RemapColorRowKernels::chosenKernels().*Function::kernel;
+        auto const* const tables = adjustedCurves ? adjustedCurves->getTables() : nullptr;
+        kernel(*this, tables, source.data(), destination, source.size());
+        (void)*adjustedCurves;
+    }
+
+private:
     RCShdPtr<RemapColorController::AdjustedCurveScanline> adjustedCurves;
 };
 
@@ -190,16 +130,20 @@ class LinearLoop : public LinearProcess, public PiPixelLoopOneSource {
 public:
     LinearLoop(LinearProcess const& process, IxWriteGuard& destination,
                PiImageModifierTypes::AffectType affect)
-        : LinearProcess(process), PiPixelLoopOneSource(destination, affect)
+        : LinearProcess(process), PiPixelLoopOneSource(destination, affect),
+          isStreamed(RemapColorNodeUtils::isLargeFloatTile(destination.getTile()))
     {
     }
     ~LinearLoop() override = default;
 
     void processRow(Row row, SourceRow sourceRow) override
     {
-        transferRow<Function>(row, sourceRow);
+        transferRow<Function>(sourceRow, {row.data(), isStreamed});
     }
     Pixel processPixel(Pixel const& in) override { return transferPixel<Function>(in); }
+
+private:
+    bool isStreamed;
 };
 
 enum class ClampOutput { No, Yes };
@@ -393,7 +337,7 @@ void RemapColorLinearMode::computeCurve(GeInterval<float> const& range, int samp
     LevelsLine const line({inMin, inMax, outMin, outMax, gamma});
     bool const isStraight = countsAsAbsent(gamma);
     RemapColorTransferUtils::sampleTransfer(range, samples, points, [&](float x) {
-        float const y = applyLevels(x, line.scale, line.offset);
-        return isStraight ? y : applySignedPower(y, line.invGamma);
+        float const y = x * line.scale + line.offset;
+        return isStraight ? y : RemapColorPower::signedPower(y, line.invGamma);
     });
 }

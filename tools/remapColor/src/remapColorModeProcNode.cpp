@@ -80,6 +80,15 @@ PxImageFormat RemapColorNodeUtils::computeOutputFormat(
             sourceFormat.getFrameRate()};
 }
 
+bool RemapColorNodeUtils::isLargeFloatTile(IxTile const& tile)
+{
+    constexpr std::size_t largeTile = std::size_t{16} << 20;
+    IxPixelFormat const& format = tile.getPixelFormat();
+    return format.getDepth() == IxPixelFormat::FLOAT32 &&
+           format.getComponents() == IxPixelFormat::RGBA &&
+           tile.getRowBytes() * static_cast<std::size_t>(tile.getBounds().getHeight()) >= largeTile;
+}
+
 RemapColorController::AdjustedCurveScanline::AdjustedCurveScanline(bool isEnabled,
                                                                    RCShdPtr<BzFunctionCurve>& red,
                                                                    RCShdPtr<BzFunctionCurve>& green,
@@ -96,6 +105,7 @@ RemapColorController::AdjustedCurveScanline::AdjustedCurveScanline(bool isEnable
     redLut = makeLut(red, sampledRed);
     greenLut = makeLut(green, sampledGreen);
     blueLut = makeLut(blue, sampledBlue);
+    tables = {redLut->getTable(), greenLut->getTable(), blueLut->getTable()};
 }
 
 RemapColorController::AdjustedCurveScanline::~AdjustedCurveScanline() noexcept(false) = default;
@@ -103,21 +113,15 @@ RemapColorController::AdjustedCurveScanline::~AdjustedCurveScanline() noexcept(f
 CoRgbaColorTyped<float>
 RemapColorController::AdjustedCurveScanline::processPixel(CoRgbaColorTyped<float> const& in) const
 {
-    if (!enabled) {
-        return in;
-    }
-    return {redLut->map(in.red), greenLut->map(in.green), blueLut->map(in.blue), in.alpha};
+    CoRgbaColorTyped<float> pixel = in;
+    processRow({&pixel, 1});
+    return pixel;
 }
 
 void RemapColorController::AdjustedCurveScanline::processRow(PiPixelLoopOneSource::Row row) const
 {
-    if (!enabled) {
-        return;
-    }
-    for (CoRgbaColorTyped<float>& pixel : row) {
-        pixel.red = redLut->map(pixel.red);
-        pixel.green = greenLut->map(pixel.green);
-        pixel.blue = blueLut->map(pixel.blue);
+    if (enabled) {
+        RemapColorRowKernels::chosenKernels().curves(tables.data(), row.data(), row.size());
     }
 }
 

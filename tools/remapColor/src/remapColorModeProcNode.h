@@ -7,6 +7,7 @@
 #include "remapColorController.h"
 #include "remapColorCurveLUTUtils.h"
 
+#include <array>
 #include <memory>
 
 /// The second stage of a pixel: red, green and blue through the three adjustment curves, or nothing
@@ -28,6 +29,12 @@ public:
     /// The same for every pixel of a row, in place.
     void processRow(PiPixelLoopOneSource::Row row) const;
 
+    /// The tables of red, green and blue for a row kernel that does the same; null if not enabled.
+    RemapColorRowKernels::CurveTable const* getTables() const
+    {
+        return enabled ? tables.data() : nullptr;
+    }
+
 private:
     using ScanlineLut = RemapColorCurveLUTUtils::ScanlineLut;
 
@@ -35,6 +42,7 @@ private:
     std::unique_ptr<ScanlineLut> redLut;
     std::unique_ptr<ScanlineLut> greenLut;
     std::unique_ptr<ScanlineLut> blueLut;
+    std::array<RemapColorRowKernels::CurveTable, RemapColorRowKernels::nbChannels> tables;
 };
 
 /// What the processing nodes of both modes share: the inputs besides the mode's own, the output

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Assertions.h"
+#include "pluginAPI/IxTile.h"
 #include "pluginAPI/PxImageProtocol.h"
 #include "pluginAPI/PxNodeHandles.h"
 #include "pluginAPI/PxValueProtocols.h"
@@ -25,5 +26,8 @@ auto readValue(PxNodePtr<Protocol const> const& node, PxTimeContext const& time,
 PxImageFormat computeOutputFormat(PxNodePtr<PxImageProtocol const> const& source,
                                   PxNodePtr<PxAnimValueProtocol<int> const> const& outputDepth,
                                   int abortLine);
+
+/// Whether rows go straight to a tile that is too large to be in the caches when it is read again.
+bool isLargeFloatTile(IxTile const& tile);
 
 } // namespace RemapColorNodeUtils

@@ -19,6 +19,7 @@ constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
 struct MaskNodeTest : ::testing::Test {
     MaskNodeTest()
     {
+        mix->valueAt = [](double) { return 1.0; };
         chain->setPicture(
             makeRow({{0.5F, 8, 0, 9}, {0.5F, 8, 0, 9}, {0.5F, 8, 0, 9}, {1, 1, 1, 9}}));
         source->setPicture(makeRow({{0, 4, 0, 9}, {0, 4, -0.0F, 9}, {0, 4, 0, 9}, {2, 2, 2, 9}}));
@@ -49,7 +50,8 @@ struct MaskNodeTest : ::testing::Test {
     PxStrongHndl<FakeSource> source = makeNode<FakeSource>(journal);
     PxStrongHndl<FakeSource> chain = makeNode<FakeSource>(journal);
     PxStrongHndl<FakeSource> mask = makeNode<FakeSource>(journal);
-    PxStrongHndl<FakeValueNode<double>> mix = makeNode<FakeValueNode<double>>("mix", 1.0, journal);
+    using MixNode = FakeNode<double>;
+    PxStrongHndl<MixNode> mix = makeNode<MixNode>("mix", journal);
 };
 
 TEST_F(MaskNodeTest, WithoutMaskAndAtFullMixTheResultIsHandedOnAndTheSourceNotAsked)

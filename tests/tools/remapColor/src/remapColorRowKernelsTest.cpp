@@ -1,0 +1,222 @@
+// The row kernels of every instruction set against each other, and their powers against the
+// platform's.
+
+#include "remapColorRowKernels.h"
+
+#include "support/StandardPixels.h"
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace RemapColorRowKernels;
+using Pixels = std::vector<Pixel>;
+
+/// Looks with all the kernels' branches: exponents for the fast and for the slow way, lines beyond
+/// both ends of the curves, reversed and plain clamp ranges.
+struct Look {
+    explicit Look(std::uint32_t seed)
+    {
+        std::mt19937 random(seed);
+        auto const between = [&](float low, float high) {
+            return std::uniform_real_distribution<float>(low, high)(random);
+        };
+        constexpr float exponents[] = {1 / 2.2F, 3.0F, -1.0F, 7.9F, 40.0F, 1e-39F, 0.0F, 8.5e37F};
+        for (int channel = 0; channel < nbChannels; ++channel) {
+            levels.scale[channel] = between(0.2F, 3);
+            levels.offset[channel] = between(-0.5F, 0.5F);
+            levels.clampRange[channel] = {between(0, 0.6F), between(0.4F, 1)};
+            display.defog[channel] = between(0, 0.01F);
+            display.exposureFactor[channel] = between(0.5F, 20);
+            display.kneeLow[channel] = between(0.2F, 2);
+            display.kneeFactor[channel] = std::exp2(between(-31, 3));
+            RemapColorPower::PreparedPower const power(exponents[random() % std::size(exponents)]);
+            levels.invGamma[channel] = display.invGamma[channel] = power;
+            for (float& entry : entries[channel]) {
+                entry = between(-1, 2);
+            }
+            float const keyX = between(0.5F, 1);
+            curves[channel] = {entries[channel], 1023 / keyX,     0, 1023,
+                               {0.5F, 0, 0.1F},  {2, keyX, -0.0F}};
+        }
+    }
+
+    using Kernel = void (*)(KernelSet const&, Look const&, Pixel const*, RowTarget, std::size_t);
+
+    Levels levels;
+    Display display;
+    float entries[nbChannels][1025];
+    CurveTable curves[nbChannels];
+};
+
+template <auto member>
+void runLevels(KernelSet const& set, Look const& look, Pixel const* source, RowTarget target,
+               std::size_t nbPixels)
+{
+    (set.*member)(look.levels, look.curves, source, target, nbPixels);
+}
+
+void runDisplay(KernelSet const& set, Look const& look, Pixel const* source, RowTarget target,
+                std::size_t nbPixels)
+{
+    set.display(look.display, look.curves, source, target, nbPixels);
+}
+
+void runCurves(KernelSet const& set, Look const& look, Pixel const* source, RowTarget target,
+               std::size_t nbPixels)
+{
+    std::memcpy(static_cast<void*>(target.pixels), source, nbPixels * sizeof(Pixel));
+    set.curves(look.curves, target.pixels, nbPixels);
+}
+
+constexpr Look::Kernel allKernels[] = {&runLevels<&KernelSet::line>,
+                                       &runLevels<&KernelSet::linePower>,
+                                       &runLevels<&KernelSet::lineClamp>,
+                                       &runLevels<&KernelSet::linePowerClamp>,
+                                       &runDisplay,
+                                       &runCurves};
+
+Pixels const& oddPixels()
+{
+    static Pixels const pixels = [] {
+        Pixels odd;
+        for (reference::Pixel const& pixel : reference::standardPixels()) {
+            odd.push_back({pixel.r, pixel.g, pixel.b, pixel.a});
+        }
+        for (reference::Pixel const& pixel : reference::randomPixels(500, 1)) {
+            odd.push_back({pixel.r, pixel.g, pixel.b, pixel.a});
+        }
+        return odd;
+    }();
+    return pixels;
+}
+
+bool isSame(Pixels const& a, Pixels const& b)
+{
+    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(Pixel)) == 0;
+}
+
+/// One pixel at a time with the baseline's kernel.
+Pixels runSingly(Look::Kernel kernel, Look const& look)
+{
+    Pixels results(oddPixels().size());
+    for (std::size_t pixel = 0; pixel < results.size(); ++pixel) {
+        kernel(*availableKernels().sets[0], look, &oddPixels()[pixel], {&results[pixel]}, 1);
+    }
+    return results;
+}
+
+TEST(RowKernelsTest, EverySetGivesTheBitsOfSinglePixels)
+{
+    KernelSets const& available = availableKernels();
+    for (std::uint32_t seed = 0; seed < 40; ++seed) {
+        Look const look(seed);
+        for (Look::Kernel const kernel : allKernels) {
+            Pixels const expected = runSingly(kernel, look);
+            for (int set = 0; set < available.count; ++set) {
+                for (bool const isStreamed : {false, true}) {
+                    Pixels results(expected.size());
+                    kernel(*available.sets[set], look, oddPixels().data(),
+                           {results.data(), isStreamed}, results.size());
+                    ASSERT_TRUE(isSame(expected, results))
+                        << available.sets[set]->name << " " << seed;
+                }
+            }
+        }
+    }
+}
+
+TEST(RowKernelsTest, LengthAndPlaceInMemoryDoNotMatter)
+{
+    constexpr Pixel guard{7, 7, 7, 7};
+    Look const look(3);
+    KernelSets const& available = availableKernels();
+    for (Look::Kernel const kernel : allKernels) {
+        Pixels const expected = runSingly(kernel, look);
+        for (int set = 0; set < available.count; ++set) {
+            for (std::size_t length = 0; length <= 130; ++length) {
+                std::size_t const offset = length % 5; // pixels are 16 bytes, vectors up to 64
+                alignas(64) Pixel memory[144];
+                std::fill(std::begin(memory), std::end(memory), guard);
+                kernel(*available.sets[set], look, oddPixels().data(),
+                       {memory + offset, length % 2 == 0}, length);
+                ASSERT_EQ(std::memcmp(memory + offset, expected.data(), length * sizeof(Pixel)), 0)
+                    << available.sets[set]->name << " " << length;
+                ASSERT_EQ(std::memcmp(memory + offset + length, &guard, sizeof(guard)), 0);
+            }
+        }
+    }
+}
+
+TEST(RowKernelsTest, SetsAreThoseOfTheProcessorAndTheFastestIsChosen)
+{
+    std::vector<std::string> names{"Baseline"};
+#ifdef __x86_64__
+    if (__builtin_cpu_supports("avx2")) {
+        names.emplace_back("Avx2");
+    }
+    if (__builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl")) {
+        names.emplace_back("Avx512");
+    }
+#endif
+    KernelSets const& available = availableKernels();
+    ASSERT_EQ(static_cast<std::size_t>(available.count), names.size());
+    for (std::size_t set = 0; set < names.size(); ++set) {
+        EXPECT_EQ(available.sets[set]->name, names[set]);
+        for (std::size_t other = 0; other < set; ++other) {
+            EXPECT_NE(available.sets[set]->display, available.sets[other]->display);
+        }
+    }
+    if (std::getenv("REMAPCOLOR_INSTRUCTIONS") == nullptr) {
+        EXPECT_EQ(&chosenKernels(), available.sets[available.count - 1]);
+    }
+}
+
+TEST(RowKernelsTest, PowersAreThePlatformsOrAFloatNextToThem)
+{
+    Levels levels{};
+    std::mt19937 random(9);
+    for (int round = 0; round < 3000; ++round) {
+        // Any exponent that a gamma can give, most of them near those of display gammas.
+        float const drawn = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
+        float const wild = std::fabs(drawn) < 8.6e37F ? drawn : 2.0F;
+        float const exponent =
+            round % 4 == 0 ? wild : std::uniform_real_distribution<float>(-8, 8)(random);
+        for (int channel = 0; channel < nbChannels; ++channel) {
+            levels.scale[channel] = 1.0F;
+            levels.invGamma[channel] = RemapColorPower::PreparedPower(exponent);
+        }
+        float values[3 * 64];
+        for (float& value : values) {
+            bool const isAny = random() % 2 == 0;
+            value = isAny ? std::bit_cast<float>(static_cast<std::uint32_t>(random()) >> 1)
+                          : std::uniform_real_distribution<float>(0, 4)(random);
+        }
+        Pixel row[64];
+        for (int pixel = 0; pixel < 64; ++pixel) {
+            row[pixel] = {values[3 * pixel], values[3 * pixel + 1], values[3 * pixel + 2], 1};
+        }
+        chosenKernels().linePower(levels, nullptr, row, {row}, std::size(row));
+        for (int value = 0; value < 3 * 64; ++value) {
+            Pixel const& pixel = row[value / 3];
+            float const power = value % 3 == 0   ? pixel.red
+                                : value % 3 == 1 ? pixel.green
+                                                 : pixel.blue;
+            float const expected = std::pow(values[value], exponent);
+            bool const isNext = power == expected || power == std::nextafter(expected, 0.0F) ||
+                                power == std::nextafter(expected, INFINITY) ||
+                                (std::isnan(power) && std::isnan(expected));
+            ASSERT_TRUE(isNext) << std::hexfloat << values[value] << " ^ " << exponent << " = "
+                                << power << ", not " << expected;
+        }
+    }
+}
+
+} // namespace

@@ -1,0 +1,114 @@
+// Powers and logarithms in plain double arithmetic, and their preparation for the row kernels.
+
+#include "remapColorPower.h"
+
+#include <cmath>
+#include <limits>
+
+namespace RemapColorPower {
+
+namespace {
+
+constexpr float infinity = std::numeric_limits<float>::infinity();
+
+bool isOddInteger(float value)
+{
+    constexpr float allIntegersEven = 16777216.0F; // 2^24
+    return std::fabs(value) < allIntegersEven && std::trunc(value) == value &&
+           (static_cast<std::int32_t>(value) & 1) != 0;
+}
+
+float powerOfZero(float zero, float exponent)
+{
+    if (exponent == 0.0F) {
+        return 1.0F;
+    }
+    float const magnitude = exponent > 0.0F ? 0.0F : infinity;
+    return isOddInteger(exponent) ? std::copysign(magnitude, zero) : magnitude;
+}
+
+/// A multiplier's leading 8 bits.
+float headOf(float multiplier)
+{
+    constexpr std::uint32_t headMask = 0xffff0000U;
+    return std::bit_cast<float>(std::bit_cast<std::uint32_t>(multiplier) & headMask);
+}
+
+} // namespace
+
+constinit LogTable const logTable = makeLogTable();
+constinit ExpTable const expTable = makeExpTable();
+
+double powerOfTwo(double y)
+{
+    constexpr double beyondDouble = 1100.0;
+    if (std::isnan(y)) {
+        return y;
+    }
+    if (y > beyondDouble) {
+        return std::numeric_limits<double>::infinity();
+    }
+    if (y < -beyondDouble) {
+        return 0.0;
+    }
+    constexpr double oneStep = 1000.0;
+    if (std::fabs(y) <= oneStep) {
+        return exp2(y);
+    }
+    double const half = y * 0.5;
+    return exp2(half) * exp2(y - half);
+}
+
+float power(float x, float exponent)
+{
+    if (exponent == 0.0F || x == 1.0F) {
+        return 1.0F;
+    }
+    if (std::isnan(x)) {
+        return x + x;
+    }
+    if (x == 0.0F) {
+        return powerOfZero(x, exponent);
+    }
+    if (x == infinity) {
+        return exponent > 0.0F ? infinity : 0.0F;
+    }
+    double const y = naturalLog(static_cast<double>(x)) / ln2 * static_cast<double>(exponent);
+    // Beyond these even the rounding to a denormal or to infinity is sure.
+    constexpr double overflow = 130.0;
+    constexpr double underflow = -152.0;
+    if (y > overflow) {
+        return infinity;
+    }
+    return y < underflow ? 0.0F : static_cast<float>(exp2(y));
+}
+
+float signedPower(float x, float exponent)
+{
+    return 0.0F > x ? 0.0F - power(0.0F - x, exponent) : power(x, exponent);
+}
+
+float knee(double over, float factor)
+{
+    auto const f = static_cast<double>(factor);
+    double const u = over * f + 1.0;
+    bool const isNormal =
+        u >= std::numeric_limits<double>::min() && u <= std::numeric_limits<double>::max();
+    return static_cast<float>((isNormal ? naturalLog(u) : std::log(u)) / f);
+}
+
+LogMultiplier::LogMultiplier(double multiplier)
+    : head(headOf(static_cast<float>(multiplier))),
+      tail(static_cast<float>(multiplier - static_cast<double>(head))),
+      timesLog2E(static_cast<float>(multiplier / ln2))
+{
+}
+
+PreparedPower::PreparedPower(float preparedExponent)
+    : exponent(preparedExponent), logMultiplier(static_cast<double>(preparedExponent)),
+      ofZero(powerOfZero(0.0F, preparedExponent)),
+      isFast(std::fabs(preparedExponent) <= largestFastExponent && preparedExponent != 0.0F)
+{
+}
+
+} // namespace RemapColorPower

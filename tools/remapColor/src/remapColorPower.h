@@ -1,0 +1,203 @@
+#pragma once
+
+// Powers and logarithms of the transfers: what is prepared once for a channel and a render, and the
+// plain double arithmetic behind it. Basic IEEE operations only, so that every machine gives the
+// same bits; the math library's own functions may differ between processors.
+
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+
+namespace RemapColorPower {
+
+constexpr double ln2 = 0.69314718055994530942;
+
+/// A number as the unrounded sum of two.
+struct DoublePair {
+    double head;
+    double tail;
+};
+
+/// a * b. Source of the method: T. J. Dekker, "A Floating-Point Technique for Extending the
+/// Available Precision" (1971).
+constexpr DoublePair multiplyExactly(double a, double b)
+{
+    constexpr double splitter = 134217729.0; // 2^27 + 1
+    double const aScaled = splitter * a;
+    double const bScaled = splitter * b;
+    double const aHead = aScaled - (aScaled - a);
+    double const bHead = bScaled - (bScaled - b);
+    double const aTail = a - aHead;
+    double const bTail = b - bHead;
+    double const product = a * b;
+    return {product, ((aHead * bHead - product) + aHead * bTail + aTail * bHead) + aTail * bTail};
+}
+
+/// ln(x) of a normal, positive, finite x, nearly always the double next to it: what is decided by
+/// the rounding of a logarithm is decided as with any good one.
+/// With x = 2^k m, m in [sqrt(1/2), sqrt(2)) and s = (m - 1) / (m + 1): k ln 2 + 2 atanh(s), s and
+/// ln 2 in two parts.
+/// Source of the reduction: J.-M. Muller, "Elementary Functions".
+constexpr double naturalLog(double x)
+{
+    constexpr std::uint64_t rootOfHalf = 0x3fe6a09e667f3bcd;
+    constexpr std::uint64_t exponentMask = 0xfff0000000000000;
+    constexpr double ln2Head = 0x1.62e42fefa38p-1; // with any k exact
+    constexpr double ln2Tail = 0x1.ef35793c7673p-45;
+    std::uint64_t const bits = std::bit_cast<std::uint64_t>(x);
+    std::uint64_t const exponentBits = (bits - rootOfHalf) & exponentMask;
+    auto const k = static_cast<double>(static_cast<std::int64_t>(exponentBits) >> 52);
+    double const m = std::bit_cast<double>(bits - exponentBits);
+
+    double const numerator = m - 1.0;
+    double const denominator = m + 1.0;
+    double const denominatorTail = m - (denominator - 1.0);
+    double const s = numerator / denominator;
+    DoublePair const product = multiplyExactly(s, denominator);
+    double const sTail =
+        (((numerator - product.head) - product.tail) - s * denominatorTail) / denominator;
+
+    double const s2 = s * s;
+    constexpr int lastTerm = 25;
+    double series = 1.0 / lastTerm;
+    for (int term = lastTerm - 2; term >= 3; term -= 2) {
+        series = series * s2 + 1.0 / term;
+    }
+    // 2 atanh(s) = 2 s + 2 s^3 series
+    double const small = 2.0 * (sTail + s * s2 * series) + k * ln2Tail;
+    double const large = k * ln2Head;
+    double const sum = large + 2.0 * s;
+    // |2 s| is the smaller of the two unless k is 0.
+    return sum + (((large - sum) + 2.0 * s) + small);
+}
+
+/// 2^y for y in [-1000, 1000]; error below 2^-51 of the result.
+constexpr double exp2(double y)
+{
+    constexpr double rounder = 6755399441055744.0; // 1.5 * 2^52: its last bit is worth 1
+    double const shifted = y + rounder;
+    double const n = shifted - rounder;
+    double const z = (y - n) * ln2;
+    constexpr int lastTerm = 14;
+    double series = 1.0;
+    for (int term = lastTerm; term >= 1; --term) {
+        series = 1.0 + series * z / term;
+    }
+    std::uint64_t const scale = (std::bit_cast<std::uint64_t>(shifted) + 1023) << 52;
+    return series * std::bit_cast<double>(scale);
+}
+
+/// 2^y, for any y.
+double powerOfTwo(double y);
+
+/// x^exponent for x >= 0, -0 or NaN, as C's `powf` defines it, special values included, rounded
+/// once from double; `exponent` is a number.
+float power(float x, float exponent);
+
+/// 0 - power(0 - x) below 0: a power that maps negative values point-symmetrically.
+float signedPower(float x, float exponent);
+
+/// log(over * factor + 1) / factor in double, rounded to float.
+float knee(double over, float factor);
+
+/// A multiplier m of log2(x), split so that its head times the head of a logarithm is exact:
+/// m = head + tail, the head of 8 bits.
+struct LogMultiplier {
+    explicit LogMultiplier(double multiplier = 0.0);
+
+    float head;
+    float tail;
+    float timesLog2E; ///< m log2(e), for the part of the logarithm that is to the base e
+};
+
+/// An exponent, prepared for the row kernels.
+struct PreparedPower {
+    PreparedPower() = default;
+    explicit PreparedPower(float exponent);
+
+    /// Beyond this the kernels' logarithm is not exact enough for the last bit of a power, and each
+    /// value goes through `power`.
+    static constexpr float largestFastExponent = 8.0F;
+
+    float exponent = 1.0F;
+    LogMultiplier logMultiplier;
+    float ofZero = 0.0F; ///< 0^exponent
+    bool isFast = false;
+};
+
+// The tables of the kernels' logarithm and exponential. For a mantissa m near the centre c:
+//   log2(m) = logHead + (logTail + ln(1 + r)) log2(e),  r = (m - c) / c
+
+constexpr int logEntries = 16;
+constexpr std::uint32_t logIntervalBits = 19;         ///< a centre's distance in a float's bits
+constexpr std::uint32_t firstLogCentre = 0x3f380000U; ///< 23/32; the others follow up to 22/16
+
+struct LogEntry {
+    float inverse; ///< 1 / c
+    float logHead; ///< a multiple of 1/256: with a whole exponent added it has 16 bits
+    float logTail; ///< to the base e
+    float unused;  ///< fills up a vector
+};
+
+/// The same numbers by rows, for loading an entry at once, and by columns, for selecting lanes.
+struct LogTable {
+    alignas(64) LogEntry rows[logEntries];
+    alignas(64) float columns[3][logEntries];
+};
+
+constexpr double roundToMultiple(double value, double steps)
+{
+    constexpr double rounder = 6755399441055744.0;
+    return (value * steps + rounder - rounder) / steps;
+}
+
+constexpr LogTable makeLogTable()
+{
+    LogTable table{};
+    for (int entry = 0; entry < logEntries; ++entry) {
+        auto const bits = firstLogCentre + (static_cast<std::uint32_t>(entry) << logIntervalBits);
+        auto const centre = static_cast<double>(std::bit_cast<float>(bits));
+        double const log = naturalLog(centre) / ln2;
+        double const logHead = roundToMultiple(log, 256.0);
+        LogEntry const row{static_cast<float>(1.0 / centre), static_cast<float>(logHead),
+                           static_cast<float>((log - logHead) * ln2), 0.0F};
+        table.rows[entry] = row;
+        table.columns[0][entry] = row.inverse;
+        table.columns[1][entry] = row.logHead;
+        table.columns[2][entry] = row.logTail;
+    }
+    return table;
+}
+
+/// 2^(entry / 16) as a pair of floats.
+constexpr int expEntries = 16;
+
+struct ExpEntry {
+    float head;
+    float tail;
+};
+
+struct ExpTable {
+    alignas(64) ExpEntry rows[expEntries];
+    alignas(64) float columns[2][expEntries];
+};
+
+constexpr ExpTable makeExpTable()
+{
+    ExpTable table{};
+    for (int entry = 0; entry < expEntries; ++entry) {
+        double const value = exp2(static_cast<double>(entry) / expEntries);
+        auto const head = static_cast<float>(value);
+        ExpEntry const row{head, static_cast<float>(value - static_cast<double>(head))};
+        table.rows[entry] = row;
+        table.columns[0][entry] = row.head;
+        table.columns[1][entry] = row.tail;
+    }
+    return table;
+}
+
+extern LogTable const logTable;
+extern ExpTable const expTable;
+
+} // namespace RemapColorPower

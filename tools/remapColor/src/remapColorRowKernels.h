@@ -1,0 +1,100 @@
+#pragma once
+
+// The arithmetic of a row of pixels: transfer, adjusted curves, clamp. One source, compiled for
+// several instruction sets; the fastest that the processor has is chosen once, when the library is
+// loaded. Every set gives the same bits for the same pixel, wherever it stands in a row.
+//
+// Red, green and blue have index 0, 1 and 2. Rows may have any length and alignment; source and
+// destination are the same row or do not overlap. Any thread.
+
+#include "primitives/CoColor.h"
+#include "remapColorPower.h"
+
+#include <cstddef>
+
+namespace RemapColorRowKernels {
+
+inline constexpr int nbChannels = 3;
+using Pixel = CoRgbaColorTyped<float>;
+
+/// A straight line through a curve's end key.
+struct EndLine {
+    float slope = 0.0F;
+    float keyX = 0.0F;
+    float keyY = 0.0F;
+};
+
+/// One channel's curve as ScanlineLut maps it.
+struct CurveTable {
+    float const* entries = nullptr;
+    float scale = 0.0F;        ///< table intervals per unit of value
+    float offset = 0.0F;       ///< table position of value 0
+    float lastPosition = 0.0F; ///< beyond it the line above goes on
+    EndLine below;
+    EndLine above;
+};
+
+/// value -> (value * scale + offset)^invGamma, through the curves, limited to the clamp range.
+struct Levels {
+    struct Range {
+        float low;
+        float high;
+    };
+
+    float scale[nbChannels];
+    float offset[nbChannels];
+    RemapColorPower::PreparedPower invGamma[nbChannels];
+    Range clampRange[nbChannels];
+};
+
+/// d = max(value - defog, 0)
+/// e = d * exposureFactor
+/// e = kneeLow + log((e - kneeLow) * kneeFactor + 1) / kneeFactor where e > kneeLow
+/// value -> e^invGamma * 84.66 / 255, through the curves
+struct Display {
+    float defog[nbChannels];
+    float exposureFactor[nbChannels];
+    float kneeLow[nbChannels];
+    float kneeFactor[nbChannels];
+    RemapColorPower::PreparedPower invGamma[nbChannels];
+};
+
+/// Where a row goes.
+struct RowTarget {
+    Pixel* pixels;
+    /// Past the caches: for a destination that is not read again soon.
+    bool isStreamed = false;
+};
+
+/// The kernels of one instruction set. `curves` is null where no curve is applied, else it points
+/// to the tables of the three channels.
+struct KernelSet {
+    char const* name;
+
+    using LevelsKernel = void (*)(Levels const& levels, CurveTable const* curves,
+                                  Pixel const* source, RowTarget destination, std::size_t nbPixels);
+    LevelsKernel line;
+    LevelsKernel linePower;
+    LevelsKernel lineClamp;
+    LevelsKernel linePowerClamp;
+
+    void (*display)(Display const& display, CurveTable const* curves, Pixel const* source,
+                    RowTarget destination, std::size_t nbPixels);
+
+    /// In place.
+    void (*curves)(CurveTable const* curves, Pixel* row, std::size_t nbPixels);
+};
+
+/// The sets of this build that the processor runs: the baseline first, the fastest last.
+struct KernelSets {
+    KernelSet const* sets[3];
+    int count;
+};
+KernelSets const& availableKernels();
+
+/// The fastest of them, or the one that the environment variable REMAPCOLOR_INSTRUCTIONS named when
+/// the kernels were first asked for ("Baseline", "Avx2", "Avx512"); a set that is not available is
+/// not chosen.
+KernelSet const& chosenKernels();
+
+} // namespace RemapColorRowKernels

@@ -1,0 +1,494 @@
+// Vectors of floats in the width of the instruction set that the including source is compiled for,
+// and the few operations on them that have no operator. Not for sources that are compiled once.
+
+#ifndef REMAPCOLOR_KERNEL_SET
+#error "one of Baseline, Avx2, Avx512"
+#endif
+
+#include "remapColorPower.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+#if defined(__SSE2__)
+#include <immintrin.h>
+#endif
+
+namespace RemapColorRowKernels::REMAPCOLOR_KERNEL_SET {
+
+#if defined(__AVX512F__)
+constexpr int lanes = 16;
+#elif defined(__AVX2__)
+constexpr int lanes = 8;
+#else
+constexpr int lanes = 4;
+#endif
+
+using Floats = float __attribute__((vector_size(lanes * 4)));
+using Ints = std::int32_t __attribute__((vector_size(lanes * 4)));
+using Words = std::uint32_t __attribute__((vector_size(lanes * 4)));
+using HalfFloats = float __attribute__((vector_size(lanes * 2)));
+using Doubles = double __attribute__((vector_size(lanes * 4))); ///< half as many lanes
+using Quad = float __attribute__((vector_size(16)));
+
+#define REMAPCOLOR_INLINE [[gnu::always_inline]] static inline
+
+REMAPCOLOR_INLINE Floats load(float const* values)
+{
+    Floats loaded;
+    std::memcpy(&loaded, values, sizeof(loaded));
+    return loaded;
+}
+
+REMAPCOLOR_INLINE void store(Floats stored, float* values)
+{
+    std::memcpy(values, &stored, sizeof(stored));
+}
+
+/// Writes past the caches; `values` is aligned to the vector.
+REMAPCOLOR_INLINE void stream(Floats streamed, float* values)
+{
+#if defined(__AVX512F__)
+    _mm512_stream_ps(values, streamed);
+#elif defined(__AVX2__)
+    _mm256_stream_ps(values, streamed);
+#elif defined(__SSE2__)
+    _mm_stream_ps(values, streamed);
+#else
+    store(streamed, values);
+#endif
+}
+
+/// Streamed rows are visible to other threads after this.
+REMAPCOLOR_INLINE void finishStreaming()
+{
+#if defined(__SSE2__)
+    _mm_sfence();
+#endif
+}
+
+REMAPCOLOR_INLINE bool any(Ints mask)
+{
+#if defined(__AVX512F__)
+    return _mm512_test_epi32_mask(reinterpret_cast<__m512i>(mask),
+                                  reinterpret_cast<__m512i>(mask)) != 0;
+#elif defined(__AVX2__)
+    return _mm256_movemask_ps(reinterpret_cast<__m256>(mask)) != 0;
+#elif defined(__SSE2__)
+    return _mm_movemask_ps(reinterpret_cast<__m128>(mask)) != 0;
+#else
+    std::int32_t all = 0;
+    for (int lane = 0; lane < lanes; ++lane) {
+        all |= mask[lane];
+    }
+    return all != 0;
+#endif
+}
+
+REMAPCOLOR_INLINE Floats broadcast(float value)
+{
+    return value - Floats{};
+}
+
+/// Truncated towards zero; within the range of an int.
+REMAPCOLOR_INLINE Ints toInts(Floats values)
+{
+    return __builtin_convertvector(values, Ints);
+}
+
+REMAPCOLOR_INLINE Floats toFloats(Ints values)
+{
+    return __builtin_convertvector(values, Floats);
+}
+
+struct DoublePair {
+    Doubles low;
+    Doubles high;
+};
+
+REMAPCOLOR_INLINE DoublePair toDoubles(Floats values)
+{
+#if defined(__AVX512F__)
+    return {_mm512_cvtps_pd(_mm512_castps512_ps256(values)),
+            _mm512_cvtps_pd(_mm512_extractf32x8_ps(values, 1))};
+#elif defined(__AVX2__)
+    return {_mm256_cvtps_pd(_mm256_castps256_ps128(values)),
+            _mm256_cvtps_pd(_mm256_extractf128_ps(values, 1))};
+#elif defined(__SSE2__)
+    return {_mm_cvtps_pd(values), _mm_cvtps_pd(_mm_movehl_ps(values, values))};
+#else
+    return {{values[0], values[1]}, {values[2], values[3]}};
+#endif
+}
+
+REMAPCOLOR_INLINE Floats toFloats(DoublePair values)
+{
+#if defined(__AVX512F__)
+    return _mm512_insertf32x8(_mm512_castps256_ps512(_mm512_cvtpd_ps(values.low)),
+                              _mm512_cvtpd_ps(values.high), 1);
+#elif defined(__AVX2__)
+    return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm256_cvtpd_ps(values.low)),
+                                _mm256_cvtpd_ps(values.high), 1);
+#elif defined(__SSE2__)
+    return _mm_movelh_ps(_mm_cvtpd_ps(values.low), _mm_cvtpd_ps(values.high));
+#else
+    return {static_cast<float>(values.low[0]), static_cast<float>(values.low[1]),
+            static_cast<float>(values.high[0]), static_cast<float>(values.high[1])};
+#endif
+}
+
+/// Joins quads of four lanes each.
+REMAPCOLOR_INLINE Floats join(Quad const* quads)
+{
+#if defined(__AVX512F__)
+    __m512 joined = _mm512_castps128_ps512(quads[0]);
+    joined = _mm512_insertf32x4(joined, quads[1], 1);
+    joined = _mm512_insertf32x4(joined, quads[2], 2);
+    return _mm512_insertf32x4(joined, quads[3], 3);
+#elif defined(__AVX2__)
+    return _mm256_insertf128_ps(_mm256_castps128_ps256(quads[0]), quads[1], 1);
+#else
+    return quads[0];
+#endif
+}
+
+/// Lanes 0 to 3 of `pattern` in every quad.
+REMAPCOLOR_INLINE Floats repeat(float first, float second, float third, float fourth)
+{
+    Quad const pattern = {first, second, third, fourth};
+    Quad const quads[4] = {pattern, pattern, pattern, pattern};
+    return join(quads);
+}
+
+/// Calls `visit(lane, first, second)` for the lanes 0, 2, 4, ...: each even lane's number and its
+/// neighbour's. They leave the vector two at a time, which is sooner than by way of memory.
+template <typename Visit>
+REMAPCOLOR_INLINE void forLanePairs(Ints numbers, Visit const& visit)
+{
+    using TwoWide = std::uint64_t __attribute__((vector_size(16)));
+    auto const visitQuad = [&](int firstLane, TwoWide quad) __attribute__((always_inline))
+    {
+        visit(firstLane, static_cast<std::uint32_t>(quad[0]), quad[0] >> 32);
+        visit(firstLane + 2, static_cast<std::uint32_t>(quad[1]), quad[1] >> 32);
+    };
+#if defined(__AVX512F__)
+    auto const all = reinterpret_cast<__m512i>(numbers);
+    visitQuad(0, reinterpret_cast<TwoWide>(_mm512_castsi512_si128(all)));
+    visitQuad(4, reinterpret_cast<TwoWide>(_mm512_extracti32x4_epi32(all, 1)));
+    visitQuad(8, reinterpret_cast<TwoWide>(_mm512_extracti32x4_epi32(all, 2)));
+    visitQuad(12, reinterpret_cast<TwoWide>(_mm512_extracti32x4_epi32(all, 3)));
+#elif defined(__AVX2__)
+    auto const all = reinterpret_cast<__m256i>(numbers);
+    visitQuad(0, reinterpret_cast<TwoWide>(_mm256_castsi256_si128(all)));
+    visitQuad(4, reinterpret_cast<TwoWide>(_mm256_extracti128_si256(all, 1)));
+#else
+    visitQuad(0, reinterpret_cast<TwoWide>(numbers));
+#endif
+}
+
+/// Two lists of lanes that are the first and the second of neighbouring numbers in memory.
+struct Neighbours {
+    Floats first;
+    Floats second;
+};
+
+/// Two floats from each of two places.
+REMAPCOLOR_INLINE Quad twoPairs(float const* first, float const* second)
+{
+#if defined(__SSE2__)
+    __m128i const low = _mm_loadl_epi64(reinterpret_cast<__m128i const*>(first));
+    return _mm_loadh_pi(_mm_castsi128_ps(low), reinterpret_cast<__m64 const*>(second));
+#else
+    return {first[0], first[1], second[0], second[1]};
+#endif
+}
+
+/// Loads the pair of floats at `addressOf(lane, index)` for every lane.
+template <typename AddressOf>
+REMAPCOLOR_INLINE Neighbours loadNeighbours(Ints index, AddressOf const& addressOf)
+{
+    // Two pairs in a quad: lanes 0, 1 of each four in `even`, lanes 2, 3 in `odd`.
+    Quad even[lanes / 4];
+    Quad odd[lanes / 4];
+    forLanePairs(index, [&](int lane, std::size_t first, std::size_t second) {
+        Quad const pairs = twoPairs(addressOf(lane, first), addressOf(lane + 1, second));
+        (lane % 4 == 0 ? even : odd)[lane / 4] = pairs;
+    });
+    Floats const a = join(even);
+    Floats const b = join(odd);
+#if defined(__AVX512F__)
+    return {_mm512_shuffle_ps(a, b, 0x88), _mm512_shuffle_ps(a, b, 0xdd)};
+#elif defined(__AVX2__)
+    return {_mm256_shuffle_ps(a, b, 0x88), _mm256_shuffle_ps(a, b, 0xdd)};
+#else
+    return {__builtin_shufflevector(a, b, 0, 2, 4, 6), __builtin_shufflevector(a, b, 1, 3, 5, 7)};
+#endif
+}
+
+#if defined(__AVX2__)
+/// Lane by lane the number of that index (0 to 15; higher bits do not count).
+REMAPCOLOR_INLINE Floats select(float const (&column)[16], Ints index)
+{
+#if defined(__AVX512F__)
+    return _mm512_permutexvar_ps(reinterpret_cast<__m512i>(index), _mm512_load_ps(column));
+#else
+    auto const lanesToTake = reinterpret_cast<__m256i>(index);
+    Floats const lower = _mm256_permutevar8x32_ps(_mm256_load_ps(column), lanesToTake);
+    Floats const upper = _mm256_permutevar8x32_ps(_mm256_load_ps(column + 8), lanesToTake);
+    return _mm256_blendv_ps(lower, upper, reinterpret_cast<Floats>(index << 28));
+#endif
+}
+#endif
+
+struct LogVectors {
+    Floats inverse;
+    Floats logHead;
+    Floats logTail;
+};
+
+/// The entries of the logarithm's table.
+REMAPCOLOR_INLINE LogVectors logEntries(Ints index)
+{
+    auto const& table = RemapColorPower::logTable;
+#if defined(__AVX2__)
+    return {select(table.columns[0], index), select(table.columns[1], index),
+            select(table.columns[2], index)};
+#else
+    Quad rows[lanes];
+    forLanePairs(index & (RemapColorPower::logEntries - 1),
+                 [&](int lane, std::size_t first, std::size_t second) {
+                     std::memcpy(&rows[lane], &table.rows[first], sizeof(Quad));
+                     std::memcpy(&rows[lane + 1], &table.rows[second], sizeof(Quad));
+                 });
+    Floats const t0 = __builtin_shufflevector(rows[0], rows[1], 0, 4, 1, 5);
+    Floats const t1 = __builtin_shufflevector(rows[0], rows[1], 2, 6, 3, 7);
+    Floats const t2 = __builtin_shufflevector(rows[2], rows[3], 0, 4, 1, 5);
+    Floats const t3 = __builtin_shufflevector(rows[2], rows[3], 2, 6, 3, 7);
+    return {__builtin_shufflevector(t0, t2, 0, 1, 4, 5),
+            __builtin_shufflevector(t0, t2, 2, 3, 6, 7),
+            __builtin_shufflevector(t1, t3, 0, 1, 4, 5)};
+#endif
+}
+
+/// The entries of the exponential's table, head and tail.
+REMAPCOLOR_INLINE Neighbours expEntries(Ints index)
+{
+    auto const& table = RemapColorPower::expTable;
+#if defined(__AVX2__)
+    return {select(table.columns[0], index), select(table.columns[1], index)};
+#else
+    return loadNeighbours(index & (RemapColorPower::expEntries - 1),
+                          [&](int, std::size_t entry) { return &table.rows[entry].head; });
+#endif
+}
+
+/// As many pixels as there are lanes, in four vectors of interleaved components.
+struct PixelBlock {
+    Floats vectors[4];
+};
+
+/// The colour of as many pixels as there are lanes in three full vectors: the place of alpha in the
+/// first three vectors of the pixels holds red, green and blue of the fourth. Arithmetic goes step
+/// by step over all three, so that a step's latency is filled by the other two's work.
+constexpr int nbColourVectors = 3;
+
+template <typename Vector>
+struct Colours {
+    Vector vectors[nbColourVectors];
+};
+
+using Values = Colours<Floats>;
+using Masks = Colours<Ints>; ///< every lane 0 or all bits set
+using Bits = Colours<Words>;
+
+/// The operation on one vector after the other.
+template <typename Operation>
+REMAPCOLOR_INLINE auto forVectors(Operation const& operation)
+{
+    return Colours<decltype(operation(0))>{{operation(0), operation(1), operation(2)}};
+}
+
+/// The type of a vector's numbers.
+template <typename Vector>
+using Lane = std::decay_t<decltype(Vector()[0])>;
+
+#define REMAPCOLOR_OPERATOR(op)                                                                    \
+    template <typename Vector>                                                                     \
+    REMAPCOLOR_INLINE auto operator op(Colours<Vector> const& a, Colours<Vector> const& b)         \
+    {                                                                                              \
+        return forVectors([&](int v) { return a.vectors[v] op b.vectors[v]; });                    \
+    }                                                                                              \
+    template <typename Vector>                                                                     \
+    REMAPCOLOR_INLINE auto operator op(Colours<Vector> const& a, Lane<Vector> b)                   \
+    {                                                                                              \
+        return forVectors([&](int v) { return a.vectors[v] op b; });                               \
+    }                                                                                              \
+    template <typename Vector>                                                                     \
+    REMAPCOLOR_INLINE auto operator op(Lane<Vector> a, Colours<Vector> const& b)                   \
+    {                                                                                              \
+        return forVectors([&](int v) { return a op b.vectors[v]; });                               \
+    }
+
+REMAPCOLOR_OPERATOR(+)
+REMAPCOLOR_OPERATOR(-)
+REMAPCOLOR_OPERATOR(*)
+REMAPCOLOR_OPERATOR(/)
+REMAPCOLOR_OPERATOR(&)
+REMAPCOLOR_OPERATOR(|)
+REMAPCOLOR_OPERATOR(<<)
+REMAPCOLOR_OPERATOR(>>)
+REMAPCOLOR_OPERATOR(<)
+REMAPCOLOR_OPERATOR(>)
+REMAPCOLOR_OPERATOR(>=)
+REMAPCOLOR_OPERATOR(==)
+#undef REMAPCOLOR_OPERATOR
+
+template <typename Vector>
+REMAPCOLOR_INLINE auto operator~(Colours<Vector> const& a)
+{
+    return forVectors([&](int v) { return ~a.vectors[v]; });
+}
+
+REMAPCOLOR_INLINE Values choose(Masks const& mask, Values const& yes, Values const& no)
+{
+    return forVectors([&](int v) { return mask.vectors[v] ? yes.vectors[v] : no.vectors[v]; });
+}
+
+REMAPCOLOR_INLINE Values choose(Masks const& mask, Values const& yes, float no)
+{
+    return choose(mask, yes, forVectors([&](int) { return broadcast(no); }));
+}
+
+REMAPCOLOR_INLINE Values choose(Masks const& mask, float yes, Values const& no)
+{
+    return choose(mask, forVectors([&](int) { return broadcast(yes); }), no);
+}
+
+REMAPCOLOR_INLINE bool any(Masks const& mask)
+{
+    return any(mask.vectors[0] | mask.vectors[1] | mask.vectors[2]);
+}
+
+REMAPCOLOR_INLINE Bits bitsOf(Values const& values)
+{
+    return forVectors([&](int v) { return reinterpret_cast<Words>(values.vectors[v]); });
+}
+
+REMAPCOLOR_INLINE Values valuesOf(Bits const& bits)
+{
+    return forVectors([&](int v) { return reinterpret_cast<Floats>(bits.vectors[v]); });
+}
+
+REMAPCOLOR_INLINE Masks asInts(Bits const& bits)
+{
+    return forVectors([&](int v) { return reinterpret_cast<Ints>(bits.vectors[v]); });
+}
+
+REMAPCOLOR_INLINE Values toFloats(Masks const& ints)
+{
+    return forVectors([&](int v) { return toFloats(ints.vectors[v]); });
+}
+
+REMAPCOLOR_INLINE Masks toInts(Values const& values)
+{
+    return forVectors([&](int v) { return toInts(values.vectors[v]); });
+}
+
+REMAPCOLOR_INLINE Bits bitsOfInts(Masks const& ints)
+{
+    return forVectors([&](int v) { return reinterpret_cast<Words>(ints.vectors[v]); });
+}
+
+REMAPCOLOR_INLINE Values negated(Values const& values)
+{
+    return forVectors([&](int v) { return -values.vectors[v]; });
+}
+
+struct LogLanes {
+    Values inverse;
+    Values logHead;
+    Values logTail;
+};
+
+REMAPCOLOR_INLINE LogLanes logEntries(Masks const& index)
+{
+    auto const rows = forVectors([&](int v) { return logEntries(index.vectors[v]); });
+    return {forVectors([&](int v) { return rows.vectors[v].inverse; }),
+            forVectors([&](int v) { return rows.vectors[v].logHead; }),
+            forVectors([&](int v) { return rows.vectors[v].logTail; })};
+}
+
+struct ExpLanes {
+    Values head;
+    Values tail;
+};
+
+REMAPCOLOR_INLINE ExpLanes expEntries(Masks const& index)
+{
+    auto const rows = forVectors([&](int v) { return expEntries(index.vectors[v]); });
+    return {forVectors([&](int v) { return rows.vectors[v].first; }),
+            forVectors([&](int v) { return rows.vectors[v].second; })};
+}
+
+/// The channel that a lane of the colours belongs to.
+constexpr int channelOf(int vector, int lane)
+{
+    return lane % 4 < 3 ? lane % 4 : vector;
+}
+
+/// Lanes that hold alpha in a block's vectors, all bits set.
+REMAPCOLOR_INLINE Ints alphaLanes()
+{
+    Ints mask{};
+    for (int lane = 3; lane < lanes; lane += 4) {
+        mask[lane] = -1;
+    }
+    return mask;
+}
+
+template <int component>
+REMAPCOLOR_INLINE Floats componentInAllLanes(Floats pixels)
+{
+    constexpr int selection = component * 0x55;
+#if defined(__AVX512F__)
+    return _mm512_permute_ps(pixels, selection);
+#elif defined(__AVX2__)
+    return _mm256_permute_ps(pixels, selection);
+#else
+    (void)selection;
+    return __builtin_shufflevector(pixels, pixels, component, component, component, component);
+#endif
+}
+
+REMAPCOLOR_INLINE Values takeColour(PixelBlock const& in)
+{
+    Ints const alpha = alphaLanes();
+    return {{alpha ? componentInAllLanes<0>(in.vectors[3]) : in.vectors[0],
+             alpha ? componentInAllLanes<1>(in.vectors[3]) : in.vectors[1],
+             alpha ? componentInAllLanes<2>(in.vectors[3]) : in.vectors[2]}};
+}
+
+/// The block's colour with the alpha of `in`, whose bits stay as they are.
+REMAPCOLOR_INLINE PixelBlock withAlphaOf(PixelBlock const& in, Values const& colour)
+{
+    Ints const alpha = alphaLanes();
+    // Lanes 0, 1 and 2 of the fourth vector from the places of alpha.
+    Floats fourth;
+#if defined(__AVX512F__)
+    Floats const redGreen = _mm512_unpackhi_ps(colour.vectors[0], colour.vectors[1]);
+    fourth = _mm512_shuffle_ps(redGreen, colour.vectors[2], 0xfe);
+#elif defined(__AVX2__)
+    Floats const redGreen = _mm256_unpackhi_ps(colour.vectors[0], colour.vectors[1]);
+    fourth = _mm256_shuffle_ps(redGreen, colour.vectors[2], 0xfe);
+#else
+    Floats const redGreen =
+        __builtin_shufflevector(colour.vectors[0], colour.vectors[1], 2, 6, 3, 7);
+    fourth = __builtin_shufflevector(redGreen, colour.vectors[2], 2, 3, 7, 7);
+#endif
+    return {{alpha ? in.vectors[0] : colour.vectors[0], alpha ? in.vectors[1] : colour.vectors[1],
+             alpha ? in.vectors[2] : colour.vectors[2], alpha ? in.vectors[3] : fourth}};
+}
+
+} // namespace RemapColorRowKernels::REMAPCOLOR_KERNEL_SET
