@@ -104,6 +104,9 @@ void ExrReader::openPixels()
     } else {
         scanLines = std::make_unique<Imf::InputFile>(*stream);
         checkComplete(scanLines->isComplete());
+        if (ExrZipBlocks::areIn(header.header)) {
+            zipBlocks.emplace(header.header);
+        }
     }
 }
 
@@ -132,23 +135,72 @@ void ExrReader::takePlainStrips()
     bringsFurther = false;
 }
 
-void ExrReader::readStrip(GeRectangle<int> const& bounds, ImageStrip& strip)
+void ExrReader::fetchStrip(GeRectangle<int> const& bounds, ImageStrip& strip)
 {
     try {
         strip.colour = IxTile(); // its buffer is the best one for the next tile
         strip.colour = IxTile(info.format, bounds);
         strip.furtherChannels.resize(bringsFurther ? furtherBytesOf(further, bounds) : 0);
-        Imf::FrameBuffer frame;
-        insertColour(frame, strip.colour);
-        if (bringsFurther) {
-            insertFurtherChannels(frame, further, bounds, strip.furtherChannels.data());
+        Imf::FrameBuffer const frame = makeFrame(strip);
+        if (zipBlocks && zipBlocks->suit(frame)) {
+            fetchBlocks(bounds, strip.packed);
+            return;
         }
         readRows(frame, bounds);
+        if (colour.kind == ExrColourKind::SubsampledLumaChroma) {
+            lumaChroma->readRows(strip.colour);
+        }
         finishColour(strip.colour);
     } catch (...) {
         int const lumaError = lumaChroma != nullptr ? lumaChroma->getSystemError() : 0;
         rethrowAsReadError(path, lumaError != 0 ? lumaError : stream->getSystemError());
     }
+}
+
+void ExrReader::fetchBlocks(GeRectangle<int> const& bounds, std::vector<PackedBlock>& blocks)
+{
+    int const rows = zipBlocks->getRowsPerBlock();
+    blocks.resize(static_cast<std::size_t>((bounds.getHeight() + rows - 1) / rows));
+    int y = bounds.y0;
+    for (PackedBlock& block : blocks) {
+        char const* bytes = nullptr;
+        int size = 0;
+        scanLines->rawPixelData(y, bytes, size);
+        auto const* const first = reinterpret_cast<std::byte const*>(bytes);
+        block.firstRow = y;
+        block.bytes.assign(first, first + size);
+        y += rows;
+    }
+}
+
+void ExrReader::unpackStrip(ImageStrip& strip) const
+{
+    if (strip.packed.empty()) {
+        return;
+    }
+    try {
+        Imf::FrameBuffer const frame = makeFrame(strip);
+        for (PackedBlock const& block : strip.packed) {
+            zipBlocks->unpack(block.bytes, block.firstRow, frame);
+        }
+        finishColour(strip.colour);
+    } catch (...) {
+        constexpr int noSystemError = 0;
+        rethrowAsReadError(path, noSystemError);
+    }
+    strip.packed.clear();
+}
+
+/// Where the samples of a strip go.
+Imf::FrameBuffer ExrReader::makeFrame(ImageStrip& strip) const
+{
+    Imf::FrameBuffer frame;
+    insertColour(frame, strip.colour);
+    if (bringsFurther) {
+        insertFurtherChannels(frame, further, strip.colour.getBounds(),
+                              strip.furtherChannels.data());
+    }
+    return frame;
 }
 
 void ExrReader::insertColour(Imf::FrameBuffer& frame, IxTile const& tile) const
@@ -196,14 +248,14 @@ void ExrReader::readRows(Imf::FrameBuffer const& frame, GeRectangle<int> const& 
                      (bounds.y1 - 1 - top) / tileRows);
 }
 
-void ExrReader::finishColour(IxTile const& tile)
+void ExrReader::finishColour(IxTile const& tile) const
 {
     switch (colour.kind) {
     case ExrColourKind::Luminance: spreadLuminance(tile); break;
-    case ExrColourKind::SubsampledLumaChroma: lumaChroma->readRows(tile); break;
     case ExrColourKind::FullLumaChroma:
         convertFullLumaChroma(tile, luminanceWeightsOf(header.header));
         break;
+    case ExrColourKind::SubsampledLumaChroma:
     case ExrColourKind::Rgb:
     case ExrColourKind::AlphaOnly: break;
     }

@@ -2,12 +2,14 @@
 
 #include "media/ExrChannels.h"
 #include "media/ExrHeader.h"
+#include "media/ExrZipBlocks.h"
 #include "media/ImageFiles.h"
 #include "media/MediaSource.h"
 
 #include <ImfForward.h>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class LumaChromaReader;
@@ -23,7 +25,8 @@ public:
     ImageInfo const& getInfo() const override { return info; }
     int getRowsPerBlock() const override;
     GeRectangle<int> getStripBounds(int index, int rows) const override;
-    void readStrip(GeRectangle<int> const& bounds, ImageStrip& strip) override;
+    void fetchStrip(GeRectangle<int> const& bounds, ImageStrip& strip) override;
+    void unpackStrip(ImageStrip& strip) const override;
 
     bool isLuminanceOnly() const override { return colour.kind == ExrColourKind::Luminance; }
     bool hasFurtherChannels() const override { return !further.empty(); }
@@ -38,8 +41,10 @@ private:
     void openPixels();
     void checkComplete(bool isComplete) const;
     void insertColour(Imf::FrameBuffer& frame, IxTile const& tile) const;
+    Imf::FrameBuffer makeFrame(ImageStrip& strip) const;
+    void fetchBlocks(GeRectangle<int> const& bounds, std::vector<PackedBlock>& blocks);
     void readRows(Imf::FrameBuffer const& frame, GeRectangle<int> const& bounds);
-    void finishColour(IxTile const& tile);
+    void finishColour(IxTile const& tile) const;
 
     std::filesystem::path path;
     std::unique_ptr<CheckedInput> stream;
@@ -53,4 +58,6 @@ private:
     std::unique_ptr<Imf::InputFile> scanLines;
     std::unique_ptr<Imf::TiledInputFile> tiles;
     std::unique_ptr<LumaChromaReader> lumaChroma;
+    /// Set where blocks are unpacked in unpackStrip instead of by `scanLines`.
+    std::optional<ExrZipBlocks> zipBlocks;
 };

@@ -11,6 +11,7 @@
 #include <ImfOutputFile.h>
 #include <ImfPartType.h>
 #include <ImfTiledOutputFile.h>
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <half.h>
@@ -51,6 +52,18 @@ void storeSamples(float const* values, std::size_t stride, std::size_t count, Im
             std::memcpy(samples + index * sizeof(float), values, sizeof(float));
         }
     }
+}
+
+/// The low byte first.
+template <typename Number>
+void writeNumber(Imf::OStream& stream, Number number)
+{
+    char bytes[sizeof(Number)];
+    for (char& byte : bytes) {
+        byte = static_cast<char>(number & 0xff);
+        number >>= 8;
+    }
+    stream.write(bytes, sizeof(bytes));
 }
 
 bool isConverted(ExrColourKind kind)
@@ -165,6 +178,17 @@ void ExrWriter::open()
         scanLines = std::make_unique<Imf::OutputFile>(*stream, header);
     }
     planes.resize(colours.size());
+    bool const isCopied = std::all_of(colours.begin(), colours.end(),
+                                      [this](auto const& colour) { return isDirect(colour); });
+    if (!isTiled && isCopied && ExrZipBlocks::areIn(header)) {
+        // The library has written the header and an empty table; the rest is written here.
+        zipBlocks.emplace(header);
+        blockOffsets.resize(static_cast<std::size_t>(zipBlocks->countBlocks()));
+        std::uint64_t const tableEnd = stream->tellp();
+        scanLines.reset();
+        blockTable = tableEnd - blockOffsets.size() * sizeof(std::uint64_t);
+        stream->seekp(tableEnd);
+    }
 }
 
 bool ExrWriter::isDirect(ColourChannel const& channel) const
@@ -174,21 +198,66 @@ bool ExrWriter::isDirect(ColourChannel const& channel) const
     return !isChanged && channel.type == typeOfDepth(format.getDepth());
 }
 
+void ExrWriter::packStrip(IxTile const& result, ImageStrip& strip) const
+{
+    if (zipBlocks) {
+        packBlocks(result, strip, strip.packed);
+    }
+}
+
+void ExrWriter::packBlocks(IxTile const& result, ImageStrip const& strip,
+                           std::vector<PackedBlock>& blocks) const
+{
+    GeRectangle<int> const& bounds = result.getBounds();
+    Imf::FrameBuffer const frame = makeFrame(result, strip);
+    blocks.clear();
+    for (int y = bounds.y0; y < bounds.y1; y += zipBlocks->getRowsPerBlock()) {
+        blocks.push_back({y, zipBlocks->pack(frame, y)});
+    }
+    if (header.lineOrder() == Imf::DECREASING_Y) {
+        std::reverse(blocks.begin(), blocks.end());
+    }
+}
+
 void ExrWriter::writeStrip(IxTile const& result, ImageStrip const& strip)
 {
     GeRectangle<int> const& bounds = result.getBounds();
     try {
-        Imf::FrameBuffer frame;
-        convert(result);
-        insertColour(frame, result);
-        // Writing only reads from the frame, but the library has one kind of frame for both.
-        insertFurtherChannels(frame, further, bounds,
-                              const_cast<std::byte*>(strip.furtherChannels.data()));
-        writeRows(frame, bounds);
+        if (zipBlocks) {
+            std::vector<PackedBlock> packedHere;
+            if (strip.packed.empty()) {
+                packBlocks(result, strip, packedHere);
+            }
+            for (PackedBlock const& block : strip.packed.empty() ? packedHere : strip.packed) {
+                writeBlock(block);
+            }
+        } else {
+            convert(result);
+            writeRows(makeFrame(result, strip), bounds);
+        }
     } catch (...) {
         rethrowAsWriteError(temporary.getTarget(), stream->getSystemError());
     }
     rowsLeft -= bounds.getHeight();
+}
+
+Imf::FrameBuffer ExrWriter::makeFrame(IxTile const& result, ImageStrip const& strip) const
+{
+    Imf::FrameBuffer frame;
+    insertColour(frame, result);
+    // Writing only reads from the frame, but the library has one kind of frame for both.
+    insertFurtherChannels(frame, further, result.getBounds(),
+                          const_cast<std::byte*>(strip.furtherChannels.data()));
+    return frame;
+}
+
+void ExrWriter::writeBlock(PackedBlock const& block)
+{
+    blockOffsets[static_cast<std::size_t>(zipBlocks->indexOf(block.firstRow))] = stream->tellp();
+    writeNumber(*stream, static_cast<std::uint32_t>(block.firstRow));
+    writeNumber(*stream, static_cast<std::uint32_t>(block.bytes.size()));
+    stream->write(reinterpret_cast<char const*>(block.bytes.data()),
+                  static_cast<int>(block.bytes.size()));
 }
 
 /// The exact value where the three agree to the bit.
@@ -240,7 +309,7 @@ void ExrWriter::convert(IxTile const& result)
     }
 }
 
-void ExrWriter::insertColour(Imf::FrameBuffer& frame, IxTile const& result)
+void ExrWriter::insertColour(Imf::FrameBuffer& frame, IxTile const& result) const
 {
     GeRectangle<int> const& bounds = result.getBounds();
     IxWriteGuard const guard(result); // for the address only, see writeStrip
@@ -256,7 +325,7 @@ void ExrWriter::insertColour(Imf::FrameBuffer& frame, IxTile const& result)
                           bounds);
         } else {
             insertSamples(frame, colour.name,
-                          {colour.type, planes[index].data(), sampleBytes,
+                          {colour.type, const_cast<std::byte*>(planes[index].data()), sampleBytes,
                            sampleBytes * static_cast<std::size_t>(bounds.getWidth())},
                           bounds);
         }
@@ -277,6 +346,20 @@ void ExrWriter::writeRows(Imf::FrameBuffer const& frame, GeRectangle<int> const&
                       (bounds.y1 - 1 - top) / tileRows);
 }
 
+void ExrWriter::writeBlockTable()
+{
+    try {
+        if (zipBlocks) {
+            stream->seekp(blockTable);
+        }
+        for (std::uint64_t const offset : blockOffsets) {
+            writeNumber(*stream, offset);
+        }
+    } catch (...) {
+        rethrowAsWriteError(temporary.getTarget(), stream->getSystemError());
+    }
+}
+
 void ExrWriter::finish()
 {
     if (rowsLeft != 0) {
@@ -285,6 +368,7 @@ void ExrWriter::finish()
     // These end by writing the table of where everything is.
     scanLines.reset();
     tiles.reset();
+    writeBlockTable();
     stream->close();
     check();
     temporary.publish();

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "media/ExrReader.h"
+#include "media/ExrZipBlocks.h"
 #include "media/TemporaryFile.h"
 
 #include <ImathVec.h>
 #include <ImfForward.h>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,6 +22,7 @@ public:
               IxPixelFormat const& format, bool keepsInputDepth, MediaNote const& note);
     ~ExrWriter() override;
 
+    void packStrip(IxTile const& result, ImageStrip& strip) const override;
     void writeStrip(IxTile const& result, ImageStrip const& strip) override;
     void finish() override;
 
@@ -38,7 +41,12 @@ private:
     void open();
     bool isDirect(ColourChannel const& channel) const;
     void convert(IxTile const& result);
-    void insertColour(Imf::FrameBuffer& frame, IxTile const& result);
+    void insertColour(Imf::FrameBuffer& frame, IxTile const& result) const;
+    Imf::FrameBuffer makeFrame(IxTile const& result, ImageStrip const& strip) const;
+    void packBlocks(IxTile const& result, ImageStrip const& strip,
+                    std::vector<PackedBlock>& blocks) const;
+    void writeBlock(PackedBlock const& block);
+    void writeBlockTable();
     void writeRows(Imf::FrameBuffer const& frame, GeRectangle<int> const& bounds);
     float luminanceOf(float const* pixel);
     void check() const;
@@ -57,7 +65,10 @@ private:
     std::vector<std::vector<std::byte>> planes; ///< of the channels that are not direct
     int rowsLeft = 0;
     std::unique_ptr<CheckedOutput> stream;
-    // One of these two; each ends before the stream.
+    // One of these three; each ends before the stream.
+    std::optional<ExrZipBlocks> zipBlocks;
+    std::vector<std::uint64_t> blockOffsets; ///< in the file; with zipBlocks
+    std::uint64_t blockTable = 0;            ///< where they are stored
     std::unique_ptr<Imf::OutputFile> scanLines;
     std::unique_ptr<Imf::TiledOutputFile> tiles;
 };

@@ -121,7 +121,7 @@ GeRectangle<int> MemorySource::getStripBounds(int index, int rows) const
     return bounds;
 }
 
-void MemorySource::readStrip(GeRectangle<int> const& bounds, ImageStrip& strip)
+void MemorySource::fetchStrip(GeRectangle<int> const& bounds, ImageStrip& strip)
 {
     onRead();
     strip.colour = copyToTile(picture, bounds);

@@ -63,7 +63,7 @@ public:
     ImageInfo const& getInfo() const override { return info; }
     int getRowsPerBlock() const override { return rowsPerBlock; }
     GeRectangle<int> getStripBounds(int index, int rows) const override;
-    void readStrip(GeRectangle<int> const& bounds, ImageStrip& strip) override;
+    void fetchStrip(GeRectangle<int> const& bounds, ImageStrip& strip) override;
 
     std::function<void()> onRead = [] {};
     bool isBottomToTop = false;

@@ -4,20 +4,10 @@
 #include "primitives/CoColor.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <span>
 
-/// Samples and rows between a tile's depth and float. Pure functions; any thread.
-
-/// The half with these bits, exactly; a NaN becomes quiet and keeps its payload.
-float halfToFloat(std::uint16_t half);
-
-/// The nearest half, ties to even; beyond 65504 and a rounding step, infinity; a NaN becomes quiet
-/// and keeps the upper bits of its payload.
-std::uint16_t floatToHalf(float value);
-
-/// NaN gives 0; below 0 and above 1 are limited; value * 255 is rounded to the nearest integer.
-std::uint8_t floatToUint8(float value);
+/// Rows between a tile's format and float RGBA; samples are converted as IxSampleKernels says. Pure
+/// functions; any thread.
 
 /// Widens the pixels of a tile's row to float RGBA: missing alpha is 1, missing colour is 0.
 /// `row` holds as many pixels of `format` (8, 16 or 32 bit) as `pixels`.

@@ -209,7 +209,7 @@ GeRectangle<int> OiioReader::getStripBounds(int index, int rows) const
     return stripBoundsOf(info.dataWindow, index, rows, StripOrder::TopToBottom);
 }
 
-void OiioReader::readStrip(GeRectangle<int> const& bounds, ImageStrip& strip)
+void OiioReader::fetchStrip(GeRectangle<int> const& bounds, ImageStrip& strip)
 {
     try {
         strip.colour = IxTile(); // its buffer is the best one for the next tile

@@ -2,11 +2,16 @@
 
 #include "runtime/engine/ImageSource.h"
 
-/// Writes one picture strip by strip, in the order of its source. Used by one thread at a time;
-/// throws ImageFileError. Destroyed before `finish`, it leaves nothing behind.
+/// Writes one picture strip by strip, in the order of its source. Used by one thread at a time,
+/// unless said otherwise; throws ImageFileError. Destroyed before `finish`, it leaves nothing
+/// behind.
 class ImageSink {
 public:
     virtual ~ImageSink() = default;
+
+    /// The work before writeStrip that strips do not share: any thread, several at once. May be
+    /// left out.
+    virtual void packStrip(IxTile const&, ImageStrip&) const {}
 
     /// Writes the rows of `result` (in the format announced at creation), with what `strip` brought
     /// along for channels that the tool does not touch.

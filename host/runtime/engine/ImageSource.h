@@ -23,15 +23,24 @@ struct ImageInfo {
     Rational frameRate{24, 1};
 };
 
+/// Rows of a strip as a file holds them.
+struct PackedBlock {
+    int firstRow = 0;
+    std::vector<std::byte> bytes;
+};
+
 /// A run of whole rows on its way from a source to a sink. Movable; one thread has it at a time.
 struct ImageStrip {
     IxTile colour; ///< native-format pixels; its bounds are the strip's rows over the data window
     /// Samples of channels that the tool does not touch, in a layout that the source and the sink
     /// of one file kind share; empty otherwise.
     std::vector<std::byte> furtherChannels;
+    /// What is still to be unpacked after fetchStrip, or is packed before writeStrip.
+    std::vector<PackedBlock> packed;
 };
 
-/// Reads one picture strip by strip. Used by one thread at a time; throws ImageFileError.
+/// Reads one picture strip by strip. Used by one thread at a time, unless said otherwise; throws
+/// ImageFileError.
 class ImageSource {
 public:
     virtual ~ImageSource() = default;
@@ -47,7 +56,16 @@ public:
     /// getRowsPerBlock(). Strips meet without overlap and cover the data window.
     virtual GeRectangle<int> getStripBounds(int index, int rows) const = 0;
 
-    /// Fills `strip` with the rows `bounds`, as getStripBounds gave them. Buffers in `strip` may be
-    /// used again.
-    virtual void readStrip(GeRectangle<int> const& bounds, ImageStrip& strip) = 0;
+    /// Fills `strip` with the rows `bounds`, as getStripBounds gave them, but for what unpackStrip
+    /// does. Buffers in `strip` may be used again.
+    virtual void fetchStrip(GeRectangle<int> const& bounds, ImageStrip& strip) = 0;
+
+    /// The work after fetchStrip that strips do not share: any thread, several at once.
+    virtual void unpackStrip(ImageStrip&) const {}
+
+    void readStrip(GeRectangle<int> const& bounds, ImageStrip& strip)
+    {
+        fetchStrip(bounds, strip);
+        unpackStrip(strip);
+    }
 };

@@ -49,9 +49,10 @@ private:
     GeRectangle<int> bounds;
 };
 
-/// One picture's run. Every worker takes strips all the way: it reads the next one when no other
-/// worker reads, processes it, and writes it when all before it are written. So workers are at
-/// different stages at the same time, and there are never more strips on the way than workers.
+/// One picture's run. Every worker takes strips all the way: it fetches the next one when no other
+/// worker does, unpacks, processes and packs it, and writes it when all before it are written. So
+/// workers are at different stages at the same time, and there are never more strips on the way
+/// than workers.
 class Render {
 public:
     Render(PxImageProtocol const& outputNode, SourceImageNode& startNode, ImageSource& imageSource,
@@ -160,7 +161,7 @@ private:
         strip.index = nextStrip++;
         strip.bounds = source.getStripBounds(strip.index, stripRows);
         rowsRead += strip.bounds.getHeight();
-        source.readStrip(strip.bounds, strip.image);
+        source.fetchStrip(strip.bounds, strip.image);
         if (options.mask != nullptr) {
             strip.mask = options.mask->read(strip.bounds);
         }
@@ -169,6 +170,7 @@ private:
 
     void process(Strip& strip)
     {
+        source.unpackStrip(strip.image);
         DeliveredStrip const delivered(sourceNode, strip.image.colour);
         std::optional<DeliveredStrip> deliveredMask;
         if (!strip.mask.isNull()) {
@@ -176,6 +178,7 @@ private:
         }
         PxImageContext const context(options.time, strip.bounds);
         strip.result = chain.computeImage(context).getTileGuard().getTile();
+        sink.packStrip(strip.result, strip.image);
     }
 
     /// Waits for the strip's turn. Nothing is written after a failure.

@@ -1,4 +1,4 @@
-// The row kernels, compiled once for each instruction set (REMAPCOLOR_KERNEL_SET is its name).
+// The row kernels, compiled once for each instruction set (INSTRUCTION_SET is its name).
 //
 // All is arithmetic on vectors of floats, each step rounded as the scalar step would be; nothing
 // depends on the neighbouring lanes. Functions of the standard library are kept out: their copies
@@ -7,7 +7,7 @@
 #include "remapColorRowKernels.h"
 #include "remapColorVectors.h"
 
-namespace RemapColorRowKernels::REMAPCOLOR_KERNEL_SET {
+namespace RemapColorRowKernels::INSTRUCTION_SET {
 
 namespace {
 
@@ -556,16 +556,12 @@ void processCurves(CurveTable const* curves, Pixel* row, std::size_t nbPixels)
 
 } // namespace
 
-#define REMAPCOLOR_TEXT_OF(name) #name
-#define REMAPCOLOR_NAME_TEXT(name) REMAPCOLOR_TEXT_OF(name)
-
 extern KernelSet const kernels;
-KernelSet const kernels = {REMAPCOLOR_NAME_TEXT(REMAPCOLOR_KERNEL_SET),
-                           &processLevels<false, NoClamp>,
+KernelSet const kernels = {&processLevels<false, NoClamp>,
                            &processLevels<true, NoClamp>,
                            &processLevels<false, Clamp>,
                            &processLevels<true, Clamp>,
                            &processDisplay,
                            &processCurves};
 
-} // namespace RemapColorRowKernels::REMAPCOLOR_KERNEL_SET
+} // namespace RemapColorRowKernels::INSTRUCTION_SET

@@ -7,6 +7,7 @@
 // Red, green and blue have index 0, 1 and 2. Rows may have any length and alignment; source and
 // destination are the same row or do not overlap. Any thread.
 
+#include "base/InInstructionSet.h"
 #include "primitives/CoColor.h"
 #include "remapColorPower.h"
 
@@ -69,8 +70,6 @@ struct RowTarget {
 /// The kernels of one instruction set. `curves` is null where no curve is applied, else it points
 /// to the tables of the three channels.
 struct KernelSet {
-    char const* name;
-
     using LevelsKernel = void (*)(Levels const& levels, CurveTable const* curves,
                                   Pixel const* source, RowTarget destination, std::size_t nbPixels);
     LevelsKernel line;
@@ -85,16 +84,10 @@ struct KernelSet {
     void (*curves)(CurveTable const* curves, Pixel* row, std::size_t nbPixels);
 };
 
-/// The sets of this build that the processor runs: the baseline first, the fastest last.
-struct KernelSets {
-    KernelSet const* sets[3];
-    int count;
-};
-KernelSets const& availableKernels();
+/// The kernels of a set that is available.
+KernelSet const& kernelsOf(InInstructionSet set);
 
-/// The fastest of them, or the one that the environment variable REMAPCOLOR_INSTRUCTIONS named when
-/// the kernels were first asked for ("Baseline", "Avx2", "Avx512"); a set that is not available is
-/// not chosen.
+/// Those of the chosen set.
 KernelSet const& chosenKernels();
 
 } // namespace RemapColorRowKernels

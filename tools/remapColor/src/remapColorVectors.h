@@ -1,8 +1,8 @@
 // Vectors of floats in the width of the instruction set that the including source is compiled for,
 // and the few operations on them that have no operator. Not for sources that are compiled once.
 
-#ifndef REMAPCOLOR_KERNEL_SET
-#error "one of Baseline, Avx2, Avx512"
+#ifndef INSTRUCTION_SET
+#error "for sources that are compiled for an instruction set"
 #endif
 
 #include "remapColorPower.h"
@@ -16,7 +16,7 @@
 #include <immintrin.h>
 #endif
 
-namespace RemapColorRowKernels::REMAPCOLOR_KERNEL_SET {
+namespace RemapColorRowKernels::INSTRUCTION_SET {
 
 #if defined(__AVX512F__)
 constexpr int lanes = 16;
@@ -491,4 +491,4 @@ REMAPCOLOR_INLINE PixelBlock withAlphaOf(PixelBlock const& in, Values const& col
              alpha ? in.vectors[2] : colour.vectors[2], alpha ? in.vectors[3] : fourth}};
 }
 
-} // namespace RemapColorRowKernels::REMAPCOLOR_KERNEL_SET
+} // namespace RemapColorRowKernels::INSTRUCTION_SET

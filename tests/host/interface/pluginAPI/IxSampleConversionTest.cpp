@@ -2,6 +2,7 @@
 
 #include "pluginAPI/IxSampleConversion.h"
 
+#include "pluginAPI/IxSampleKernels.h"
 #include "pluginAPI/PiPixelLoopOneSource.h"
 #include "support/PixelMatcher.h"
 #include "support/StandardPixels.h"
@@ -9,7 +10,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <numeric>
 #include <random>
+#include <vector>
 
 namespace {
 
@@ -22,21 +25,40 @@ IxPixelFormat makeFormat(IxPixelFormat::Components components, IxPixelFormat::De
     return {components, depth, Rational(), notPremultiplied};
 }
 
-TEST(IxSampleConversionTest, EveryHalfWidensExactlyAndComesBack)
+/// The kernels of every set that this processor runs, the way all pictures go.
+class IxSampleKernelsTest : public ::testing::TestWithParam<InInstructionSet> {
+protected:
+    void SetUp() override
+    {
+        if (!isInstructionSetAvailable(GetParam())) {
+            GTEST_SKIP() << "not on this processor";
+        }
+    }
+    ~IxSampleKernelsTest() noexcept override = default;
+
+    IxSampleKernels const& kernels = IxSampleKernels::of(GetParam());
+};
+
+TEST_P(IxSampleKernelsTest, EveryHalfWidensExactlyAndComesBack)
 {
-    for (std::uint32_t bits = 0; bits < 0x10000U; ++bits) {
-        auto const half = static_cast<std::uint16_t>(bits);
-        ASSERT_TRUE(reference::sameBits(halfToFloat(half), reference::fromHalf(half))) << bits;
-        bool const isSignallingNan = (bits & 0x7E00U) == 0x7C00U && (bits & 0x1FFU) != 0;
-        ASSERT_EQ(floatToHalf(halfToFloat(half)), isSignallingNan ? (bits | 0x200U) : bits);
+    std::vector<std::uint16_t> halves(0x10000);
+    std::iota(halves.begin(), halves.end(), std::uint16_t{0});
+    std::vector<float> floats(halves.size());
+    std::vector<std::uint16_t> back(halves.size());
+    kernels.halvesToFloats(halves.data(), floats.data(), halves.size());
+    kernels.floatsToHalves(floats.data(), back.data(), floats.size());
+    for (std::uint16_t const half : halves) {
+        ASSERT_TRUE(reference::sameBits(floats[half], reference::fromHalf(half))) << half;
+        bool const isSignallingNan = (half & 0x7E00U) == 0x7C00U && (half & 0x1FFU) != 0;
+        ASSERT_EQ(back[half], isSignallingNan ? (half | 0x200U) : half);
     }
 }
 
-TEST(IxSampleConversionTest, FloatsRoundAsTheReference)
+TEST_P(IxSampleKernelsTest, FloatsRoundAsTheReference)
 {
     std::vector<float> values = reference::standardValues();
     std::mt19937 words(9);
-    for (int round = 0; round < 300000; ++round) {
+    for (int round = 0; round < 100000; ++round) {
         values.push_back(std::bit_cast<float>(static_cast<std::uint32_t>(words())));
         // Most of the numbers that halves can tell apart, and the ties between them.
         auto const half = static_cast<std::uint16_t>(words() & 0x7BFFU);
@@ -48,11 +70,19 @@ TEST(IxSampleConversionTest, FloatsRoundAsTheReference)
     for (int tie = -1; tie < 256; ++tie) {
         values.push_back((static_cast<float>(tie) + 0.5F) / 255.0F);
     }
-    for (float const value : values) {
-        ASSERT_EQ(floatToHalf(value), reference::toHalf(value)) << reference::describe(value);
-        ASSERT_EQ(floatToUint8(value), reference::toByte(value)) << reference::describe(value);
+    std::vector<std::uint16_t> halves(values.size());
+    std::vector<std::uint8_t> bytes(values.size());
+    kernels.floatsToHalves(values.data(), halves.data(), values.size());
+    kernels.floatsToBytes(values.data(), bytes.data(), values.size());
+    for (std::size_t value = 0; value < values.size(); ++value) {
+        ASSERT_EQ(halves[value], reference::toHalf(values[value]))
+            << reference::describe(values[value]);
+        ASSERT_EQ(bytes[value], reference::toByte(values[value]))
+            << reference::describe(values[value]);
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(Sets, IxSampleKernelsTest, ::testing::ValuesIn(inAllInstructionSets));
 
 /// Replaces every component by its negative.
 class NegateLoop : public PiPixelLoopOneSource {

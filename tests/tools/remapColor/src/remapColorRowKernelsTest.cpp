@@ -5,11 +5,13 @@
 
 #include "support/StandardPixels.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
@@ -83,6 +85,14 @@ constexpr Look::Kernel allKernels[] = {&runLevels<&KernelSet::line>,
                                        &runDisplay,
                                        &runCurves};
 
+std::vector<InInstructionSet> availableSets()
+{
+    std::vector<InInstructionSet> sets;
+    std::copy_if(inAllInstructionSets.begin(), inAllInstructionSets.end(), std::back_inserter(sets),
+                 &isInstructionSetAvailable);
+    return sets;
+}
+
 Pixels const& oddPixels()
 {
     static Pixels const pixels = [] {
@@ -108,25 +118,24 @@ Pixels runSingly(Look::Kernel kernel, Look const& look)
 {
     Pixels results(oddPixels().size());
     for (std::size_t pixel = 0; pixel < results.size(); ++pixel) {
-        kernel(*availableKernels().sets[0], look, &oddPixels()[pixel], {&results[pixel]}, 1);
+        kernel(kernelsOf(InInstructionSet::Baseline), look, &oddPixels()[pixel], {&results[pixel]},
+               1);
     }
     return results;
 }
 
 TEST(RowKernelsTest, EverySetGivesTheBitsOfSinglePixels)
 {
-    KernelSets const& available = availableKernels();
     for (std::uint32_t seed = 0; seed < 40; ++seed) {
         Look const look(seed);
         for (Look::Kernel const kernel : allKernels) {
             Pixels const expected = runSingly(kernel, look);
-            for (int set = 0; set < available.count; ++set) {
+            for (InInstructionSet const set : availableSets()) {
                 for (bool const isStreamed : {false, true}) {
                     Pixels results(expected.size());
-                    kernel(*available.sets[set], look, oddPixels().data(),
-                           {results.data(), isStreamed}, results.size());
-                    ASSERT_TRUE(isSame(expected, results))
-                        << available.sets[set]->name << " " << seed;
+                    kernel(kernelsOf(set), look, oddPixels().data(), {results.data(), isStreamed},
+                           results.size());
+                    ASSERT_TRUE(isSame(expected, results)) << static_cast<int>(set) << " " << seed;
                 }
             }
         }
@@ -137,45 +146,39 @@ TEST(RowKernelsTest, LengthAndPlaceInMemoryDoNotMatter)
 {
     constexpr Pixel guard{7, 7, 7, 7};
     Look const look(3);
-    KernelSets const& available = availableKernels();
     for (Look::Kernel const kernel : allKernels) {
         Pixels const expected = runSingly(kernel, look);
-        for (int set = 0; set < available.count; ++set) {
+        for (InInstructionSet const set : availableSets()) {
             for (std::size_t length = 0; length <= 130; ++length) {
                 std::size_t const offset = length % 5; // pixels are 16 bytes, vectors up to 64
                 alignas(64) Pixel memory[144];
                 std::fill(std::begin(memory), std::end(memory), guard);
-                kernel(*available.sets[set], look, oddPixels().data(),
-                       {memory + offset, length % 2 == 0}, length);
+                kernel(kernelsOf(set), look, oddPixels().data(), {memory + offset, length % 2 == 0},
+                       length);
                 ASSERT_EQ(std::memcmp(memory + offset, expected.data(), length * sizeof(Pixel)), 0)
-                    << available.sets[set]->name << " " << length;
+                    << static_cast<int>(set) << " " << length;
                 ASSERT_EQ(std::memcmp(memory + offset + length, &guard, sizeof(guard)), 0);
             }
         }
     }
 }
 
-TEST(RowKernelsTest, SetsAreThoseOfTheProcessorAndTheFastestIsChosen)
+TEST(RowKernelsTest, TheFastestSetIsChosenUnlessAnotherIsNamed)
 {
-    std::vector<std::string> names{"Baseline"};
-#ifdef __x86_64__
-    if (__builtin_cpu_supports("avx2")) {
-        names.emplace_back("Avx2");
+    char const* const named = std::getenv("REMAPCOLOR_INSTRUCTIONS");
+    std::string const former = named == nullptr ? "" : named;
+    InInstructionSet const fastest = availableSets().back();
+    for (InInstructionSet const set : inAllInstructionSets) {
+        ::setenv("REMAPCOLOR_INSTRUCTIONS", inInstructionSetNames.at(static_cast<int>(set)), 1);
+        EXPECT_EQ(chooseInstructionSet(), isInstructionSetAvailable(set) ? set : fastest);
     }
-    if (__builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl")) {
-        names.emplace_back("Avx512");
-    }
-#endif
-    KernelSets const& available = availableKernels();
-    ASSERT_EQ(static_cast<std::size_t>(available.count), names.size());
-    for (std::size_t set = 0; set < names.size(); ++set) {
-        EXPECT_EQ(available.sets[set]->name, names[set]);
-        for (std::size_t other = 0; other < set; ++other) {
-            EXPECT_NE(available.sets[set]->display, available.sets[other]->display);
-        }
-    }
-    if (std::getenv("REMAPCOLOR_INSTRUCTIONS") == nullptr) {
-        EXPECT_EQ(&chosenKernels(), available.sets[available.count - 1]);
+    ::setenv("REMAPCOLOR_INSTRUCTIONS", "abacus", 1);
+    EXPECT_EQ(chooseInstructionSet(), fastest);
+    ::setenv("REMAPCOLOR_INSTRUCTIONS", former.c_str(), 1);
+    for (InInstructionSet const set : availableSets()) {
+        // Compiled apart, not one under three names.
+        EXPECT_EQ(&kernelsOf(set) == &kernelsOf(fastest), set == fastest);
+        EXPECT_EQ(kernelsOf(set).display == kernelsOf(fastest).display, set == fastest);
     }
 }
 
