@@ -1,0 +1,201 @@
+// Whole files through the program, against the bare library and against a general image program:
+// time and peak memory of the process, start and end included.
+//
+// filesBench [--quick] [options of Google Benchmark]: without the large file if quick.
+
+#include <benchmark/benchmark.h>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <spawn.h>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+/// A folder for the pictures, removed at the end.
+class WorkFolder {
+public:
+    WorkFolder()
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "remapBenchXXXXXX").string();
+        if (::mkdtemp(name.data()) == nullptr) {
+            throw std::system_error(errno, std::generic_category(), name);
+        }
+        path = name;
+    }
+    ~WorkFolder() { std::filesystem::remove_all(path); }
+    WorkFolder(WorkFolder const&) = delete;
+    WorkFolder& operator=(WorkFolder const&) = delete;
+
+    std::string file(std::string const& name) const { return (path / name).string(); }
+
+private:
+    std::filesystem::path path;
+};
+
+struct Run {
+    bool isGood = false;
+    double seconds = 0.0;
+    double cpuSeconds = 0.0;
+    double peakMegabytes = 0.0;
+};
+
+double toSeconds(timeval const& time)
+{
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
+}
+
+/// Runs a program to its end. This process stays small: a child's peak starts with its parent's.
+Run runProgram(Words const& command)
+{
+    std::vector<char*> arguments;
+    for (std::string const& word : command) {
+        arguments.push_back(const_cast<char*>(word.c_str()));
+    }
+    arguments.push_back(nullptr);
+    auto const start = std::chrono::steady_clock::now();
+    pid_t child = 0;
+    if (::posix_spawnp(&child, arguments[0], nullptr, nullptr, arguments.data(), environ) != 0) {
+        return {};
+    }
+    int status = 0;
+    rusage usage{};
+    ::wait4(child, &status, 0, &usage);
+    std::chrono::duration<double> const time = std::chrono::steady_clock::now() - start;
+    return {status == 0, time.count(), toSeconds(usage.ru_utime) + toSeconds(usage.ru_stime),
+            static_cast<double>(usage.ru_maxrss) / 1024.0};
+}
+
+struct Size {
+    char const* name;
+    int width;
+    int height;
+    int nbRepetitions;
+};
+constexpr Size sizes[] = {{"3840 x 2160", 3840, 2160, 7}, {"16384 x 8192", 16384, 8192, 3}};
+
+struct Program {
+    char const* name;
+    Words (*makeCommand)(std::string const& input, std::string const& output, int threads);
+};
+
+/// A program that lies beside this one.
+std::string findProgram(char const* name)
+{
+    return std::filesystem::read_symlink("/proc/self/exe").replace_filename(name).string();
+}
+
+Program const programs[] = {
+    {"OpenEXR copy",
+     [](std::string const& input, std::string const& output, int threads) {
+         return Words{findProgram("exrFiles"), "copy", input, output, std::to_string(threads)};
+     }},
+    {"remapcolor, EXR display + curves",
+     [](std::string const& input, std::string const& output, int threads) {
+         return Words{findProgram("remapcolor"),
+                      "render",
+                      input,
+                      "-o",
+                      output,
+                      "-q",
+                      "-j",
+                      std::to_string(threads),
+                      "--mode",
+                      "EXRDisplay",
+                      "--curve",
+                      "rgb=0,0 0.25,0.2 0.75,0.82 1,1"};
+     }},
+    {"oiiotool, multiply and power",
+     [](std::string const& input, std::string const& output, int threads) {
+         return Words{"oiiotool",         "--threads", std::to_string(threads),  input, "--mulc",
+                      "0.25,0.25,0.25,1", "--powc",    "0.4545,0.4545,0.4545,1", "-o",  output};
+     }},
+};
+
+void measure(benchmark::State& state, Program const& program, std::string const& input,
+             int nbThreads)
+{
+    std::string const output = input + ".out.exr";
+    double peak = 0.0;
+    double cpuSeconds = 0.0;
+    for (auto _ : state) {
+        Run const run = runProgram(program.makeCommand(input, output, nbThreads));
+        if (!run.isGood || !std::filesystem::exists(output)) {
+            state.SkipWithError("the program failed or is not installed");
+            break;
+        }
+        state.SetIterationTime(run.seconds);
+        peak = run.peakMegabytes;
+        cpuSeconds = run.cpuSeconds;
+        state.counters["output_megabytes"] =
+            static_cast<double>(std::filesystem::file_size(output)) / (1024.0 * 1024.0);
+        std::filesystem::remove(output);
+    }
+    state.counters["peak_megabytes"] = peak;
+    state.counters["cpu_seconds"] = cpuSeconds;
+}
+
+void addSize(Size const& size, std::string const& input)
+{
+    for (Program const& program : programs) {
+        for (int const threads : {1, 2}) {
+            std::string const name = std::string("file/") + size.name + "/" +
+                                     std::to_string(threads) + "/" + program.name;
+            benchmark::RegisterBenchmark(name.c_str(),
+                                         [&program, input, threads](auto& state) {
+                                             measure(state, program, input, threads);
+                                         })
+                ->UseManualTime()
+                ->Iterations(1)
+                ->Repetitions(size.nbRepetitions)
+                ->Unit(benchmark::kSecond);
+        }
+    }
+}
+
+bool takeQuick(int& nbArguments, char** arguments)
+{
+    if (nbArguments < 2 || std::strcmp(arguments[1], "--quick") != 0) {
+        return false;
+    }
+    for (int argument = 1; argument < nbArguments; ++argument) {
+        arguments[argument] = arguments[argument + 1];
+    }
+    --nbArguments;
+    return true;
+}
+
+} // namespace
+
+int main(int nbArguments, char** arguments)
+{
+    bool const isQuick = takeQuick(nbArguments, arguments);
+    benchmark::Initialize(&nbArguments, arguments);
+    if (benchmark::ReportUnrecognizedArguments(nbArguments, arguments)) {
+        return 2;
+    }
+    WorkFolder const folder;
+    for (Size const& size : sizes) {
+        std::string const input = folder.file(std::to_string(size.width) + ".exr");
+        if ((isQuick && &size != &sizes[0]) ||
+            !runProgram({findProgram("exrFiles"), "make", input, std::to_string(size.width),
+                         std::to_string(size.height)})
+                 .isGood) {
+            continue;
+        }
+        addSize(size, input);
+    }
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
