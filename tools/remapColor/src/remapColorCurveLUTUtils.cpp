@@ -225,13 +225,13 @@ float RemapColorCurveLUTUtils::ScanlineLut::map(float value) const
     return (1.0F - share) * lut[index] + share * lut[index + 1];
 }
 
-void RemapColorCurveLUTUtils::ScanlineLut::processScanline(float& out, float value) const
+void RemapColorCurveLUTUtils::ScanlineLut::processScanline(float& out, float value)
 {
     out = map(value);
 }
 
 void RemapColorCurveLUTUtils::ScanlineLut::processCurve(Vector<GePoint2<float>>& out,
-                                                        Vector<GePoint2<float>> const& in) const
+                                                        Vector<GePoint2<float>> const& in)
 {
     out.reserve(out.size() + in.size());
     for (Point const& point : in) {

@@ -500,16 +500,16 @@ template <typename Transfer, typename Adjust, typename Limit>
         return withAlphaOf(in, limit(adjusted));
     };
 
-    bool const isAligned = reinterpret_cast<std::uintptr_t>(destination.pixels) % 64 == 0;
+    bool const isStreamed =
+        destination.isStreamed && reinterpret_cast<std::uintptr_t>(destination.pixels) % 64 == 0;
     std::size_t pixel = 0;
-    if (destination.isStreamed && isAligned) {
-        for (; pixel + lanes <= nbPixels; pixel += lanes) {
-            streamBlock(processBlock(loadBlock(source + pixel)), destination.pixels + pixel);
-        }
-        finishStreaming();
-    }
     for (; pixel + lanes <= nbPixels; pixel += lanes) {
-        storeBlock(processBlock(loadBlock(source + pixel)), destination.pixels + pixel);
+        PixelBlock const out = processBlock(loadBlock(source + pixel));
+        if (isStreamed) {
+            streamBlock(out, destination.pixels + pixel);
+        } else {
+            storeBlock(out, destination.pixels + pixel);
+        }
     }
     if (pixel < nbPixels) {
         std::size_t const restBytes = (nbPixels - pixel) * sizeof(Pixel);
@@ -517,6 +517,9 @@ template <typename Transfer, typename Adjust, typename Limit>
         std::memcpy(static_cast<void*>(block), source + pixel, restBytes);
         storeBlock(processBlock(loadBlock(block)), block);
         std::memcpy(static_cast<void*>(destination.pixels + pixel), block, restBytes);
+    }
+    if (isStreamed) {
+        finishStreaming();
     }
 }
 
