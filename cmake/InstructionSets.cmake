@@ -17,9 +17,11 @@ function(add_instruction_sets target source library)
         # The compiler's own vector headers set off the first two warnings, vector arguments the
         # others.
         target_compile_options(${objects} PRIVATE
-            -O3 -Wno-maybe-uninitialized -Wno-uninitialized -Wno-psabi -Wno-ignored-attributes
+            -Wno-maybe-uninitialized -Wno-uninitialized -Wno-psabi -Wno-ignored-attributes
             ${flags_${set}})
-        if(REMAPCOLOR_SANITIZE MATCHES "undefined")
+        if(NOT REMAPCOLOR_SANITIZE)
+            target_compile_options(${objects} PRIVATE -O2 -ftree-vectorize)
+        elseif(REMAPCOLOR_SANITIZE MATCHES "undefined")
             # GCC 12's checks of integer arithmetic miscompile arithmetic on vectors.
             target_compile_options(${objects} PRIVATE
                 -fno-sanitize=shift,signed-integer-overflow,integer-divide-by-zero)

@@ -75,6 +75,15 @@ void takeSamples(IxPixelFormat::Components components, Pixel const& pixel, float
     }
 }
 
+/// Copies a sample every `stride` bytes.
+template <typename Sample>
+void copyEvery(std::byte const* from, std::byte* to, std::size_t stride, std::size_t count)
+{
+    for (std::size_t sample = 0; sample < count; ++sample) {
+        std::memcpy(to + sample * stride, from + sample * stride, sizeof(Sample));
+    }
+}
+
 /// Calls `function(first, count)` for chunks of `size`.
 template <typename Function>
 void forChunks(std::size_t size, Function const& function)
@@ -147,8 +156,10 @@ void copyAlphaRow(IxPixelFormat const& format, std::byte const* source, std::siz
 {
     std::size_t const pixelBytes = format.getBytesPerPixel();
     std::size_t const sampleBytes = pixelBytes / static_cast<std::size_t>(format.getNbComponents());
-    for (std::size_t pixel = 1; pixel <= pixels; ++pixel) {
-        std::size_t const alpha = pixel * pixelBytes - sampleBytes;
-        std::memcpy(row + alpha, source + alpha, sampleBytes);
+    std::size_t const first = pixelBytes - sampleBytes;
+    switch (sampleBytes) {
+    case 1: return copyEvery<std::uint8_t>(source + first, row + first, pixelBytes, pixels);
+    case 2: return copyEvery<std::uint16_t>(source + first, row + first, pixelBytes, pixels);
+    default: return copyEvery<std::uint32_t>(source + first, row + first, pixelBytes, pixels);
     }
 }

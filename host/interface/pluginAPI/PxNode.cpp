@@ -2,7 +2,6 @@
 
 #include "base/Assertions.h"
 #include "pluginAPI/PxNodeHandles.h"
-#include "pluginAPI/PxRequestMgr.h"
 
 #include <algorithm>
 
@@ -16,12 +15,6 @@ bool isReachable(PxNode const& from, PxNode const& wanted)
 }
 
 } // namespace
-
-void assertNodeHandleThread()
-{
-    Assertions::check(!PxRequestMgr::getInstance().isWorkerThreadCurrent(),
-                      "!PxRequestMgr::getInstance().isWorkerThreadCurrent()");
-}
 
 void PxNode::destroy()
 {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "base/Assertions.h"
 #include "base/RCExUtil.h"
 #include "pluginAPI/PxNode.h"
+#include "pluginAPI/PxRequestMgr.h"
 
 #include <cstddef>
 #include <type_traits>
@@ -10,7 +12,11 @@
 
 /// Throws the assertion failure "!PxRequestMgr::getInstance().isWorkerThreadCurrent()" on a worker
 /// thread: handles belong to the user-interface thread.
-void assertNodeHandleThread();
+inline void assertNodeHandleThread()
+{
+    Assertions::check(!PxRequestMgr::getInstance().isWorkerThreadCurrent(),
+                      "!PxRequestMgr::getInstance().isWorkerThreadCurrent()");
+}
 
 /// Shared handle of a processing node. Workers use the node through a handle that already exists;
 /// making, copying, setting or releasing one there is an assertion failure (a handle that goes out

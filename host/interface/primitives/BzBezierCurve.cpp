@@ -4,7 +4,9 @@
 
 #include "primitives/BzFunctionCurve.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <vector>
 
 namespace {
 
@@ -13,10 +15,37 @@ GePoint2<double> widen(GePoint2<float> const& point)
     return {point.x, point.y};
 }
 
-double bernstein(double t, double p0, double p1, double p2, double p3)
+/// The shares of a segment's four points at a parameter t.
+struct BernsteinWeights {
+    explicit BernsteinWeights(double t)
+    {
+        double const s = 1.0 - t;
+        start = s * s * s;
+        outgoing = 3.0 * s * s * t;
+        incoming = 3.0 * s * t * t;
+        end = t * t * t;
+    }
+
+    double sum(double p0, double p1, double p2, double p3) const
+    {
+        return start * p0 + outgoing * p1 + incoming * p2 + end * p3;
+    }
+
+    double start;
+    double outgoing;
+    double incoming;
+    double end;
+};
+
+/// Those of the samples within a segment.
+std::vector<BernsteinWeights> makeWeights(int subdivisions)
 {
-    double const s = 1.0 - t;
-    return s * s * s * p0 + 3.0 * s * s * t * p1 + 3.0 * s * t * t * p2 + t * t * t * p3;
+    std::vector<BernsteinWeights> weights;
+    weights.reserve(static_cast<std::size_t>(std::max(subdivisions, 1)) - 1);
+    for (int sample = 1; sample < subdivisions; ++sample) {
+        weights.emplace_back(static_cast<double>(sample) / subdivisions);
+    }
+    return weights;
 }
 
 /// The handle moved along its own direction towards `key` until its x is `limit`.
@@ -35,17 +64,18 @@ void BzBezierCurve::evaluateCurve(Vector<GePoint2<float>>& data, int subdivision
     if (nbKeys == 0) {
         return;
     }
+    std::vector<BernsteinWeights> const weights = makeWeights(subdivisions);
+    data.reserve(data.size() + (nbKeys - 1) * (weights.size() + 1) + 1);
     data.push_back(controlPoints[1]);
     for (std::size_t key = 0; key + 1 < nbKeys; ++key) {
         Segment segment{widen(controlPoints[3 * key + 1]), widen(controlPoints[3 * key + 2]),
                         widen(controlPoints[3 * key + 3]), widen(controlPoints[3 * key + 4])};
         prepareSegment(segment);
-        for (int sample = 1; sample < subdivisions; ++sample) {
-            double const t = static_cast<double>(sample) / subdivisions;
-            data.push_back({static_cast<float>(bernstein(t, segment.start.x, segment.outgoing.x,
-                                                         segment.incoming.x, segment.end.x)),
-                            static_cast<float>(bernstein(t, segment.start.y, segment.outgoing.y,
-                                                         segment.incoming.y, segment.end.y))});
+        auto const& [start, outgoing, incoming, end] = segment;
+        for (BernsteinWeights const& weight : weights) {
+            data.push_back(
+                {static_cast<float>(weight.sum(start.x, outgoing.x, incoming.x, end.x)),
+                 static_cast<float>(weight.sum(start.y, outgoing.y, incoming.y, end.y))});
         }
         data.push_back(controlPoints[3 * key + 4]);
     }

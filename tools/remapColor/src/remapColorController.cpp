@@ -268,8 +268,9 @@ RemapColorController::createWidgetInstanceData(RCShdPtr<PiWidget> const& widget,
         return {};
     }
     auto const holder = makeShared<InstanceDataHolder>();
-    for (InstanceDataFactory const factory : instanceDataFactories) {
-        holder->add(factory(widget, *this, path));
+    // By index: a maker may add another.
+    for (std::size_t factory = 0; factory < instanceDataFactories.size(); ++factory) {
+        holder->add(instanceDataFactories[factory](widget, *this, path));
     }
     return holder;
 }
@@ -426,7 +427,8 @@ CoRgbColorTyped<float> RemapColorController::getOutputPlotColor()
 void RemapColorController::setOutputPlotColor(CoRgbColorTyped<float> const& colour)
 {
     outputPlotColor = colour;
-    outputPlotColorChanged.call(outputPlotColor);
+    CoRgbColorTyped<float> const told = colour; // a handler may set another one
+    outputPlotColorChanged.call(told);
 }
 
 GeVector2<float> RemapColorController::getViewPan()
@@ -515,10 +517,10 @@ void RemapColorController::processSinglePixel(PxTimeContext const& time,
     PxUPtr<RemapColorNode const> const outputNode(castNode<RemapColorNode const>(procNode).get());
     auto request = makeOwned<SinglePixelProc>(outputNode, time, colour, singlePixelCallback);
     requests.submit(request.get(), 0);
-    if (pendingRequest != nullptr) {
-        requests.release(pendingRequest);
+    SinglePixelProc* const former = std::exchange(pendingRequest, request.release());
+    if (former != nullptr) {
+        requests.release(former);
     }
-    pendingRequest = request.release();
 }
 
 void RemapColorController::singlePixelProcessed(CoRgbaColorTyped<float> const& colour)

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <span>
 #include <utility>
 
 namespace {
@@ -38,29 +39,59 @@ public:
     {
     }
 
-    float valueAt(float x)
+    /// Fills `values`, one for each of `positions`; all positions within a segment at once.
+    void readOff(std::span<float const> positions, std::span<float> values)
     {
-        if (data[segment].x > x) {
-            return data[segment].y;
+        std::size_t first = 0;
+        while (first < positions.size()) {
+            float const x = positions[first];
+            if (data[segment].x > x) {
+                values[first++] = data[segment].y;
+                continue;
+            }
+            while (segment + 2 < data.size() && x >= data[segment + 1].x) {
+                ++segment;
+            }
+            if (x >= data[segment + 1].x) {
+                values[first++] = data[segment + 1].y;
+                continue;
+            }
+            check(data[segment].x <= x, 156, "x0 <= lutX");
+            check(data[segment + 1].x > x, 159, "x1 > lutX");
+            std::size_t const end = findSegmentEnd(positions, first);
+            interpolate(positions.subspan(first, end - first), values.subspan(first, end - first));
+            first = end;
         }
-        while (segment + 2 < data.size() && x >= data[segment + 1].x) {
-            ++segment;
-        }
-        auto const [x0, y0] = data[segment];
-        auto const [x1, y1] = data[segment + 1];
-        if (x >= x1) {
-            return y1;
-        }
-        check(x0 <= x, 156, "x0 <= lutX");
-        check(x1 > x, 159, "x1 > lutX");
-        float const dx = x1 - x0;
-        if (tolerance > dx) {
-            return y0;
-        }
-        return ((x1 - x) * y0 + (x - x0) * y1) / dx;
     }
 
 private:
+    /// The first position from `first` on that does not lie in the segment.
+    std::size_t findSegmentEnd(std::span<float const> positions, std::size_t first) const
+    {
+        std::size_t end = first;
+        while (end < positions.size() && positions[end] >= data[segment].x &&
+               positions[end] < data[segment + 1].x) {
+            ++end;
+        }
+        return end;
+    }
+
+    /// Along the segment.
+    void interpolate(std::span<float const> positions, std::span<float> values) const
+    {
+        auto const [x0, y0] = data[segment];
+        auto const [x1, y1] = data[segment + 1];
+        float const dx = x1 - x0;
+        if (tolerance > dx) {
+            std::fill(values.begin(), values.end(), y0);
+            return;
+        }
+        for (std::size_t index = 0; index < positions.size(); ++index) {
+            float const x = positions[index];
+            values[index] = ((x1 - x) * y0 + (x - x0) * y1) / dx;
+        }
+    }
+
     Vector<Point> const& data;
     float tolerance;
     std::size_t segment = 0;
@@ -107,13 +138,16 @@ void RemapColorCurveLUTUtils::curveToLUT(Vector<float>& lut, float rangeMin, flo
     *lutMin = std::max(rangeMin, leftmost->x);
     *lutMax = std::min(rangeMax, rightmost->x);
 
-    PolylineWalk walk(data, step / stepsPerTolerance);
+    std::size_t const nbSamples = nbEntries - 1;
     auto const nbIntervals = static_cast<float>(nbEntries - 2);
-    float lutX = *lutMin;
-    for (std::size_t entry = 0; entry + 1 < nbEntries; ++entry) {
-        lut[entry] = walk.valueAt(lutX);
-        lutX = *lutMin + ((*lutMax - *lutMin) * static_cast<float>(entry + 1)) / nbIntervals;
+    float const first = *lutMin;
+    float const width = *lutMax - first;
+    Vector<float> positions(nbSamples, first);
+    for (std::size_t entry = 1; entry < nbSamples; ++entry) {
+        positions[entry] =
+            first + (width * static_cast<float>(static_cast<int>(entry))) / nbIntervals;
     }
+    PolylineWalk(data, step / stepsPerTolerance).readOff(positions, {lut.data(), nbSamples});
     lut[nbEntries - 1] = lut[nbEntries - 2];
 }
 
@@ -225,13 +259,13 @@ float RemapColorCurveLUTUtils::ScanlineLut::map(float value) const
     return (1.0F - share) * lut[index] + share * lut[index + 1];
 }
 
-void RemapColorCurveLUTUtils::ScanlineLut::processScanline(float& out, float value) const
+void RemapColorCurveLUTUtils::ScanlineLut::processScanline(float& out, float value)
 {
     out = map(value);
 }
 
 void RemapColorCurveLUTUtils::ScanlineLut::processCurve(Vector<GePoint2<float>>& out,
-                                                        Vector<GePoint2<float>> const& in) const
+                                                        Vector<GePoint2<float>> const& in)
 {
     out.reserve(out.size() + in.size());
     for (Point const& point : in) {

@@ -49,11 +49,11 @@ public:
     REMAPCOLOR_EXPORT virtual ~ScanlineLut();
 
     /// Maps `value` into `out`.
-    REMAPCOLOR_EXPORT void processScanline(float& out, float value) const;
+    REMAPCOLOR_EXPORT void processScanline(float& out, float value);
 
     /// Appends each point of `in`, in order, with the same x and its y mapped, to `out`.
     REMAPCOLOR_EXPORT void processCurve(Vector<GePoint2<float>>& out,
-                                        Vector<GePoint2<float>> const& in) const;
+                                        Vector<GePoint2<float>> const& in);
 
     /// What the row kernels need of it; valid as long as this object.
     RemapColorRowKernels::CurveTable getTable() const;

@@ -34,6 +34,24 @@ float headOf(float multiplier)
     return std::bit_cast<float>(std::bit_cast<std::uint32_t>(multiplier) & headMask);
 }
 
+PreparedPower::Pair splitPower(double value)
+{
+    constexpr std::uint32_t headMask = 0xfffff000U;
+    auto const whole = std::bit_cast<std::uint32_t>(static_cast<float>(value));
+    auto const head = std::bit_cast<float>(whole & headMask);
+    return {head, static_cast<float>(value - static_cast<double>(head))};
+}
+
+/// log2 of the centres.
+constexpr auto centreLogs = [] {
+    std::array<double, logEntries> logs{};
+    for (int entry = 0; entry < logEntries; ++entry) {
+        logs[static_cast<std::size_t>(entry)] =
+            naturalLog(static_cast<double>(centreOf(entry))) / ln2;
+    }
+    return logs;
+}();
+
 } // namespace
 
 constinit LogTable const logTable = makeLogTable();
@@ -105,10 +123,34 @@ LogMultiplier::LogMultiplier(double multiplier)
 }
 
 PreparedPower::PreparedPower(float preparedExponent)
-    : exponent(preparedExponent), logMultiplier(static_cast<double>(preparedExponent)),
-      ofZero(powerOfZero(0.0F, preparedExponent)),
-      isFast(std::fabs(preparedExponent) <= largestFastExponent && preparedExponent != 0.0F)
+    : exponent(preparedExponent), ofZero(powerOfZero(0.0F, preparedExponent)),
+      hasTables(preparedExponent >= smallestTableExponent &&
+                preparedExponent <= largestTableExponent),
+      suitsLog(std::fabs(preparedExponent) <= largestLogExponent && preparedExponent != 0.0F),
+      logMultiplier(static_cast<double>(preparedExponent))
 {
+    if (!hasTables) {
+        return;
+    }
+    auto const e = static_cast<double>(exponent);
+    double coefficient = 1.0;
+    for (int term = 0; term < nbCoefficients; ++term) {
+        coefficient = coefficient * (e - term) / (term + 1);
+        coefficients[term] = static_cast<float>(coefficient);
+    }
+    for (int power = 0; power < nbTablePowers; ++power) {
+        auto const entry = static_cast<std::size_t>(power + smallestTablePower) % nbTablePowers;
+        Pair const pair = splitPower(exp2(e * (power + smallestTablePower)));
+        wholeRows[entry] = pair;
+        wholeColumns[0][entry] = pair.head;
+        wholeColumns[1][entry] = pair.tail;
+    }
+    for (int entry = 0; entry < logEntries; ++entry) {
+        Pair const pair = splitPower(exp2(e * centreLogs[static_cast<std::size_t>(entry)]));
+        centreRows[entry] = {logTable.rows[entry].inverse, pair.head, pair.tail, 0.0F};
+        centreColumns[0][entry] = pair.head;
+        centreColumns[1][entry] = pair.tail;
+    }
 }
 
 } // namespace RemapColorPower

@@ -72,17 +72,25 @@ constexpr double naturalLog(double x)
     return sum + (((large - sum) + 2.0 * s) + small);
 }
 
-/// 2^y for y in [-1000, 1000]; error below 2^-51 of the result.
+/// 1 / n! for n from 0.
+constexpr std::array<double, 15> inverseFactorials = [] {
+    std::array<double, 15> inverses{1.0};
+    for (std::size_t n = 1; n < inverses.size(); ++n) {
+        inverses[n] = inverses[n - 1] / static_cast<double>(n);
+    }
+    return inverses;
+}();
+
+/// 2^y for y in [-1000, 1000]; error below 2^-50 of the result.
 constexpr double exp2(double y)
 {
     constexpr double rounder = 6755399441055744.0; // 1.5 * 2^52: its last bit is worth 1
     double const shifted = y + rounder;
     double const n = shifted - rounder;
     double const z = (y - n) * ln2;
-    constexpr int lastTerm = 14;
-    double series = 1.0;
-    for (int term = lastTerm; term >= 1; --term) {
-        series = 1.0 + series * z / term;
+    double series = inverseFactorials.back();
+    for (std::size_t term = inverseFactorials.size() - 1; term-- > 0;) {
+        series = series * z + inverseFactorials[term];
     }
     std::uint64_t const scale = (std::bit_cast<std::uint64_t>(shifted) + 1023) << 52;
     return series * std::bit_cast<double>(scale);
@@ -111,27 +119,19 @@ struct LogMultiplier {
     float timesLog2E; ///< m log2(e), for the part of the logarithm that is to the base e
 };
 
-/// An exponent, prepared for the row kernels.
-struct PreparedPower {
-    PreparedPower() = default;
-    explicit PreparedPower(float exponent);
-
-    /// Beyond this the kernels' logarithm is not exact enough for the last bit of a power, and each
-    /// value goes through `power`.
-    static constexpr float largestFastExponent = 8.0F;
-
-    float exponent = 1.0F;
-    LogMultiplier logMultiplier;
-    float ofZero = 0.0F; ///< 0^exponent
-    bool isFast = false;
-};
-
 // The tables of the kernels' logarithm and exponential. For a mantissa m near the centre c:
 //   log2(m) = logHead + (logTail + ln(1 + r)) log2(e),  r = (m - c) / c
 
 constexpr int logEntries = 16;
 constexpr std::uint32_t logIntervalBits = 19;         ///< a centre's distance in a float's bits
 constexpr std::uint32_t firstLogCentre = 0x3f380000U; ///< 23/32; the others follow up to 22/16
+
+/// The centre of that number.
+constexpr float centreOf(int entry)
+{
+    return std::bit_cast<float>(firstLogCentre +
+                                (static_cast<std::uint32_t>(entry) << logIntervalBits));
+}
 
 struct LogEntry {
     float inverse; ///< 1 / c
@@ -156,8 +156,7 @@ constexpr LogTable makeLogTable()
 {
     LogTable table{};
     for (int entry = 0; entry < logEntries; ++entry) {
-        auto const bits = firstLogCentre + (static_cast<std::uint32_t>(entry) << logIntervalBits);
-        auto const centre = static_cast<double>(std::bit_cast<float>(bits));
+        auto const centre = static_cast<double>(centreOf(entry));
         double const log = naturalLog(centre) / ln2;
         double const logHead = roundToMultiple(log, 256.0);
         LogEntry const row{static_cast<float>(1.0 / centre), static_cast<float>(logHead),
@@ -196,6 +195,50 @@ constexpr ExpTable makeExpTable()
     }
     return table;
 }
+
+/// An exponent e, prepared for the row kernels, which have two ways.
+///
+/// By tables, for e in [-2, 5] and x = 2^k m with k in [-16, 15] and the centre c next to m:
+///   x^e = 2^(k e) c^e (1 + r)^e,  r = (m - c) / c
+/// with the first two factors from tables, the third by its binomial series.
+/// By the logarithm otherwise; where that is not exact enough either, values go through `power`.
+struct PreparedPower {
+    PreparedPower() = default;
+    explicit PreparedPower(float exponent);
+
+    static constexpr float smallestTableExponent = -2.0F;
+    static constexpr float largestTableExponent = 5.0F;
+    static constexpr int smallestTablePower = -16; ///< of 2
+    static constexpr int nbTablePowers = 32;
+    /// Beyond this the kernels' logarithm is not exact enough for the last bit of a power.
+    static constexpr float largestLogExponent = 8.0F;
+    static constexpr int nbCoefficients = 5;
+
+    float exponent = 1.0F;
+    float ofZero = 0.0F; ///< 0^exponent
+    bool hasTables = false;
+    bool suitsLog = false;
+    LogMultiplier logMultiplier;
+
+    float coefficients[nbCoefficients] = {}; ///< of r, r^2, ... in (1 + r)^e
+
+    // Heads have 12 bits, so that their product is exact. Each table by rows, for loading an entry
+    // at once, and by columns, for selecting lanes.
+    struct Pair {
+        float head;
+        float tail;
+    };
+    struct Centre {
+        float inverse; ///< 1 / c
+        float head;
+        float tail;
+        float unused;
+    };
+    alignas(64) Pair wholeRows[nbTablePowers] = {}; ///< 2^(k e), at the last five bits of k
+    alignas(64) float wholeColumns[2][nbTablePowers] = {};
+    alignas(64) Centre centreRows[logEntries] = {}; ///< c^e
+    alignas(64) float centreColumns[2][logEntries] = {};
+};
 
 extern LogTable const logTable;
 extern ExpTable const expTable;

@@ -11,15 +11,11 @@ namespace RemapColorRowKernels::INSTRUCTION_SET {
 
 namespace {
 
-/// The numbers of the three channels, each in the lanes of its channel.
+/// The numbers of the three channels, each in all lanes of its vector.
 template <typename OfChannel>
 REMAPCOLOR_INLINE Values lanesFrom(OfChannel const& number)
 {
-    float const red = number(0);
-    float const green = number(1);
-    float const blue = number(2);
-    return {{repeat(red, green, blue, red), repeat(red, green, blue, green),
-             repeat(red, green, blue, blue)}};
+    return {{broadcast(number(0)), broadcast(number(1)), broadcast(number(2))}};
 }
 
 REMAPCOLOR_INLINE Values lanesOf(float const (&numbers)[nbChannels])
@@ -36,11 +32,10 @@ struct LaneLists {
 template <typename Exact>
 [[gnu::noinline, gnu::cold]] void recompute(LaneLists& lists, Exact exact)
 {
-    for (int vector = 0; vector < nbColourVectors; ++vector) {
+    for (int channel = 0; channel < nbChannels; ++channel) {
         for (int lane = 0; lane < lanes; ++lane) {
-            if (lists.mask[vector][lane] != 0) {
-                lists.values[vector][lane] =
-                    exact(lists.inputs[vector][lane], channelOf(vector, lane));
+            if (lists.mask[channel][lane] != 0) {
+                lists.values[channel][lane] = exact(lists.inputs[channel][lane], channel);
             }
         }
     }
@@ -68,6 +63,8 @@ constexpr float displayMaximum = 255.0F;
 
 // ---- Logarithm and power ----
 
+constexpr std::uint32_t signBit = 0x80000000U;
+
 /// A number as the sum of an exact product and a small rest.
 struct SplitNumber {
     Values product;
@@ -88,42 +85,16 @@ struct MultiplierLanes {
     Values timesLog2E;
 };
 
-/// For the logarithm of a float.
-struct NoRest {
-    [[gnu::always_inline]] Values addTo(Values const& tail, Values const&, Bits const&,
-                                        Values const&) const
-    {
-        return tail;
-    }
+/// x = 2^k m, with m near the centre c of a table's entry.
+struct SplitFloat {
+    Masks k;           ///< whole numbers
+    Bits exponentBits; ///< k as in a float's bits
+    Masks entry;       ///< in its last four bits
+    Values fromCentre; ///< m - c
 };
 
-/// For the logarithm of a number that a float lacks this rest of.
-struct FloatRest {
-    /// `tail` and the rest's share in ln(1 + r): rest / (c (1 + r)).
-    [[gnu::always_inline]] Values addTo(Values const& tail, Values const& r,
-                                        Bits const& exponentBits, Values const& inverse) const
-    {
-        constexpr std::uint32_t one = 0x3f800000U;
-        return tail + rest * valuesOf(one - exponentBits) * inverse * (1.0F - r);
-    }
-
-    Values rest;
-};
-
-/// log2(x + xRest) = head + (r + small) log2(e), the head of 16 bits.
-struct LogParts {
-    Values head;
-    Values r;
-    Values small;
-};
-
-/// For normal, positive, finite x and a rest within a rounding error of it. With x = 2^k m and c
-/// the centre next to m:
-///   head = k + logHead,  r = (m - c) / c,  small = logTail + ln(1 + r) - r,  |r| <= 1/32
-/// Source of the method: P. T. P. Tang, "Table-Driven Implementation of the Logarithm Function in
-/// IEEE Floating-Point Arithmetic" (1990).
-template <typename Rest>
-REMAPCOLOR_INLINE LogParts logParts(Values const& x, Rest const& xRest)
+/// Of normal, positive, finite x; k of any other is far from 0.
+REMAPCOLOR_INLINE SplitFloat split(Values const& x)
 {
     using RemapColorPower::firstLogCentre;
     using RemapColorPower::logIntervalBits;
@@ -135,23 +106,36 @@ REMAPCOLOR_INLINE LogParts logParts(Values const& x, Rest const& xRest)
     Bits const rounded = bits + halfInterval;
     Bits const fromFirst = rounded - firstLogCentre;
     Bits const exponentBits = fromFirst & exponentMask;
-    Values const k = toFloats(asInts(fromFirst) >> 23);
     Values const m = valuesOf(bits - exponentBits);
     Values const c = valuesOf((rounded - exponentBits) & centreMask);
-    LogLanes const entry = logEntries(asInts(fromFirst >> logIntervalBits));
+    return {asInts(fromFirst) >> 23, exponentBits, asInts(fromFirst >> logIntervalBits), m - c};
+}
 
-    Values const r = (m - c) * entry.inverse;
+/// log2(x) = head + (r + small) log2(e), the head of 16 bits.
+struct LogParts {
+    Values head;
+    Values r;
+    Values small;
+};
+
+/// For normal, positive, finite x:
+///   head = k + logHead,  r = (m - c) / c,  small = logTail + ln(1 + r) - r,  |r| <= 1/32
+/// Source of the method: P. T. P. Tang, "Table-Driven Implementation of the Logarithm Function in
+/// IEEE Floating-Point Arithmetic" (1990).
+REMAPCOLOR_INLINE LogParts logParts(SplitFloat const& x, LogLanes const& entry)
+{
+    Values const r = x.fromCentre * entry.inverse;
     // ln(1 + r) - r, in an order that leaves little to wait for
     Values const r2 = r * r;
     Values const curved = r2 * ((r * 0.333333343F - 0.5F) + r2 * (r * 0.200120747F - 0.250140876F));
-    return {k + entry.logHead, r,
-            xRest.addTo(entry.logTail, r, exponentBits, entry.inverse) + curved};
+    return {toFloats(x.k) + entry.logHead, r, entry.logTail + curved};
 }
 
 /// multiplier * log2(x); the product of the two heads is exact.
 REMAPCOLOR_INLINE SplitNumber scaledLog2(Values const& x, MultiplierLanes const& multiplier)
 {
-    LogParts const log = logParts(x, NoRest());
+    SplitFloat const parts = split(x);
+    LogParts const log = logParts(parts, logEntries(parts.entry));
     return {log.head * multiplier.head,
             log.head * multiplier.tail + (log.r + log.small) * multiplier.timesLog2E};
 }
@@ -174,52 +158,39 @@ REMAPCOLOR_INLINE Values exp2(SplitNumber const& y)
     return valuesOf(bitsOf(scaled) + exponentBits);
 }
 
-/// Exponents of the three channels.
-class PowerLanes {
+/// Powers of any numbers, on the way by the logarithm. Apart, for the values that the tables of a
+/// prepared power do not reach.
+class LogPowers {
 public:
-    explicit PowerLanes(RemapColorPower::PreparedPower const (&powers)[nbChannels])
+    explicit LogPowers(RemapColorPower::PreparedPower const* powers)
         : exponents(powers), multiplier([&](int channel) { return powers[channel].logMultiplier; }),
-          ofZero(lanesFrom([&](int channel) { return powers[channel].ofZero; })),
           limit(lanesFrom([&](int channel) {
               constexpr float none = 0.0F;
-              return powers[channel].isFast ? largestLogarithm : none;
-          })),
-          negativeLimit(0.0F - limit)
+              return powers[channel].suitsLog ? largestLogarithm : none;
+          }))
     {
     }
 
-    /// x^exponent for x >= 0; lanes that are denormal, infinite, NaN or negative, or whose power
-    /// is far from 1, take the way of a single value.
-    [[gnu::always_inline]] Values power(Values const& x) const
+    /// x^exponent for x >= 0; lanes that are zero, denormal, infinite, NaN or negative, or whose
+    /// power is far from 1, take the way of a single value.
+    [[gnu::noinline]] Values power(Values const& x) const
     {
         Masks isOrdinary;
         Values const result = ordinaryPower(x, isOrdinary);
-        if (any(~isOrdinary)) [[unlikely]] {
-            return replaceLanes(result, ~isOrdinary, x,
-                                [powers = exponents](float value, int channel) {
-                                    return RemapColorPower::power(value, powers[channel].exponent);
-                                });
-        }
-        return result;
+        return replaceLanes(result, ~isOrdinary, x, [powers = exponents](float value, int channel) {
+            return RemapColorPower::power(value, powers[channel].exponent);
+        });
     }
 
     /// 0 - power(0 - x) below 0.
-    [[gnu::always_inline]] Values signedPower(Values const& x) const
+    [[gnu::noinline]] Values signedPower(Values const& x) const
     {
-        constexpr std::uint32_t signBit = 0x80000000U;
-        Bits const sign = bitsOf(x) & signBit;
         Masks isOrdinary;
         Values const magnitude = ordinaryPower(valuesOf(bitsOf(x) & ~signBit), isOrdinary);
-        // The power of an ordinary number is not 0, so its sign is all that 0 - power changes.
-        isOrdinary = isOrdinary & ~(bitsOf(x) == signBit); // -0
-        Values const result = valuesOf(bitsOf(magnitude) | sign);
-        if (any(~isOrdinary)) [[unlikely]] {
-            return replaceLanes(
-                result, ~isOrdinary, x, [powers = exponents](float value, int channel) {
-                    return RemapColorPower::signedPower(value, powers[channel].exponent);
-                });
-        }
-        return result;
+        Values const result = valuesOf(bitsOf(magnitude) | (bitsOf(x) & signBit));
+        return replaceLanes(result, ~isOrdinary, x, [powers = exponents](float value, int channel) {
+            return RemapColorPower::signedPower(value, powers[channel].exponent);
+        });
     }
 
 private:
@@ -227,22 +198,95 @@ private:
     {
         constexpr std::uint32_t smallestNormal = 0x00800000U;
         constexpr std::uint32_t nbNormals = 0x7f000000U;
-        Masks const isZero = bitsOf(x) == 0U;
         SplitNumber const y = scaledLog2(x, multiplier);
         Values const sum = y.product + y.rest;
         isOrdinary =
-            ((bitsOf(x) - smallestNormal < nbNormals) & (sum < limit) & (sum > negativeLimit)) |
-            isZero;
-        return choose(isZero, ofZero, exp2(y));
+            (bitsOf(x) - smallestNormal < nbNormals) & (sum < limit) & (sum > 0.0F - limit);
+        return exp2(y);
     }
 
     static constexpr float largestLogarithm = 126.0F;
 
     RemapColorPower::PreparedPower const* exponents;
     MultiplierLanes multiplier;
-    Values ofZero;
     Values limit;
-    Values negativeLimit;
+};
+
+/// Powers with the exponents of the three channels.
+class PowerLanes {
+public:
+    explicit PowerLanes(RemapColorPower::PreparedPower const (&powers)[nbChannels])
+        : exponents(powers), ofZero(lanesFrom([&](int channel) { return powers[channel].ofZero; })),
+          hasTables(bitsOf(lanesFrom([&](int channel) {
+              constexpr std::uint32_t allBits = 0xffffffffU;
+              return __builtin_bit_cast(float, powers[channel].hasTables ? allBits : 0U);
+          })))
+    {
+        for (int term = 0; term < nbCoefficients; ++term) {
+            coefficients[term] =
+                lanesFrom([&](int channel) { return powers[channel].coefficients[term]; });
+        }
+    }
+
+    /// x^exponent for x >= 0.
+    [[gnu::always_inline]] Values power(Values const& x) const
+    {
+        Masks isReached;
+        Values const result = tablePower(x, isReached);
+        if (any(~isReached)) [[unlikely]] {
+            Values const others = LogPowers(exponents).power(x);
+            return choose(isReached, result, others);
+        }
+        return result;
+    }
+
+    /// 0 - power(0 - x) below 0.
+    [[gnu::always_inline]] Values signedPower(Values const& x) const
+    {
+        Masks isReached;
+        Values const magnitude = tablePower(valuesOf(bitsOf(x) & ~signBit), isReached);
+        // A power that the tables give is not 0, so its sign is all that 0 - power changes; -0 is
+        // left to those that know odd exponents.
+        isReached = isReached & ~(bitsOf(x) == signBit);
+        Values const result = valuesOf(bitsOf(magnitude) | (bitsOf(x) & signBit));
+        if (any(~isReached)) [[unlikely]] {
+            Values const others = LogPowers(exponents).signedPower(x);
+            return choose(isReached, result, others);
+        }
+        return result;
+    }
+
+private:
+    /// Zeros, and numbers within the tables' reach.
+    [[gnu::always_inline]] Values tablePower(Values const& x, Masks& isReached) const
+    {
+        using RemapColorPower::PreparedPower;
+        SplitFloat const parts = split(x);
+        Masks const isZero = bitsOf(x) == 0U;
+        constexpr std::uint32_t nbPowers = PreparedPower::nbTablePowers;
+        Masks const isWithin = bitsOfInts(parts.k - PreparedPower::smallestTablePower) < nbPowers;
+        isReached = (isWithin & asInts(hasTables)) | isZero;
+
+        WholeLanes const whole = selectWhole(exponents, parts.k);        // 2^(k e)
+        CentreLanes const centre = selectCentre(exponents, parts.entry); // c^e
+        // (1 + r)^e - 1, in an order that leaves little to wait for
+        Values const r = parts.fromCentre * centre.inverse;
+        Values const r2 = r * r;
+        Values const grown =
+            r * ((coefficients[0] + r * coefficients[1]) +
+                 r2 * ((coefficients[2] + r * coefficients[3]) + r2 * coefficients[4]));
+        Values const head = whole.head * centre.head;
+        Values const tail = whole.head * centre.tail + whole.tail * (centre.head + centre.tail);
+        Values const result = head + (tail + (head + tail) * grown);
+        return choose(isZero, ofZero, result);
+    }
+
+    static constexpr int nbCoefficients = RemapColorPower::PreparedPower::nbCoefficients;
+
+    RemapColorPower::PreparedPower const* exponents;
+    Values ofZero;
+    Bits hasTables;
+    Values coefficients[nbCoefficients];
 };
 
 // ---- Transfers ----
@@ -300,12 +344,12 @@ public:
 
 private:
     /// log(over * factor + 1) / factor in double; only the logarithm's table and polynomial work on
-    /// floats, the upper half of their argument and its rest.
+    /// floats, on the upper half of their argument.
     [[gnu::always_inline]] Values knee(Values const& over) const
     {
         constexpr float largest = 0x1p120F;
         Values upper;
-        Values rest;
+        DoublePair rest[nbColourVectors];
 #pragma GCC unroll 3
         for (int vector = 0; vector < nbColourVectors; ++vector) {
             DoublePair const wide = toDoubles(over.vectors[vector]);
@@ -313,17 +357,25 @@ private:
             DoublePair const u = {wide.low * factor.low + 1.0, wide.high * factor.high + 1.0};
             upper.vectors[vector] = toFloats(u);
             DoublePair const widened = toDoubles(upper.vectors[vector]);
-            rest.vectors[vector] = toFloats({u.low - widened.low, u.high - widened.high});
+            rest[vector] = {u.low - widened.low, u.high - widened.high};
         }
-        LogParts const log = logParts(upper, FloatRest{rest});
+        SplitFloat const parts = split(upper);
+        LogLanes const entry = logEntries(parts.entry);
+        LogParts const log = logParts(parts, entry);
+        // The rest adds rest / upper to the logarithm: 1 / upper = 2^-k / (c (1 + r)).
+        constexpr std::uint32_t one = 0x3f800000U;
+        Values const share = valuesOf(one - parts.exponentBits) * entry.inverse * (1.0F - log.r);
         Values const compressed = forVectors([&](int vector) __attribute__((always_inline)) {
             using RemapColorPower::ln2;
             DoublePair const head = toDoubles(log.head.vectors[vector]);
             DoublePair const r = toDoubles(log.r.vectors[vector]);
             DoublePair const small = toDoubles(log.small.vectors[vector]);
-            return toFloats(
-                DoublePair{(head.low * ln2 + (r.low + small.low)) * reciprocal[vector].low,
-                           (head.high * ln2 + (r.high + small.high)) * reciprocal[vector].high});
+            DoublePair const ofRest = toDoubles(share.vectors[vector]);
+            return toFloats(DoublePair{
+                (head.low * ln2 + (r.low + (small.low + rest[vector].low * ofRest.low))) *
+                    reciprocal[vector].low,
+                (head.high * ln2 + (r.high + (small.high + rest[vector].high * ofRest.high))) *
+                    reciprocal[vector].high});
         });
         Masks const isOrdinary =
             (upper >= 1.0F) & (upper < largest) & (kneeFactor > 0x1p-60F) & (kneeFactor < 0x1p60F);
@@ -378,8 +430,8 @@ public:
 #pragma GCC unroll 3
         for (int vector = 0; vector < nbColourVectors; ++vector) {
             Neighbours const read =
-                loadNeighbours(entry.vectors[vector], [&](int lane, std::size_t index) {
-                    return tables[channelOf(vector, lane)].entries + index;
+                loadNeighbours(entry.vectors[vector], [&](int, std::size_t index) {
+                    return tables[vector].entries + index;
                 });
             first.vectors[vector] = read.first;
             second.vectors[vector] = read.second;
@@ -500,16 +552,16 @@ template <typename Transfer, typename Adjust, typename Limit>
         return withAlphaOf(in, limit(adjusted));
     };
 
-    bool const isAligned = reinterpret_cast<std::uintptr_t>(destination.pixels) % 64 == 0;
+    bool const isStreamed =
+        destination.isStreamed && reinterpret_cast<std::uintptr_t>(destination.pixels) % 64 == 0;
     std::size_t pixel = 0;
-    if (destination.isStreamed && isAligned) {
-        for (; pixel + lanes <= nbPixels; pixel += lanes) {
-            streamBlock(processBlock(loadBlock(source + pixel)), destination.pixels + pixel);
-        }
-        finishStreaming();
-    }
     for (; pixel + lanes <= nbPixels; pixel += lanes) {
-        storeBlock(processBlock(loadBlock(source + pixel)), destination.pixels + pixel);
+        PixelBlock const out = processBlock(loadBlock(source + pixel));
+        if (isStreamed) {
+            streamBlock(out, destination.pixels + pixel);
+        } else {
+            storeBlock(out, destination.pixels + pixel);
+        }
     }
     if (pixel < nbPixels) {
         std::size_t const restBytes = (nbPixels - pixel) * sizeof(Pixel);
@@ -517,6 +569,9 @@ template <typename Transfer, typename Adjust, typename Limit>
         std::memcpy(static_cast<void*>(block), source + pixel, restBytes);
         storeBlock(processBlock(loadBlock(block)), block);
         std::memcpy(static_cast<void*>(destination.pixels + pixel), block, restBytes);
+    }
+    if (isStreamed) {
+        finishStreaming();
     }
 }
 

@@ -154,12 +154,41 @@ REMAPCOLOR_INLINE Floats join(Quad const* quads)
 #endif
 }
 
-/// Lanes 0 to 3 of `pattern` in every quad.
-REMAPCOLOR_INLINE Floats repeat(float first, float second, float third, float fourth)
+/// In every quad: lanes `i` and `j` of `a`, then lanes `k` and `l` of `b`.
+template <int i, int j, int k, int l>
+REMAPCOLOR_INLINE Floats shuffle(Floats a, Floats b)
 {
-    Quad const pattern = {first, second, third, fourth};
-    Quad const quads[4] = {pattern, pattern, pattern, pattern};
-    return join(quads);
+#if defined(__AVX512F__)
+    return _mm512_shuffle_ps(a, b, i | j << 2 | k << 4 | l << 6);
+#elif defined(__AVX2__)
+    return _mm256_shuffle_ps(a, b, i | j << 2 | k << 4 | l << 6);
+#else
+    return __builtin_shufflevector(a, b, i, j, 4 + k, 4 + l);
+#endif
+}
+
+/// In every quad: lanes 0 and 1 of both, in turns.
+REMAPCOLOR_INLINE Floats interleaveLower(Floats a, Floats b)
+{
+#if defined(__AVX512F__)
+    return _mm512_unpacklo_ps(a, b);
+#elif defined(__AVX2__)
+    return _mm256_unpacklo_ps(a, b);
+#else
+    return __builtin_shufflevector(a, b, 0, 4, 1, 5);
+#endif
+}
+
+/// In every quad: lanes 2 and 3 of both, in turns.
+REMAPCOLOR_INLINE Floats interleaveUpper(Floats a, Floats b)
+{
+#if defined(__AVX512F__)
+    return _mm512_unpackhi_ps(a, b);
+#elif defined(__AVX2__)
+    return _mm256_unpackhi_ps(a, b);
+#else
+    return __builtin_shufflevector(a, b, 2, 6, 3, 7);
+#endif
 }
 
 /// Calls `visit(lane, first, second)` for the lanes 0, 2, 4, ...: each even lane's number and its
@@ -218,13 +247,7 @@ REMAPCOLOR_INLINE Neighbours loadNeighbours(Ints index, AddressOf const& address
     });
     Floats const a = join(even);
     Floats const b = join(odd);
-#if defined(__AVX512F__)
-    return {_mm512_shuffle_ps(a, b, 0x88), _mm512_shuffle_ps(a, b, 0xdd)};
-#elif defined(__AVX2__)
-    return {_mm256_shuffle_ps(a, b, 0x88), _mm256_shuffle_ps(a, b, 0xdd)};
-#else
-    return {__builtin_shufflevector(a, b, 0, 2, 4, 6), __builtin_shufflevector(a, b, 1, 3, 5, 7)};
-#endif
+    return {shuffle<0, 2, 0, 2>(a, b), shuffle<1, 3, 1, 3>(a, b)};
 }
 
 #if defined(__AVX2__)
@@ -242,11 +265,47 @@ REMAPCOLOR_INLINE Floats select(float const (&column)[16], Ints index)
 }
 #endif
 
+/// Lane by lane the pair of that index (0 to 31; higher bits do not count).
+REMAPCOLOR_INLINE Neighbours selectWhole(RemapColorPower::PreparedPower const& power, Ints index)
+{
+#if defined(__AVX512F__)
+    auto const column = [&](float const* numbers) {
+        return _mm512_permutex2var_ps(_mm512_load_ps(numbers), reinterpret_cast<__m512i>(index),
+                                      _mm512_load_ps(numbers + 16));
+    };
+    return {column(power.wholeColumns[0]), column(power.wholeColumns[1])};
+#else
+    return loadNeighbours(index & (RemapColorPower::PreparedPower::nbTablePowers - 1),
+                          [&](int, std::size_t entry) { return &power.wholeRows[entry].head; });
+#endif
+}
+
 struct LogVectors {
     Floats inverse;
     Floats logHead;
     Floats logTail;
 };
+
+#if !defined(__AVX2__)
+/// Lane by lane the first three numbers of the row of that index (0 to 15; higher bits do not
+/// count).
+template <typename Row>
+REMAPCOLOR_INLINE LogVectors loadRows(Row const* table, Ints index)
+{
+    Quad rows[lanes];
+    forLanePairs(index & (RemapColorPower::logEntries - 1),
+                 [&](int lane, std::size_t first, std::size_t second) {
+                     std::memcpy(&rows[lane], &table[first], sizeof(Quad));
+                     std::memcpy(&rows[lane + 1], &table[second], sizeof(Quad));
+                 });
+    Floats const firstLower = interleaveLower(rows[0], rows[1]);
+    Floats const firstUpper = interleaveUpper(rows[0], rows[1]);
+    Floats const lastLower = interleaveLower(rows[2], rows[3]);
+    Floats const lastUpper = interleaveUpper(rows[2], rows[3]);
+    return {shuffle<0, 1, 0, 1>(firstLower, lastLower), shuffle<2, 3, 2, 3>(firstLower, lastLower),
+            shuffle<0, 1, 0, 1>(firstUpper, lastUpper)};
+}
+#endif
 
 /// The entries of the logarithm's table.
 REMAPCOLOR_INLINE LogVectors logEntries(Ints index)
@@ -256,19 +315,26 @@ REMAPCOLOR_INLINE LogVectors logEntries(Ints index)
     return {select(table.columns[0], index), select(table.columns[1], index),
             select(table.columns[2], index)};
 #else
-    Quad rows[lanes];
-    forLanePairs(index & (RemapColorPower::logEntries - 1),
-                 [&](int lane, std::size_t first, std::size_t second) {
-                     std::memcpy(&rows[lane], &table.rows[first], sizeof(Quad));
-                     std::memcpy(&rows[lane + 1], &table.rows[second], sizeof(Quad));
-                 });
-    Floats const t0 = __builtin_shufflevector(rows[0], rows[1], 0, 4, 1, 5);
-    Floats const t1 = __builtin_shufflevector(rows[0], rows[1], 2, 6, 3, 7);
-    Floats const t2 = __builtin_shufflevector(rows[2], rows[3], 0, 4, 1, 5);
-    Floats const t3 = __builtin_shufflevector(rows[2], rows[3], 2, 6, 3, 7);
-    return {__builtin_shufflevector(t0, t2, 0, 1, 4, 5),
-            __builtin_shufflevector(t0, t2, 2, 3, 6, 7),
-            __builtin_shufflevector(t1, t3, 0, 1, 4, 5)};
+    return loadRows(table.rows, index);
+#endif
+}
+
+struct CentreVectors {
+    Floats inverse;
+    Floats head;
+    Floats tail;
+};
+
+/// The centres of a prepared power.
+REMAPCOLOR_INLINE CentreVectors selectCentre(RemapColorPower::PreparedPower const& power,
+                                             Ints index)
+{
+#if defined(__AVX2__)
+    return {select(RemapColorPower::logTable.columns[0], index),
+            select(power.centreColumns[0], index), select(power.centreColumns[1], index)};
+#else
+    LogVectors const row = loadRows(power.centreRows, index);
+    return {row.inverse, row.logHead, row.logTail};
 #endif
 }
 
@@ -289,9 +355,8 @@ struct PixelBlock {
     Floats vectors[4];
 };
 
-/// The colour of as many pixels as there are lanes in three full vectors: the place of alpha in the
-/// first three vectors of the pixels holds red, green and blue of the fourth. Arithmetic goes step
-/// by step over all three, so that a step's latency is filled by the other two's work.
+/// The colour of as many pixels as there are lanes: red, green and blue. Arithmetic goes step by
+/// step over all three, so that a step's latency is filled by the other two's work.
 constexpr int nbColourVectors = 3;
 
 template <typename Vector>
@@ -432,10 +497,34 @@ REMAPCOLOR_INLINE ExpLanes expEntries(Masks const& index)
             forVectors([&](int v) { return rows.vectors[v].second; })};
 }
 
-/// The channel that a lane of the colours belongs to.
-constexpr int channelOf(int vector, int lane)
+struct WholeLanes {
+    Values head;
+    Values tail;
+};
+
+/// Each channel's pairs.
+REMAPCOLOR_INLINE WholeLanes selectWhole(RemapColorPower::PreparedPower const* powers,
+                                         Masks const& index)
 {
-    return lane % 4 < 3 ? lane % 4 : vector;
+    auto const rows = forVectors([&](int v) { return selectWhole(powers[v], index.vectors[v]); });
+    return {forVectors([&](int v) { return rows.vectors[v].first; }),
+            forVectors([&](int v) { return rows.vectors[v].second; })};
+}
+
+struct CentreLanes {
+    Values inverse;
+    Values head;
+    Values tail;
+};
+
+/// Each channel's centres.
+REMAPCOLOR_INLINE CentreLanes selectCentre(RemapColorPower::PreparedPower const* powers,
+                                           Masks const& index)
+{
+    auto const rows = forVectors([&](int v) { return selectCentre(powers[v], index.vectors[v]); });
+    return {forVectors([&](int v) { return rows.vectors[v].inverse; }),
+            forVectors([&](int v) { return rows.vectors[v].head; }),
+            forVectors([&](int v) { return rows.vectors[v].tail; })};
 }
 
 /// Lanes that hold alpha in a block's vectors, all bits set.
@@ -448,47 +537,29 @@ REMAPCOLOR_INLINE Ints alphaLanes()
     return mask;
 }
 
-template <int component>
-REMAPCOLOR_INLINE Floats componentInAllLanes(Floats pixels)
-{
-    constexpr int selection = component * 0x55;
-#if defined(__AVX512F__)
-    return _mm512_permute_ps(pixels, selection);
-#elif defined(__AVX2__)
-    return _mm256_permute_ps(pixels, selection);
-#else
-    (void)selection;
-    return __builtin_shufflevector(pixels, pixels, component, component, component, component);
-#endif
-}
-
+/// Red, green and blue of the block's pixels: quad q, lane v holds the pixel of vector v, quad q.
 REMAPCOLOR_INLINE Values takeColour(PixelBlock const& in)
 {
-    Ints const alpha = alphaLanes();
-    return {{alpha ? componentInAllLanes<0>(in.vectors[3]) : in.vectors[0],
-             alpha ? componentInAllLanes<1>(in.vectors[3]) : in.vectors[1],
-             alpha ? componentInAllLanes<2>(in.vectors[3]) : in.vectors[2]}};
+    auto const& [first, second, third, fourth] = in.vectors;
+    Floats const redGreen01 = interleaveLower(first, second);
+    Floats const redGreen23 = interleaveLower(third, fourth);
+    Floats const blue01 = interleaveUpper(first, second);
+    Floats const blue23 = interleaveUpper(third, fourth);
+    return {{shuffle<0, 1, 0, 1>(redGreen01, redGreen23),
+             shuffle<2, 3, 2, 3>(redGreen01, redGreen23), shuffle<0, 1, 0, 1>(blue01, blue23)}};
 }
 
 /// The block's colour with the alpha of `in`, whose bits stay as they are.
 REMAPCOLOR_INLINE PixelBlock withAlphaOf(PixelBlock const& in, Values const& colour)
 {
+    auto const& [red, green, blue] = colour.vectors;
+    Floats const redGreen01 = interleaveLower(red, green);
+    Floats const redGreen23 = interleaveUpper(red, green);
     Ints const alpha = alphaLanes();
-    // Lanes 0, 1 and 2 of the fourth vector from the places of alpha.
-    Floats fourth;
-#if defined(__AVX512F__)
-    Floats const redGreen = _mm512_unpackhi_ps(colour.vectors[0], colour.vectors[1]);
-    fourth = _mm512_shuffle_ps(redGreen, colour.vectors[2], 0xfe);
-#elif defined(__AVX2__)
-    Floats const redGreen = _mm256_unpackhi_ps(colour.vectors[0], colour.vectors[1]);
-    fourth = _mm256_shuffle_ps(redGreen, colour.vectors[2], 0xfe);
-#else
-    Floats const redGreen =
-        __builtin_shufflevector(colour.vectors[0], colour.vectors[1], 2, 6, 3, 7);
-    fourth = __builtin_shufflevector(redGreen, colour.vectors[2], 2, 3, 7, 7);
-#endif
-    return {{alpha ? in.vectors[0] : colour.vectors[0], alpha ? in.vectors[1] : colour.vectors[1],
-             alpha ? in.vectors[2] : colour.vectors[2], alpha ? in.vectors[3] : fourth}};
+    return {{alpha ? in.vectors[0] : shuffle<0, 1, 0, 0>(redGreen01, blue),
+             alpha ? in.vectors[1] : shuffle<2, 3, 1, 1>(redGreen01, blue),
+             alpha ? in.vectors[2] : shuffle<0, 1, 2, 2>(redGreen23, blue),
+             alpha ? in.vectors[3] : shuffle<2, 3, 3, 3>(redGreen23, blue)}};
 }
 
 } // namespace RemapColorRowKernels::INSTRUCTION_SET

@@ -116,6 +116,54 @@ TEST_F(RemapColorControllerTest, NewNodeTellsItsDefaultsOnce)
     EXPECT_EQ(shown.getViewZoom(), GeVector2<float>());
 }
 
+TEST_F(RemapColorControllerTest, CurveOfAChannelThatDoesNotExistHasNoInput)
+{
+    auto const failure = messageOf<NullPointerException>(
+        [&] { controller.resetAdjustedCurve(static_cast<RemapColorTool::Channel>(5)); });
+    EXPECT_NE(failure.find("PiInput"), std::string::npos) << failure;
+}
+
+int nbMarks = 0;
+Journal marks;
+
+struct Mark : RCBase<LkCounter<int>> {
+    ~Mark() noexcept(false) override { marks.push_back("gone " + name); }
+    std::string const name = std::to_string(++nbMarks);
+};
+
+TEST_F(RemapColorControllerTest, MakersOfDataAreCalledInTheirOrderForTheMainContainerOnly)
+{
+    auto const makeMark = [](auto const&, RemapColorController&, auto const&) {
+        auto const mark = makeShared<Mark>();
+        marks.push_back("made " + mark->name);
+        return PiUserInterface::InstanceData(mark);
+    };
+    RemapColorController::addInstanceDataFactory(makeMark);
+    RemapColorController::addInstanceDataFactory(makeMark);
+    EXPECT_TRUE(openWidget(*node.getController().lock(), "_sideContainer").isNull());
+    EXPECT_EQ(marks, Journal());
+    openWidget(*node.getController().lock(), "_mainContainer");
+    ASSERT_EQ(marks.size(), 4U);
+    EXPECT_EQ((Journal{marks[0], marks[1]}), (Journal{"made 1", "made 2"}));
+}
+
+class NoHandler : public PiEventHandler {};
+
+TEST_F(RemapColorControllerTest, HandlersOfViewersAreThoseOfTheMakerIfThereIsOne)
+{
+    PiViewer viewer;
+    auto& handling = dynamic_cast<PiEventHandlingInterface&>(*node.getController().lock());
+    auto const nodeHandle = RCShdPtr<PiNode>(&node);
+    EXPECT_TRUE(handling.createEventHandler(viewer, nodeHandle, {}).isNull());
+    RemapColorController::setEventHandlerFactory(
+        [](PiViewer&, RCShdPtr<PiNode> const&, RCShdPtr<PiPath> const&) {
+            return RCStrongPtr<PiEventHandler>(makeStrong<NoHandler>());
+        });
+    EXPECT_FALSE(handling.createEventHandler(viewer, nodeHandle, {}).isNull());
+    RemapColorController::setEventHandlerFactory(nullptr);
+    EXPECT_TRUE(handling.createEventHandler(viewer, nodeHandle, {}).isNull());
+}
+
 TEST_F(RemapColorControllerTest, OnlyChangesOfTheEditorsValuesAreTold)
 {
     std::map<std::string, Journal> told{{"Histo Zoom", {"zoom"}},

@@ -109,7 +109,7 @@ TEST(CurveToLutTest, BrokenCurvesAreFailuresWithTheirPlace)
     }
 }
 
-void expectReference(Utils::ScanlineLut const& lut, reference::Mapping const& expected)
+void expectReference(Utils::ScanlineLut& lut, reference::Mapping const& expected)
 {
     std::vector<float> values = reference::standardValues();
     for (float value = -1.5F; value < 3.0F; value += 0.0137F) {
@@ -143,15 +143,15 @@ TEST(ScanlineLutTest, AnyRangeAndEndHandlesEqualReference)
         ControlPoints const points{incoming, {0, 0}, {0.3F, 0.3F}, {0.7F, 0.7F}, {1, 1}, outgoing};
         RCShdPtr<BzFunctionCurve> curve = makeCurve(points);
         Vector<float> const entries{0, 2, 1, 5, 3, 3};
-        expectReference({curve, entries, minX, maxX},
-                        reference::makeLookup(points, {entries, minX, maxX}));
+        Utils::ScanlineLut lut(curve, entries, minX, maxX);
+        expectReference(lut, reference::makeLookup(points, {entries, minX, maxX}));
     }
 }
 
 TEST(ScanlineLutTest, ProcessCurveAppendsMappedPoints)
 {
     RCShdPtr<BzFunctionCurve> curve = makeCurve({{-1, -1}, {0, 0}, {1, 1}});
-    Utils::ScanlineLut const lut(curve, {0, 4, 4}, 0.0F, 1.0F);
+    Utils::ScanlineLut lut(curve, {0, 4, 4}, 0.0F, 1.0F);
     Vector<GePoint2<float>> out{{9, 9}};
     lut.processCurve(out, {{5, 0.5F}, {-3, -2}, {7, 1}});
     EXPECT_EQ(out, (Vector<GePoint2<float>>{{9, 9}, {5, 2}, {-3, -2}, {7, 4}}));
