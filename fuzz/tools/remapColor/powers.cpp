@@ -215,7 +215,8 @@ bool checkKnees(double millions)
             display.exposureFactor[channel] = 1.0F;
             display.kneeFactor[channel] = factor;
             display.invGamma[channel] = RemapColorPower::PreparedPower(1.0F);
-            display.invGamma[channel].isFast = false;
+            display.invGamma[channel].hasTables = false;
+            display.invGamma[channel].suitsLog = false;
         }
         for (Pixel& pixel : row) {
             std::uniform_real_distribution<float> light(-20, 40);

@@ -33,7 +33,7 @@ void prepareStage(benchmark::State& state)
             float lutMin = 0.0F;
             float lutMax = 0.0F;
             Utils::curveToLUT(table, 0.0F, 1.0F, curve, &lutMin, &lutMax);
-            Utils::ScanlineLut const lut(curve, std::move(table), lutMin, lutMax);
+            Utils::ScanlineLut lut(curve, std::move(table), lutMin, lutMax);
             float mapped = 0.0F;
             lut.processScanline(mapped, 0.5F);
             benchmark::DoNotOptimize(mapped);
