@@ -28,6 +28,7 @@ Look::Look()
         levels.scale[channel] = 1.03F + shift;
         levels.offset[channel] = -0.01F - shift;
         levels.invGamma[channel] = RemapColorPower::PreparedPower(1.0F / (2.2F + shift));
+        levels.invGamma[channel].makeTables();
         levels.clampRange[channel] = {0.0F, 1.0F};
 
         display.defog[channel] = 0.001F;
@@ -36,6 +37,7 @@ Look::Look()
         display.kneeFactor[channel] =
             static_cast<float>(findKneeFactor(std::exp2(5.0) - 1.0, std::exp2(3.5) - 1.0));
         display.invGamma[channel] = RemapColorPower::PreparedPower(1.0F / 2.2F);
+        display.invGamma[channel].makeTables();
 
         // A gentle S; its ends go on in a straight line.
         float const strength = 0.2F + shift;

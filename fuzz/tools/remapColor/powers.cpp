@@ -111,6 +111,7 @@ public:
     void setExponent(int channel, float exponent)
     {
         levels.invGamma[channel] = RemapColorPower::PreparedPower(exponent);
+        levels.invGamma[channel].makeTables();
     }
 
     /// As many as a row's colours, red, green, blue, red and so on.
@@ -215,7 +216,6 @@ bool checkKnees(double millions)
             display.exposureFactor[channel] = 1.0F;
             display.kneeFactor[channel] = factor;
             display.invGamma[channel] = RemapColorPower::PreparedPower(1.0F);
-            display.invGamma[channel].hasTables = false;
             display.invGamma[channel].suitsLog = false;
         }
         for (Pixel& pixel : row) {

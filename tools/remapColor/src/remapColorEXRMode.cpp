@@ -87,6 +87,7 @@ public:
         kneeFactor[channel] = findKneeFactor(span, target);
         invGamma[channel] =
             RemapColorPower::PreparedPower(RemapColorTransferUtils::invertGamma(gamma));
+        invGamma[channel].makeTables();
         defog[channel] = defogAmount;
     }
     void setAdjustedCurves(RCShdPtr<RemapColorController::AdjustedCurveScanline> const& stage)

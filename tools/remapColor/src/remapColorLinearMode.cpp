@@ -96,6 +96,13 @@ public:
         invGamma[channel] = RemapColorPower::PreparedPower(line.invGamma);
         clampRange[channel] = {outMin, outMax};
     }
+    /// What the gamma classes need besides the channels' values.
+    void preparePowers()
+    {
+        for (RemapColorPower::PreparedPower& power : invGamma) {
+            power.makeTables();
+        }
+    }
     void setAdjustedCurves(RCShdPtr<RemapColorController::AdjustedCurveScanline> const& stage)
     {
         adjustedCurves = stage;
@@ -230,6 +237,9 @@ private:
         for (int channel = 0; channel < nbChannels; ++channel) {
             request.process.setChannel(channel, params[0][channel], params[1][channel],
                                        params[2][channel], params[3][channel], gammas[channel]);
+        }
+        if (request.gamma == ApplyGamma::Yes) {
+            request.process.preparePowers();
         }
         return request;
     }

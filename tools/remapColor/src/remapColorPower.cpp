@@ -124,11 +124,14 @@ LogMultiplier::LogMultiplier(double multiplier)
 
 PreparedPower::PreparedPower(float preparedExponent)
     : exponent(preparedExponent), ofZero(powerOfZero(0.0F, preparedExponent)),
-      hasTables(preparedExponent >= smallestTableExponent &&
-                preparedExponent <= largestTableExponent),
       suitsLog(std::fabs(preparedExponent) <= largestLogExponent && preparedExponent != 0.0F),
       logMultiplier(static_cast<double>(preparedExponent))
 {
+}
+
+void PreparedPower::makeTables()
+{
+    hasTables = exponent >= smallestTableExponent && exponent <= largestTableExponent;
     if (!hasTables) {
         return;
     }

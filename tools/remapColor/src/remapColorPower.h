@@ -206,6 +206,9 @@ struct PreparedPower {
     PreparedPower() = default;
     explicit PreparedPower(float exponent);
 
+    /// Fills the tables, if the exponent has them; without, its powers go the other way.
+    void makeTables();
+
     static constexpr float smallestTableExponent = -2.0F;
     static constexpr float largestTableExponent = 5.0F;
     static constexpr int smallestTablePower = -16; ///< of 2
@@ -215,8 +218,8 @@ struct PreparedPower {
     static constexpr int nbCoefficients = 5;
 
     float exponent = 1.0F;
-    float ofZero = 0.0F; ///< 0^exponent
-    bool hasTables = false;
+    float ofZero = 0.0F;    ///< 0^exponent
+    bool hasTables = false; ///< filled
     bool suitsLog = false;
     LogMultiplier logMultiplier;
 

@@ -39,7 +39,8 @@ struct Look {
             display.exposureFactor[channel] = between(0.5F, 20);
             display.kneeLow[channel] = between(0.2F, 2);
             display.kneeFactor[channel] = std::exp2(between(-31, 3));
-            RemapColorPower::PreparedPower const power(exponents[random() % std::size(exponents)]);
+            RemapColorPower::PreparedPower power(exponents[random() % std::size(exponents)]);
+            power.makeTables();
             levels.invGamma[channel] = display.invGamma[channel] = power;
             for (float& entry : entries[channel]) {
                 entry = between(-1, 2);
@@ -195,6 +196,7 @@ TEST(RowKernelsTest, PowersAreThePlatformsOrAFloatNextToThem)
         for (int channel = 0; channel < nbChannels; ++channel) {
             levels.scale[channel] = 1.0F;
             levels.invGamma[channel] = RemapColorPower::PreparedPower(exponent);
+            levels.invGamma[channel].makeTables();
         }
         float values[3 * 64];
         for (float& value : values) {
