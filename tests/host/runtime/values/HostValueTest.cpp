@@ -44,7 +44,7 @@ TEST(HostValueTest, RefusesWhatItsPolicyDoesNotAllowAndSaysWhatItTakes)
           Case{makeRange(0, largest), Animated<double>(-0.5), "\"x\" takes 0 and above, not -0.5"},
           Case{makeRange(-largest, 2), Animated<double>(3.0), "\"x\" takes 2 and below, not 3"},
           Case{makeRange(-2147483647.0, 2147483647.0), Animated<double>(3e9), ""},
-         Case{makeRange(-largest, largest), Animated<double>(infinity),
+          Case{makeRange(-largest, largest), Animated<double>(infinity),
                "\"x\" takes any finite number, not inf"},
           Case{{}, Animated<double>(std::nan("")), "\"x\" takes any finite number, not nan"},
           Case{makeChoices(true), Animated<int>({{0, 0}, {1, 3}}), ""},

@@ -102,7 +102,8 @@ TEST(RemapColorLifeTest, NodesOutliveTheirGraph)
     graph = {};
     auto const curve = PiSocketUtil::getInput(node, "Adjust Curve.Red")->getConnectedOutput();
     EXPECT_TRUE(curve->getNode()->getGraph().isNull());
-    EXPECT_THROW(showController(*node->getController().lock()).resetAdjustedCurves(), NullPointerException);
+    EXPECT_THROW(showController(*node->getController().lock()).resetAdjustedCurves(),
+                 NullPointerException);
 }
 
 TEST(RemapColorLifeTest, ControllerThatOutlivesAShutDownTouchesNobodysRequest)
@@ -134,8 +135,10 @@ TEST(RemapColorLifeTest, PlotColourMayBeAnything)
 {
     auto const graph = makeShared<HostGraph>();
     auto const node = createToolNode(*graph, "Remap Color");
-    showController(*node->getController().lock()).setPlotColor({std::numeric_limits<float>::infinity(), 0, 1});
-    EXPECT_EQ(showController(*node->getController().lock()).getPlotColor().red, std::numeric_limits<float>::infinity());
+    showController(*node->getController().lock())
+        .setPlotColor({std::numeric_limits<float>::infinity(), 0, 1});
+    EXPECT_EQ(showController(*node->getController().lock()).getPlotColor().red,
+              std::numeric_limits<float>::infinity());
 }
 
 } // namespace
