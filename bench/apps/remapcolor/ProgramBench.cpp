@@ -3,6 +3,8 @@
 //
 // filesBench [--quick] [options of Google Benchmark]: without the large file if quick.
 
+#include "support/TestFolder.h"
+
 #include <benchmark/benchmark.h>
 
 #include <sys/resource.h>
@@ -22,27 +24,6 @@
 namespace {
 
 using Words = std::vector<std::string>;
-
-/// A folder for the pictures, removed at the end.
-class WorkFolder {
-public:
-    WorkFolder()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "remapBenchXXXXXX").string();
-        if (::mkdtemp(name.data()) == nullptr) {
-            throw std::system_error(errno, std::generic_category(), name);
-        }
-        path = name;
-    }
-    ~WorkFolder() { std::filesystem::remove_all(path); }
-    WorkFolder(WorkFolder const&) = delete;
-    WorkFolder& operator=(WorkFolder const&) = delete;
-
-    std::string file(std::string const& name) const { return (path / name).string(); }
-
-private:
-    std::filesystem::path path;
-};
 
 struct Run {
     bool isGood = false;
@@ -185,9 +166,9 @@ int main(int nbArguments, char** arguments)
     if (benchmark::ReportUnrecognizedArguments(nbArguments, arguments)) {
         return 2;
     }
-    WorkFolder const folder;
+    TestFolder const folder;
     for (Size const& size : sizes) {
-        std::string const input = folder.file(std::to_string(size.width) + ".exr");
+        std::string const input = folder.path / (std::to_string(size.width) + ".exr");
         if ((isQuick && &size != &sizes[0]) ||
             !runProgram({findProgram("exrFiles"), "make", input, std::to_string(size.width),
                          std::to_string(size.height)})

@@ -29,7 +29,7 @@ inline bool isInstructionSetAvailable(InInstructionSet set)
 }
 
 /// The fastest available one, or the one that the environment variable REMAPCOLOR_INSTRUCTIONS
-/// names ("Baseline", "Avx2", "Avx512") if it is available. Read it once: at load.
+/// names ("Baseline", "Avx2", "Avx512") if it is available. Ask once and keep the answer.
 inline InInstructionSet chooseInstructionSet()
 {
     char const* const wanted = std::getenv("REMAPCOLOR_INSTRUCTIONS");

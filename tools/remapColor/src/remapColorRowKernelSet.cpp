@@ -122,13 +122,13 @@ struct LogParts {
 ///   head = k + logHead,  r = (m - c) / c,  small = logTail + ln(1 + r) - r,  |r| <= 1/32
 /// Source of the method: P. T. P. Tang, "Table-Driven Implementation of the Logarithm Function in
 /// IEEE Floating-Point Arithmetic" (1990).
-REMAPCOLOR_INLINE LogParts logParts(SplitFloat const& x, LogLanes const& entry)
+REMAPCOLOR_INLINE LogParts logParts(SplitFloat const& x, EntryLanes const& entry)
 {
     Values const r = x.fromCentre * entry.inverse;
     // ln(1 + r) - r, in an order that leaves little to wait for
     Values const r2 = r * r;
     Values const curved = r2 * ((r * 0.333333343F - 0.5F) + r2 * (r * 0.200120747F - 0.250140876F));
-    return {toFloats(x.k) + entry.logHead, r, entry.logTail + curved};
+    return {toFloats(x.k) + entry.head, r, entry.tail + curved};
 }
 
 /// multiplier * log2(x); the product of the two heads is exact.
@@ -149,7 +149,7 @@ REMAPCOLOR_INLINE Values exp2(SplitNumber const& y)
     Values const shifted = (y.product + y.rest) + rounder;
     Values const f = (y.product - (shifted - rounder)) + y.rest;
     Masks const n = asInts(bitsOf(shifted));
-    ExpLanes const entry = expEntries(n);
+    PairLanes const entry = expEntries(n);
     // (2^f - 1) / f
     Values const slope =
         (f * 0.240226507F + 0.693147182F) + f * f * (f * 0.00961827952F + 0.0555054098F);
@@ -267,8 +267,8 @@ private:
         Masks const isWithin = bitsOfInts(parts.k - PreparedPower::smallestTablePower) < nbPowers;
         isReached = (isWithin & asInts(hasTables)) | isZero;
 
-        WholeLanes const whole = selectWhole(exponents, parts.k);        // 2^(k e)
-        CentreLanes const centre = selectCentre(exponents, parts.entry); // c^e
+        PairLanes const whole = selectWhole(exponents, parts.k);        // 2^(k e)
+        EntryLanes const centre = selectCentre(exponents, parts.entry); // c^e
         // (1 + r)^e - 1, in an order that leaves little to wait for
         Values const r = parts.fromCentre * centre.inverse;
         Values const r2 = r * r;
@@ -360,7 +360,7 @@ private:
             rest[vector] = {u.low - widened.low, u.high - widened.high};
         }
         SplitFloat const parts = split(upper);
-        LogLanes const entry = logEntries(parts.entry);
+        EntryLanes const entry = logEntries(parts.entry);
         LogParts const log = logParts(parts, entry);
         // The rest adds rest / upper to the logarithm: 1 / upper = 2^-k / (c (1 + r)).
         constexpr std::uint32_t one = 0x3f800000U;

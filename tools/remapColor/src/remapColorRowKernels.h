@@ -1,8 +1,8 @@
 #pragma once
 
 // The arithmetic of a row of pixels: transfer, adjusted curves, clamp. One source, compiled for
-// several instruction sets; the fastest that the processor has is chosen once, when the library is
-// loaded. Every set gives the same bits for the same pixel, wherever it stands in a row.
+// several instruction sets; the fastest that the processor has is chosen once for the process.
+// Every set gives the same bits for the same pixel, wherever it stands in a row.
 //
 // Red, green and blue have index 0, 1 and 2. Rows may have any length and alignment; source and
 // destination are the same row or do not overlap. Any thread.

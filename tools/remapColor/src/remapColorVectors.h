@@ -280,17 +280,18 @@ REMAPCOLOR_INLINE Neighbours selectWhole(RemapColorPower::PreparedPower const& p
 #endif
 }
 
-struct LogVectors {
+/// Lane by lane the entry of a table with centres: 1 / c and a number of c as a pair.
+struct EntryVectors {
     Floats inverse;
-    Floats logHead;
-    Floats logTail;
+    Floats head;
+    Floats tail;
 };
 
 #if !defined(__AVX2__)
 /// Lane by lane the first three numbers of the row of that index (0 to 15; higher bits do not
 /// count).
 template <typename Row>
-REMAPCOLOR_INLINE LogVectors loadRows(Row const* table, Ints index)
+REMAPCOLOR_INLINE EntryVectors loadRows(Row const* table, Ints index)
 {
     Quad rows[lanes];
     forLanePairs(index & (RemapColorPower::logEntries - 1),
@@ -308,7 +309,7 @@ REMAPCOLOR_INLINE LogVectors loadRows(Row const* table, Ints index)
 #endif
 
 /// The entries of the logarithm's table.
-REMAPCOLOR_INLINE LogVectors logEntries(Ints index)
+REMAPCOLOR_INLINE EntryVectors logEntries(Ints index)
 {
     auto const& table = RemapColorPower::logTable;
 #if defined(__AVX2__)
@@ -319,22 +320,14 @@ REMAPCOLOR_INLINE LogVectors logEntries(Ints index)
 #endif
 }
 
-struct CentreVectors {
-    Floats inverse;
-    Floats head;
-    Floats tail;
-};
-
 /// The centres of a prepared power.
-REMAPCOLOR_INLINE CentreVectors selectCentre(RemapColorPower::PreparedPower const& power,
-                                             Ints index)
+REMAPCOLOR_INLINE EntryVectors selectCentre(RemapColorPower::PreparedPower const& power, Ints index)
 {
 #if defined(__AVX2__)
     return {select(RemapColorPower::logTable.columns[0], index),
             select(power.centreColumns[0], index), select(power.centreColumns[1], index)};
 #else
-    LogVectors const row = loadRows(power.centreRows, index);
-    return {row.inverse, row.logHead, row.logTail};
+    return loadRows(power.centreRows, index);
 #endif
 }
 
@@ -471,60 +464,58 @@ REMAPCOLOR_INLINE Values negated(Values const& values)
     return forVectors([&](int v) { return -values.vectors[v]; });
 }
 
-struct LogLanes {
-    Values inverse;
-    Values logHead;
-    Values logTail;
-};
-
-REMAPCOLOR_INLINE LogLanes logEntries(Masks const& index)
-{
-    auto const rows = forVectors([&](int v) { return logEntries(index.vectors[v]); });
-    return {forVectors([&](int v) { return rows.vectors[v].inverse; }),
-            forVectors([&](int v) { return rows.vectors[v].logHead; }),
-            forVectors([&](int v) { return rows.vectors[v].logTail; })};
-}
-
-struct ExpLanes {
+struct PairLanes {
     Values head;
     Values tail;
 };
 
-REMAPCOLOR_INLINE ExpLanes expEntries(Masks const& index)
+/// The pairs that `select(vector)` gives.
+template <typename Select>
+REMAPCOLOR_INLINE PairLanes forPairs(Select const& select)
 {
-    auto const rows = forVectors([&](int v) { return expEntries(index.vectors[v]); });
-    return {forVectors([&](int v) { return rows.vectors[v].first; }),
-            forVectors([&](int v) { return rows.vectors[v].second; })};
+    auto const pairs = forVectors(select);
+    return {forVectors([&](int v) { return pairs.vectors[v].first; }),
+            forVectors([&](int v) { return pairs.vectors[v].second; })};
 }
 
-struct WholeLanes {
-    Values head;
-    Values tail;
-};
-
-/// Each channel's pairs.
-REMAPCOLOR_INLINE WholeLanes selectWhole(RemapColorPower::PreparedPower const* powers,
-                                         Masks const& index)
-{
-    auto const rows = forVectors([&](int v) { return selectWhole(powers[v], index.vectors[v]); });
-    return {forVectors([&](int v) { return rows.vectors[v].first; }),
-            forVectors([&](int v) { return rows.vectors[v].second; })};
-}
-
-struct CentreLanes {
+struct EntryLanes {
     Values inverse;
     Values head;
     Values tail;
 };
 
-/// Each channel's centres.
-REMAPCOLOR_INLINE CentreLanes selectCentre(RemapColorPower::PreparedPower const* powers,
-                                           Masks const& index)
+/// The entries that `select(vector)` gives.
+template <typename Select>
+REMAPCOLOR_INLINE EntryLanes forEntries(Select const& select)
 {
-    auto const rows = forVectors([&](int v) { return selectCentre(powers[v], index.vectors[v]); });
-    return {forVectors([&](int v) { return rows.vectors[v].inverse; }),
-            forVectors([&](int v) { return rows.vectors[v].head; }),
-            forVectors([&](int v) { return rows.vectors[v].tail; })};
+    auto const entries = forVectors(select);
+    return {forVectors([&](int v) { return entries.vectors[v].inverse; }),
+            forVectors([&](int v) { return entries.vectors[v].head; }),
+            forVectors([&](int v) { return entries.vectors[v].tail; })};
+}
+
+REMAPCOLOR_INLINE EntryLanes logEntries(Masks const& index)
+{
+    return forEntries([&](int v) { return logEntries(index.vectors[v]); });
+}
+
+REMAPCOLOR_INLINE PairLanes expEntries(Masks const& index)
+{
+    return forPairs([&](int v) { return expEntries(index.vectors[v]); });
+}
+
+/// Each channel's 2^(k e).
+REMAPCOLOR_INLINE PairLanes selectWhole(RemapColorPower::PreparedPower const* powers,
+                                        Masks const& index)
+{
+    return forPairs([&](int v) { return selectWhole(powers[v], index.vectors[v]); });
+}
+
+/// Each channel's c^e.
+REMAPCOLOR_INLINE EntryLanes selectCentre(RemapColorPower::PreparedPower const* powers,
+                                          Masks const& index)
+{
+    return forEntries([&](int v) { return selectCentre(powers[v], index.vectors[v]); });
 }
 
 /// Lanes that hold alpha in a block's vectors, all bits set.
