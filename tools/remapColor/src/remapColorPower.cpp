@@ -34,7 +34,12 @@ float headOf(float multiplier)
     return std::bit_cast<float>(std::bit_cast<std::uint32_t>(multiplier) & headMask);
 }
 
-PreparedPower::Pair splitPower(double value)
+struct SplitPower {
+    float head; ///< 12 bits
+    float tail;
+};
+
+SplitPower splitPower(double value)
 {
     constexpr std::uint32_t headMask = 0xfffff000U;
     auto const whole = std::bit_cast<std::uint32_t>(static_cast<float>(value));
@@ -56,6 +61,7 @@ constexpr auto centreLogs = [] {
 
 constinit LogTable const logTable = makeLogTable();
 constinit ExpTable const expTable = makeExpTable();
+constinit KneeTable const kneeTable = makeKneeTable();
 
 double powerOfTwo(double y)
 {
@@ -141,18 +147,26 @@ void PreparedPower::makeTables()
         coefficient = coefficient * (e - term) / (term + 1);
         coefficients[term] = static_cast<float>(coefficient);
     }
-    for (int power = 0; power < nbTablePowers; ++power) {
-        auto const entry = static_cast<std::size_t>(power + smallestTablePower) % nbTablePowers;
-        Pair const pair = splitPower(exp2(e * (power + smallestTablePower)));
-        wholeRows[entry] = pair;
-        wholeColumns[0][entry] = pair.head;
-        wholeColumns[1][entry] = pair.tail;
+    for (int power = smallestTablePower; power < smallestTablePower + nbTablePowers; ++power) {
+        int const column = power & (nbTablePowers - 1);
+        SplitPower const whole = splitPower(exp2(e * power));
+        wholeColumns[0][column] = static_cast<float>(exp2(-power));
+        wholeColumns[1][column] = whole.head;
+        wholeColumns[2][column] = whole.tail;
     }
-    for (int entry = 0; entry < logEntries; ++entry) {
-        Pair const pair = splitPower(exp2(e * centreLogs[static_cast<std::size_t>(entry)]));
-        centreRows[entry] = {logTable.rows[entry].inverse, pair.head, pair.tail, 0.0F};
-        centreColumns[0][entry] = pair.head;
-        centreColumns[1][entry] = pair.tail;
+    for (int column = 0; column < logEntries; ++column) {
+        SplitPower const centre =
+            splitPower(exp2(e * centreLogs[static_cast<std::size_t>(column)]));
+        centreColumns[0][column] = logTable.columns[0][column];
+        centreColumns[1][column] = centre.head;
+        centreColumns[2][column] = centre.tail;
+    }
+    for (int entry = 0; entry < nbEntries; ++entry) {
+        int const whole = entry >> logIndexBits;
+        int const centre = entry & (logEntries - 1);
+        entries[entry] = makePowerEntry(wholeColumns[0][whole], wholeColumns[1][whole],
+                                        wholeColumns[2][whole], centreColumns[0][centre],
+                                        centreColumns[1][centre], centreColumns[2][centre]);
     }
 }
 

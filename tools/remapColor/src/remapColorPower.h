@@ -122,7 +122,8 @@ struct LogMultiplier {
 // The tables of the kernels' logarithm and exponential. For a mantissa m near the centre c:
 //   log2(m) = logHead + (logTail + ln(1 + r)) log2(e),  r = (m - c) / c
 
-constexpr int logEntries = 16;
+constexpr int logIndexBits = 4;
+constexpr int logEntries = 1 << logIndexBits;
 constexpr std::uint32_t logIntervalBits = 19;         ///< a centre's distance in a float's bits
 constexpr std::uint32_t firstLogCentre = 0x3f380000U; ///< 23/32; the others follow up to 22/16
 
@@ -169,6 +170,32 @@ constexpr LogTable makeLogTable()
     return table;
 }
 
+// The table of the knee's logarithm: for m next to c = 1 + entry / 128, ln(m) = log + ln(m
+// inverse).
+
+constexpr int kneeIndexBits = 7;
+constexpr int kneeEntries = (1 << kneeIndexBits) + 1;
+
+struct KneeEntry {
+    double inverse; ///< 1 / c
+    double log;     ///< -ln(inverse)
+};
+
+struct KneeTable {
+    alignas(64) KneeEntry rows[kneeEntries];
+};
+
+constexpr KneeTable makeKneeTable()
+{
+    KneeTable table{};
+    for (int entry = 0; entry < kneeEntries; ++entry) {
+        constexpr double steps = 1 << kneeIndexBits;
+        double const inverse = steps / (steps + entry);
+        table.rows[entry] = {inverse, 0.0 - naturalLog(inverse)};
+    }
+    return table;
+}
+
 /// 2^(entry / 16) as a pair of floats.
 constexpr int expEntries = 16;
 
@@ -196,11 +223,31 @@ constexpr ExpTable makeExpTable()
     return table;
 }
 
+/// (2^k c)^e as a pair of floats, for what is next to 2^k c.
+template <typename Number>
+struct PowerEntry {
+    Number inverse; ///< 1 / (2^k c)
+    Number head;
+    Number tail;
+    Number sum; ///< head + tail, rounded
+};
+
+/// Of 2^k and of c: their inverses, and their powers' heads and tails.
+template <typename Number>
+[[gnu::always_inline]] constexpr PowerEntry<Number>
+makePowerEntry(Number wholeInverse, Number wholeHead, Number wholeTail, Number inverse, Number head,
+               Number tail)
+{
+    Number const productHead = wholeHead * head;
+    Number const productTail = wholeHead * tail + wholeTail * (head + tail);
+    return {wholeInverse * inverse, productHead, productTail, productHead + productTail};
+}
+
 /// An exponent e, prepared for the row kernels, which have two ways.
 ///
 /// By tables, for e in [-2, 5] and x = 2^k m with k in [-16, 15] and the centre c next to m:
-///   x^e = 2^(k e) c^e (1 + r)^e,  r = (m - c) / c
-/// with the first two factors from tables, the third by its binomial series.
+///   x^e = (2^k c)^e (1 + r)^e,  r = (x - 2^k c) / (2^k c)
+/// with the first factor from a table, the second by its binomial series.
 /// By the logarithm otherwise; where that is not exact enough either, values go through `power`.
 struct PreparedPower {
     PreparedPower() = default;
@@ -213,6 +260,7 @@ struct PreparedPower {
     static constexpr float largestTableExponent = 5.0F;
     static constexpr int smallestTablePower = -16; ///< of 2
     static constexpr int nbTablePowers = 32;
+    static constexpr int nbEntries = nbTablePowers * logEntries;
     /// Beyond this the kernels' logarithm is not exact enough for the last bit of a power.
     static constexpr float largestLogExponent = 8.0F;
     static constexpr int nbCoefficients = 5;
@@ -225,25 +273,17 @@ struct PreparedPower {
 
     float coefficients[nbCoefficients] = {}; ///< of r, r^2, ... in (1 + r)^e
 
-    // Heads have 12 bits, so that their product is exact. Each table by rows, for loading an entry
-    // at once, and by columns, for selecting lanes.
-    struct Pair {
-        float head;
-        float tail;
-    };
-    struct Centre {
-        float inverse; ///< 1 / c
-        float head;
-        float tail;
-        float unused;
-    };
-    alignas(64) Pair wholeRows[nbTablePowers] = {}; ///< 2^(k e), at the last five bits of k
-    alignas(64) float wholeColumns[2][nbTablePowers] = {};
-    alignas(64) Centre centreRows[logEntries] = {}; ///< c^e
-    alignas(64) float centreColumns[2][logEntries] = {};
+    /// 2^-k, 2^(k e) by head and tail, at the last five bits of k. Heads have 12 bits, so that a
+    /// product of two is exact.
+    alignas(64) float wholeColumns[3][nbTablePowers] = {};
+    /// 1 / c, c^e by head and tail.
+    alignas(64) float centreColumns[3][logEntries] = {};
+    /// What the columns make of every k and c, for loading an entry at once.
+    alignas(64) PowerEntry<float> entries[nbEntries] = {};
 };
 
 extern LogTable const logTable;
 extern ExpTable const expTable;
+extern KneeTable const kneeTable;
 
 } // namespace RemapColorPower

@@ -1,513 +1,358 @@
 // The row kernels, compiled once for each instruction set (INSTRUCTION_SET is its name).
 //
-// All is arithmetic on vectors of floats, each step rounded as the scalar step would be; nothing
+// A row is worked on in runs of pixels, a channel at a time. Each step of the arithmetic is a loop
+// over the run's vectors: loops are short, so that the processor has many vectors at work at once,
+// and a step's numbers stay in registers. Each step is rounded as the scalar step would be; nothing
 // depends on the neighbouring lanes. Functions of the standard library are kept out: their copies
 // for this instruction set might be taken for everybody's.
 
 #include "remapColorRowKernels.h"
-#include "remapColorVectors.h"
+#include "remapColorVectorPower.h"
 
 namespace RemapColorRowKernels::INSTRUCTION_SET {
 
 namespace {
 
-/// The numbers of the three channels, each in all lanes of its vector.
-template <typename OfChannel>
-REMAPCOLOR_INLINE Values lanesFrom(OfChannel const& number)
-{
-    return {{broadcast(number(0)), broadcast(number(1)), broadcast(number(2))}};
-}
-
-REMAPCOLOR_INLINE Values lanesOf(float const (&numbers)[nbChannels])
-{
-    return lanesFrom([&](int channel) { return numbers[channel]; });
-}
-
-struct LaneLists {
-    float values[nbColourVectors][lanes];
-    float inputs[nbColourVectors][lanes];
-    std::int32_t mask[nbColourVectors][lanes];
-};
-
-template <typename Exact>
-[[gnu::noinline, gnu::cold]] void recompute(LaneLists& lists, Exact exact)
-{
-    for (int channel = 0; channel < nbChannels; ++channel) {
-        for (int lane = 0; lane < lanes; ++lane) {
-            if (lists.mask[channel][lane] != 0) {
-                lists.values[channel][lane] = exact(lists.inputs[channel][lane], channel);
-            }
-        }
-    }
-}
-
-/// Recomputes lanes one by one: `exact(value, channel)` of `inputs` for the lanes of the mask, out
-/// of the way of all other values.
-template <typename Exact>
-REMAPCOLOR_INLINE Values replaceLanes(Values const& values, Masks const& mask, Values const& inputs,
-                                      Exact const& exact)
-{
-    LaneLists lists;
-    for (int vector = 0; vector < nbColourVectors; ++vector) {
-        store(values.vectors[vector], lists.values[vector]);
-        store(inputs.vectors[vector], lists.inputs[vector]);
-        std::memcpy(lists.mask[vector], &mask.vectors[vector], sizeof(lists.mask[vector]));
-    }
-    recompute(lists, exact);
-    return {{load(lists.values[0]), load(lists.values[1]), load(lists.values[2])}};
-}
-
 /// Does not follow the gamma, on purpose: only a gamma of 2.2 brings the knee's end near 1.
 constexpr float displayScale = 84.66F;
 constexpr float displayMaximum = 255.0F;
 
-// ---- Logarithm and power ----
-
-constexpr std::uint32_t signBit = 0x80000000U;
-
-/// A number as the sum of an exact product and a small rest.
-struct SplitNumber {
-    Values product;
-    Values rest;
-};
-
-struct MultiplierLanes {
-    template <typename OfChannel>
-    explicit MultiplierLanes(OfChannel const& multiplier)
-        : head(lanesFrom([&](int channel) { return multiplier(channel).head; })),
-          tail(lanesFrom([&](int channel) { return multiplier(channel).tail; })),
-          timesLog2E(lanesFrom([&](int channel) { return multiplier(channel).timesLog2E; }))
-    {
-    }
-
-    Values head;
-    Values tail;
-    Values timesLog2E;
-};
-
-/// x = 2^k m, with m near the centre c of a table's entry.
-struct SplitFloat {
-    Masks k;           ///< whole numbers
-    Bits exponentBits; ///< k as in a float's bits
-    Masks entry;       ///< in its last four bits
-    Values fromCentre; ///< m - c
-};
-
-/// Of normal, positive, finite x; k of any other is far from 0.
-REMAPCOLOR_INLINE SplitFloat split(Values const& x)
-{
-    using RemapColorPower::firstLogCentre;
-    using RemapColorPower::logIntervalBits;
-    constexpr std::uint32_t halfInterval = 1U << (logIntervalBits - 1);
-    constexpr std::uint32_t exponentMask = 0xff800000U;
-    constexpr std::uint32_t centreMask = ~((1U << logIntervalBits) - 1);
-
-    Bits const bits = bitsOf(x);
-    Bits const rounded = bits + halfInterval;
-    Bits const fromFirst = rounded - firstLogCentre;
-    Bits const exponentBits = fromFirst & exponentMask;
-    Values const m = valuesOf(bits - exponentBits);
-    Values const c = valuesOf((rounded - exponentBits) & centreMask);
-    return {asInts(fromFirst) >> 23, exponentBits, asInts(fromFirst >> logIntervalBits), m - c};
-}
-
-/// log2(x) = head + (r + small) log2(e), the head of 16 bits.
-struct LogParts {
-    Values head;
-    Values r;
-    Values small;
-};
-
-/// For normal, positive, finite x:
-///   head = k + logHead,  r = (m - c) / c,  small = logTail + ln(1 + r) - r,  |r| <= 1/32
-/// Source of the method: P. T. P. Tang, "Table-Driven Implementation of the Logarithm Function in
-/// IEEE Floating-Point Arithmetic" (1990).
-REMAPCOLOR_INLINE LogParts logParts(SplitFloat const& x, EntryLanes const& entry)
-{
-    Values const r = x.fromCentre * entry.inverse;
-    // ln(1 + r) - r, in an order that leaves little to wait for
-    Values const r2 = r * r;
-    Values const curved = r2 * ((r * 0.333333343F - 0.5F) + r2 * (r * 0.200120747F - 0.250140876F));
-    return {toFloats(x.k) + entry.head, r, entry.tail + curved};
-}
-
-/// multiplier * log2(x); the product of the two heads is exact.
-REMAPCOLOR_INLINE SplitNumber scaledLog2(Values const& x, MultiplierLanes const& multiplier)
-{
-    SplitFloat const parts = split(x);
-    LogParts const log = logParts(parts, logEntries(parts.entry));
-    return {log.head * multiplier.head,
-            log.head * multiplier.tail + (log.r + log.small) * multiplier.timesLog2E};
-}
-
-/// 2^y for y in [-126, 126], to a little more than half a unit in the last place. With y = n / 16 +
-/// f: 2^(n / 16) from a table, times 2^f.
-REMAPCOLOR_INLINE Values exp2(SplitNumber const& y)
-{
-    constexpr float rounder = 786432.0F; // 1.5 * 2^19: its last bit is worth 1/16
-    constexpr int expBits = 4;
-    Values const shifted = (y.product + y.rest) + rounder;
-    Values const f = (y.product - (shifted - rounder)) + y.rest;
-    Masks const n = asInts(bitsOf(shifted));
-    PairLanes const entry = expEntries(n);
-    // (2^f - 1) / f
-    Values const slope =
-        (f * 0.240226507F + 0.693147182F) + f * f * (f * 0.00961827952F + 0.0555054098F);
-    Values const scaled = entry.head + (entry.tail + entry.head * f * slope);
-    Bits const exponentBits = bitsOfInts((n >> expBits) << 23);
-    return valuesOf(bitsOf(scaled) + exponentBits);
-}
-
-/// Powers of any numbers, on the way by the logarithm. Apart, for the values that the tables of a
-/// prepared power do not reach.
-class LogPowers {
-public:
-    explicit LogPowers(RemapColorPower::PreparedPower const* powers)
-        : exponents(powers), multiplier([&](int channel) { return powers[channel].logMultiplier; }),
-          limit(lanesFrom([&](int channel) {
-              constexpr float none = 0.0F;
-              return powers[channel].suitsLog ? largestLogarithm : none;
-          }))
-    {
-    }
-
-    /// x^exponent for x >= 0; lanes that are zero, denormal, infinite, NaN or negative, or whose
-    /// power is far from 1, take the way of a single value.
-    [[gnu::noinline]] Values power(Values const& x) const
-    {
-        Masks isOrdinary;
-        Values const result = ordinaryPower(x, isOrdinary);
-        return replaceLanes(result, ~isOrdinary, x, [powers = exponents](float value, int channel) {
-            return RemapColorPower::power(value, powers[channel].exponent);
-        });
-    }
-
-    /// 0 - power(0 - x) below 0.
-    [[gnu::noinline]] Values signedPower(Values const& x) const
-    {
-        Masks isOrdinary;
-        Values const magnitude = ordinaryPower(valuesOf(bitsOf(x) & ~signBit), isOrdinary);
-        Values const result = valuesOf(bitsOf(magnitude) | (bitsOf(x) & signBit));
-        return replaceLanes(result, ~isOrdinary, x, [powers = exponents](float value, int channel) {
-            return RemapColorPower::signedPower(value, powers[channel].exponent);
-        });
-    }
-
-private:
-    [[gnu::always_inline]] Values ordinaryPower(Values const& x, Masks& isOrdinary) const
-    {
-        constexpr std::uint32_t smallestNormal = 0x00800000U;
-        constexpr std::uint32_t nbNormals = 0x7f000000U;
-        SplitNumber const y = scaledLog2(x, multiplier);
-        Values const sum = y.product + y.rest;
-        isOrdinary =
-            (bitsOf(x) - smallestNormal < nbNormals) & (sum < limit) & (sum > 0.0F - limit);
-        return exp2(y);
-    }
-
-    static constexpr float largestLogarithm = 126.0F;
-
-    RemapColorPower::PreparedPower const* exponents;
-    MultiplierLanes multiplier;
-    Values limit;
-};
-
-/// Powers with the exponents of the three channels.
-class PowerLanes {
-public:
-    explicit PowerLanes(RemapColorPower::PreparedPower const (&powers)[nbChannels])
-        : exponents(powers), ofZero(lanesFrom([&](int channel) { return powers[channel].ofZero; })),
-          hasTables(bitsOf(lanesFrom([&](int channel) {
-              constexpr std::uint32_t allBits = 0xffffffffU;
-              return __builtin_bit_cast(float, powers[channel].hasTables ? allBits : 0U);
-          })))
-    {
-        for (int term = 0; term < nbCoefficients; ++term) {
-            coefficients[term] =
-                lanesFrom([&](int channel) { return powers[channel].coefficients[term]; });
-        }
-    }
-
-    /// x^exponent for x >= 0.
-    [[gnu::always_inline]] Values power(Values const& x) const
-    {
-        Masks isReached;
-        Values const result = tablePower(x, isReached);
-        if (any(~isReached)) [[unlikely]] {
-            Values const others = LogPowers(exponents).power(x);
-            return choose(isReached, result, others);
-        }
-        return result;
-    }
-
-    /// 0 - power(0 - x) below 0.
-    [[gnu::always_inline]] Values signedPower(Values const& x) const
-    {
-        Masks isReached;
-        Values const magnitude = tablePower(valuesOf(bitsOf(x) & ~signBit), isReached);
-        // A power that the tables give is not 0, so its sign is all that 0 - power changes; -0 is
-        // left to those that know odd exponents.
-        isReached = isReached & ~(bitsOf(x) == signBit);
-        Values const result = valuesOf(bitsOf(magnitude) | (bitsOf(x) & signBit));
-        if (any(~isReached)) [[unlikely]] {
-            Values const others = LogPowers(exponents).signedPower(x);
-            return choose(isReached, result, others);
-        }
-        return result;
-    }
-
-private:
-    /// Zeros, and numbers within the tables' reach.
-    [[gnu::always_inline]] Values tablePower(Values const& x, Masks& isReached) const
-    {
-        using RemapColorPower::PreparedPower;
-        SplitFloat const parts = split(x);
-        Masks const isZero = bitsOf(x) == 0U;
-        constexpr std::uint32_t nbPowers = PreparedPower::nbTablePowers;
-        Masks const isWithin = bitsOfInts(parts.k - PreparedPower::smallestTablePower) < nbPowers;
-        isReached = (isWithin & asInts(hasTables)) | isZero;
-
-        PairLanes const whole = selectWhole(exponents, parts.k);        // 2^(k e)
-        EntryLanes const centre = selectCentre(exponents, parts.entry); // c^e
-        // (1 + r)^e - 1, in an order that leaves little to wait for
-        Values const r = parts.fromCentre * centre.inverse;
-        Values const r2 = r * r;
-        Values const grown =
-            r * ((coefficients[0] + r * coefficients[1]) +
-                 r2 * ((coefficients[2] + r * coefficients[3]) + r2 * coefficients[4]));
-        Values const head = whole.head * centre.head;
-        Values const tail = whole.head * centre.tail + whole.tail * (centre.head + centre.tail);
-        Values const result = head + (tail + (head + tail) * grown);
-        return choose(isZero, ofZero, result);
-    }
-
-    static constexpr int nbCoefficients = RemapColorPower::PreparedPower::nbCoefficients;
-
-    RemapColorPower::PreparedPower const* exponents;
-    Values ofZero;
-    Bits hasTables;
-    Values coefficients[nbCoefficients];
-};
-
 // ---- Transfers ----
+
+/// Numbers of one channel, in all lanes.
+struct OfChannel {
+    template <typename Number>
+    Floats operator()(Number const& number) const
+    {
+        return broadcast(number(channel));
+    }
+    int channel;
+};
+
+/// Numbers of all channels, in the order of a pixel.
+struct InTurns {
+    template <typename Number>
+    Floats operator()(Number const& number) const
+    {
+        Floats numbers{};
+        for (int lane = 0; lane < lanes; ++lane) {
+            constexpr int components = 4;
+            int const component = lane % components;
+            numbers[lane] = component < nbChannels ? number(component) : 0.0F;
+        }
+        return numbers;
+    }
+};
+
+/// value -> value * scale + offset
+class Line {
+public:
+    template <typename Numbers>
+    Line(Levels const& levels, Numbers const& numbers)
+        : scale(numbers([&](int channel) { return levels.scale[channel]; })),
+          offset(numbers([&](int channel) { return levels.offset[channel]; }))
+    {
+    }
+
+    [[gnu::always_inline]] Floats operator()(Floats value) const { return value * scale + offset; }
+
+private:
+    Floats scale;
+    Floats offset;
+};
+
+struct NoTransfer {
+    [[gnu::always_inline]] void operator()(Values const& values, Values& result, int) const
+    {
+        result = values;
+    }
+};
 
 /// value -> (value * scale + offset)^invGamma
 template <bool appliesPower>
 class LevelsTransfer {
 public:
-    explicit LevelsTransfer(Levels const& levels)
-        : scale(lanesOf(levels.scale)), offset(lanesOf(levels.offset)), invGamma(levels.invGamma)
+    LevelsTransfer(Levels const& levels, int channel)
+        : line(levels, OfChannel{channel}), invGamma(levels.invGamma[channel])
     {
     }
 
-    [[gnu::always_inline]] Values operator()(Values const& value) const
+    [[gnu::always_inline]] void operator()(Values const& values, Values& result,
+                                           int nbVectors) const
     {
-        Values const line = value * scale + offset;
+        Values onLine;
+        Values& target = appliesPower ? onLine : result;
+        forVectors(
+            nbVectors, [&](int at) __attribute__((always_inline)) {
+                store(line(load(values.numbers + at)), target.numbers + at);
+            });
         if constexpr (appliesPower) {
-            return invGamma.signedPower(line);
+            invGamma(
+                onLine, result, nbVectors,
+                [](Floats power) __attribute__((always_inline)) { return power; });
         }
-        return line;
     }
 
 private:
-    Values scale;
-    Values offset;
-    PowerLanes invGamma;
+    Line line;
+    Power<Signed> invGamma;
 };
 
 /// value -> knee(max(value - defog, 0) * exposureFactor)^invGamma * displayScale / displayMaximum
 class DisplayTransfer {
 public:
-    explicit DisplayTransfer(Display const& display)
-        : kneeFactors(display.kneeFactor), defog(lanesOf(display.defog)),
-          exposureFactor(lanesOf(display.exposureFactor)), kneeLow(lanesOf(display.kneeLow)),
-          kneeFactor(lanesOf(display.kneeFactor)), invGamma(display.invGamma)
+    DisplayTransfer(Display const& display, int channel)
+        : defog(display.defog[channel]), exposureFactor(display.exposureFactor[channel]),
+          kneeLow(display.kneeLow[channel]), kneeFactor(display.kneeFactor[channel]),
+          wideFactor(static_cast<double>(kneeFactor)), reciprocal(1.0 / wideFactor),
+          invGamma(display.invGamma[channel])
     {
-        for (int vector = 0; vector < nbColourVectors; ++vector) {
-            wideFactor[vector] = toDoubles(kneeFactor.vectors[vector]);
-            reciprocal[vector] = {1.0 / wideFactor[vector].low, 1.0 / wideFactor[vector].high};
-        }
     }
 
-    [[gnu::always_inline]] Values operator()(Values const& value) const
+    [[gnu::always_inline]] void operator()(Values const& values, Values& result,
+                                           int nbVectors) const
     {
-        Values const difference = value - defog;
-        Values const defogged = choose(difference > 0.0F, difference, 0.0F); // a NaN becomes 0
-        Values exposed = defogged * exposureFactor;
-        Masks const isCompressed = exposed > kneeLow;
+        Values exposed;
+        Ints isCompressed{};
+        forVectors(
+            nbVectors, [&](int at) __attribute__((always_inline)) {
+                Floats const difference = load(values.numbers + at) - defog;
+                Floats const defogged = difference > 0.0F ? difference : 0.0F; // a NaN becomes 0
+                Floats const value = defogged * exposureFactor;
+                store(value, exposed.numbers + at);
+                isCompressed |= value > kneeLow;
+            });
         if (any(isCompressed)) {
-            Values const over = choose(isCompressed, exposed - kneeLow, 0.0F);
-            exposed = choose(isCompressed, kneeLow + knee(over), exposed);
+            compress(exposed, nbVectors);
         }
-        return invGamma.power(exposed) * displayScale / displayMaximum;
+        invGamma(
+            exposed, result, nbVectors, [](Floats power) __attribute__((always_inline)) {
+                return power * displayScale / displayMaximum;
+            });
     }
 
 private:
-    /// log(over * factor + 1) / factor in double; only the logarithm's table and polynomial work on
-    /// floats, on the upper half of their argument.
-    [[gnu::always_inline]] Values knee(Values const& over) const
+    /// value -> kneeLow + log((value - kneeLow) * kneeFactor + 1) / kneeFactor above kneeLow, in
+    /// double
+    [[gnu::always_inline]] void compress(Values& exposed, int nbVectors) const
     {
-        constexpr float largest = 0x1p120F;
-        Values upper;
-        DoublePair rest[nbColourVectors];
-#pragma GCC unroll 3
-        for (int vector = 0; vector < nbColourVectors; ++vector) {
-            DoublePair const wide = toDoubles(over.vectors[vector]);
-            DoublePair const& factor = wideFactor[vector];
-            DoublePair const u = {wide.low * factor.low + 1.0, wide.high * factor.high + 1.0};
-            upper.vectors[vector] = toFloats(u);
-            DoublePair const widened = toDoubles(upper.vectors[vector]);
-            rest[vector] = {u.low - widened.low, u.high - widened.high};
+        if (!(kneeFactor > smallestFactor && kneeFactor < largestFactor)) [[unlikely]] {
+            compressSingly(exposed, nbVectors);
+            return;
         }
-        SplitFloat const parts = split(upper);
-        EntryLanes const entry = logEntries(parts.entry);
-        LogParts const log = logParts(parts, entry);
-        // The rest adds rest / upper to the logarithm: 1 / upper = 2^-k / (c (1 + r)).
-        constexpr std::uint32_t one = 0x3f800000U;
-        Values const share = valuesOf(one - parts.exponentBits) * entry.inverse * (1.0F - log.r);
-        Values const compressed = forVectors([&](int vector) __attribute__((always_inline)) {
-            using RemapColorPower::ln2;
-            DoublePair const head = toDoubles(log.head.vectors[vector]);
-            DoublePair const r = toDoubles(log.r.vectors[vector]);
-            DoublePair const small = toDoubles(log.small.vectors[vector]);
-            DoublePair const ofRest = toDoubles(share.vectors[vector]);
-            return toFloats(DoublePair{
-                (head.low * ln2 + (r.low + (small.low + rest[vector].low * ofRest.low))) *
-                    reciprocal[vector].low,
-                (head.high * ln2 + (r.high + (small.high + rest[vector].high * ofRest.high))) *
-                    reciprocal[vector].high});
-        });
-        Masks const isOrdinary =
-            (upper >= 1.0F) & (upper < largest) & (kneeFactor > 0x1p-60F) & (kneeFactor < 0x1p60F);
-        if (any(~isOrdinary)) [[unlikely]] {
-            return replaceLanes(
-                compressed, ~isOrdinary, over, [factors = kneeFactors](float value, int channel) {
-                    return RemapColorPower::knee(static_cast<double>(value), factors[channel]);
-                });
-        }
-        return compressed;
+        SplitArguments arguments;
+        forVectors(
+            nbVectors, [&](int at) __attribute__((always_inline)) {
+                DoublePair const over = toDoubles(load(exposed.numbers + at) - kneeLow);
+                split(over.low * wideFactor + 1.0, arguments, at);
+                split(over.high * wideFactor + 1.0, arguments, at + doubleLanes);
+            });
+        forVectors(
+            nbVectors, [&](int at) __attribute__((always_inline)) {
+                Floats const value = load(exposed.numbers + at);
+                Floats const over = value - kneeLow;
+                Floats const knee =
+                    toFloats({scaledLog(arguments, at), scaledLog(arguments, at + doubleLanes)});
+                Floats const compressed = kneeLow + (over < infinity ? knee : over);
+                store(value > kneeLow ? compressed : value, exposed.numbers + at);
+            });
     }
 
-    float const* kneeFactors;
-    Values defog;
-    Values exposureFactor;
-    Values kneeLow;
-    Values kneeFactor;
-    PowerLanes invGamma;
-    DoublePair wideFactor[nbColourVectors];
-    DoublePair reciprocal[nbColourVectors];
+    /// u = 2^k m, with m in [1, 2)
+    struct SplitArguments {
+        Plane<double> k;
+        Plane<double> m;
+        Plane<std::uint64_t> place; ///< of the centre next to m, bytes in the table
+    };
+
+    /// Of u >= 1; others have places within the table too.
+    [[gnu::always_inline]] static void split(Doubles u, SplitArguments& arguments, int at)
+    {
+        using RemapColorPower::kneeIndexBits;
+        constexpr int mantissaBits = 52;
+        constexpr std::uint64_t mantissaMask = (std::uint64_t{1} << mantissaBits) - 1;
+        constexpr std::uint64_t one = 0x3ff0000000000000;
+        constexpr std::uint64_t halfInterval = std::uint64_t{1}
+                                               << (mantissaBits - kneeIndexBits - 1);
+        constexpr int entryBits = 4;
+        static_assert(sizeof(RemapColorPower::KneeEntry) == 1 << entryBits);
+        constexpr std::uint64_t placeMask = ~((std::uint64_t{1} << entryBits) - 1);
+        // A double of this exponent holds a whole number in its last bits.
+        constexpr std::uint64_t wholeExponent = 0x4330000000000000;
+        constexpr double exponentOfOne = 0x1p52 + 1023.0;
+
+        auto const bits = reinterpret_cast<LongWords>(u);
+        LongWords const mantissa = bits & mantissaMask;
+        LongWords const k = (bits >> mantissaBits) | wholeExponent;
+        store(reinterpret_cast<Doubles>(k) - exponentOfOne, arguments.k.numbers + at);
+        store(reinterpret_cast<Doubles>(mantissa | one), arguments.m.numbers + at);
+        store((mantissa + halfInterval) >> (mantissaBits - kneeIndexBits - entryBits) & placeMask,
+              arguments.place.numbers + at);
+    }
+
+    /// ln(2^k m) / kneeFactor, nearly always rounded as the exact one
+    [[gnu::always_inline]] Doubles scaledLog(SplitArguments const& arguments, int at) const
+    {
+        auto const [inverse, log] = kneeEntries(arguments.place.numbers + at);
+        Doubles const r = load(arguments.m.numbers + at) * inverse - 1.0;
+        // ln(1 + r), |r| <= 1/256
+        Doubles const r2 = r * r;
+        Doubles const small = r + r2 * ((r * (1.0 / 3.0) - 0.5) - r2 * 0.25);
+        return (load(arguments.k.numbers + at) * RemapColorPower::ln2 + log + small) * reciprocal;
+    }
+
+    [[gnu::noinline, gnu::cold]] void compressSingly(Values& exposed, int nbVectors) const
+    {
+        for (int pixel = 0; pixel < nbVectors * lanes; ++pixel) {
+            float& value = exposed.numbers[pixel];
+            if (value > kneeLow) {
+                auto const over = static_cast<double>(value - kneeLow);
+                value = kneeLow + RemapColorPower::knee(over, kneeFactor);
+            }
+        }
+    }
+
+    static constexpr float smallestFactor = 0x1p-60F;
+    static constexpr float largestFactor = 0x1p60F;
+    static constexpr float infinity = __builtin_inff();
+
+    float defog;
+    float exposureFactor;
+    float kneeLow;
+    float kneeFactor;
+    double wideFactor;
+    double reciprocal;
+    Power<Unsigned> invGamma;
 };
 
 // ---- Adjusted curves ----
 
-struct NoCurves {
-    explicit NoCurves(CurveTable const*) {}
-    [[gnu::always_inline]] Values operator()(Values const& value) const { return value; }
+struct NoCurve {
+    [[gnu::always_inline]] void operator()(Values const& values, Values& adjusted, int) const
+    {
+        adjusted = values;
+    }
 };
 
 /// Maps values as ScanlineLut does.
-class Curves {
+class Curve {
 public:
-    explicit Curves(CurveTable const* curveTables)
-        : tables(curveTables), scale(lanesOfTables([](auto const& table) { return table.scale; })),
-          offset(lanesOfTables([](auto const& table) { return table.offset; })),
-          lastPosition(lanesOfTables([](auto const& table) { return table.lastPosition; }))
+    explicit Curve(CurveTable const& curveTable) : table(curveTable) {}
+
+    [[gnu::always_inline]] void operator()(Values const& values, Values& adjusted,
+                                           int nbVectors) const
     {
-    }
-
-    [[gnu::always_inline]] Values operator()(Values const& value) const
-    {
-        Values const position = scale * value + offset;
-        Masks const isBelow = 0.0F > position;
-        Masks const isAbove = position > lastPosition;
-        Values const notBelow = choose(position > 0.0F, position, 0.0F); // a NaN reads entry 0
-        Values const valid = choose(isAbove, 0.0F, notBelow);
-
-        Masks const entry = toInts(valid);
-        Values const share = valid - toFloats(entry);
-        Values first;
-        Values second;
-#pragma GCC unroll 3
-        for (int vector = 0; vector < nbColourVectors; ++vector) {
-            Neighbours const read =
-                loadNeighbours(entry.vectors[vector], [&](int, std::size_t index) {
-                    return tables[vector].entries + index;
-                });
-            first.vectors[vector] = read.first;
-            second.vectors[vector] = read.second;
+        Plane<std::int32_t> entries;
+        Values shares;
+        bool const areInside = findEntries(values, entries, shares, nbVectors);
+        interpolate(entries, shares, adjusted, nbVectors);
+        if (!areInside) {
+            extrapolate(values, adjusted, nbVectors);
         }
-        Values const inside = (1.0F - share) * first + share * second;
-
-        if (any(isBelow | isAbove)) {
-            return extrapolate(value, inside, isBelow, isAbove);
-        }
-        return inside;
     }
 
 private:
-    template <typename Number>
-    Values lanesOfTables(Number const& number) const
+    [[gnu::always_inline]] Floats positionOf(Floats value) const
     {
-        return lanesFrom([&](int channel) { return number(tables[channel]); });
+        return table.scale * value + table.offset;
+    }
+
+    /// The entries before the values, and how far the values are on the way to the next ones.
+    /// Whether all are inside the table.
+    [[gnu::always_inline]] bool findEntries(Values const& values, Plane<std::int32_t>& entries,
+                                            Values& shares, int nbVectors) const
+    {
+        Ints isOutside{};
+        forVectors(
+            nbVectors, [&](int at) __attribute__((always_inline)) {
+                Floats const position = positionOf(load(values.numbers + at));
+                Ints const isAbove = position > table.lastPosition;
+                Floats const notBelow = position > 0.0F ? position : 0.0F; // a NaN reads entry 0
+                Floats const valid = isAbove ? Floats{} : notBelow;
+                Ints const entry = toInts(valid);
+                store(entry, entries.numbers + at);
+                store(valid - toFloats(entry), shares.numbers + at);
+                isOutside |= isAbove | (0.0F > position);
+            });
+        return !any(isOutside);
+    }
+
+    [[gnu::always_inline]] void interpolate(Plane<std::int32_t> const& entries,
+                                            Values const& shares, Values& adjusted,
+                                            int nbVectors) const
+    {
+        forVectors(
+            nbVectors, [&](int at) __attribute__((always_inline)) {
+                Neighbours const read = loadNeighbours(table.entries, entries.numbers + at);
+                Floats const share = load(shares.numbers + at);
+                store((1.0F - share) * read.first + share * read.second, adjusted.numbers + at);
+            });
     }
 
     /// Below: keyY - (keyX - value) * slope. Above: keyY + (value - keyX) * slope. The difference
     /// in float, the rest in double.
-    [[gnu::always_inline]] Values extrapolate(Values const& value, Values const& inside,
-                                              Masks const& isBelow, Masks const& isAbove) const
+    [[gnu::noinline]] void extrapolate(Values const& values, Values& adjusted, int nbVectors) const
     {
-        auto const onItsSide = [&](auto const& ofLine) {
-            return choose(isBelow,
-                          lanesOfTables([&](auto const& table) { return ofLine(table.below); }),
-                          lanesOfTables([&](auto const& table) { return ofLine(table.above); }));
+        auto const along =
+            [](EndLine const& line, Floats difference, float slope) __attribute__((always_inline))
+        {
+            // y - d * slope is y + d * -slope, to the sign of a zero.
+            DoublePair const d = toDoubles(difference);
+            auto const s = static_cast<double>(slope);
+            auto const y = static_cast<double>(line.keyY);
+            return toFloats(DoublePair{y + d.low * s, y + d.high * s});
         };
-        Values const keyX = onItsSide([](EndLine const& line) { return line.keyX; });
-        Values const keyY = onItsSide([](EndLine const& line) { return line.keyY; });
-        Values const slope = onItsSide([](EndLine const& line) { return line.slope; });
-        Values const difference = choose(isBelow, keyX, value) - choose(isBelow, value, keyX);
-        // y - d * slope is y + d * -slope, to the sign of a zero.
-        Values const signedSlope = choose(isBelow, negated(slope), slope);
-
-        Values const outside = forVectors([&](int vector) {
-            DoublePair const d = toDoubles(difference.vectors[vector]);
-            DoublePair const s = toDoubles(signedSlope.vectors[vector]);
-            DoublePair const y = toDoubles(keyY.vectors[vector]);
-            return toFloats(DoublePair{y.low + d.low * s.low, y.high + d.high * s.high});
+        forVectors(nbVectors, [&](int at) {
+            Floats const value = load(values.numbers + at);
+            Floats const position = positionOf(value);
+            Ints const isBelow = 0.0F > position;
+            Ints const isAbove = position > table.lastPosition;
+            if (any(isBelow | isAbove)) {
+                Floats const below =
+                    along(table.below, table.below.keyX - value, -table.below.slope);
+                Floats const above =
+                    along(table.above, value - table.above.keyX, table.above.slope);
+                Floats const inside = load(adjusted.numbers + at);
+                store(isBelow ? below : isAbove ? above : inside, adjusted.numbers + at);
+            }
         });
-        return choose(isBelow | isAbove, outside, inside);
     }
 
-    CurveTable const* tables;
-    Values scale;
-    Values offset;
-    Values lastPosition;
+    CurveTable const& table;
 };
 
 // ---- Clamp ----
 
 struct NoClamp {
-    explicit NoClamp(Levels const*) {}
-    [[gnu::always_inline]] Values operator()(Values const& value) const { return value; }
+    NoClamp() = default;
+
+    template <typename Numbers>
+    NoClamp(Levels const&, Numbers const&)
+    {
+    }
+
+    [[gnu::always_inline]] Floats operator()(Floats value) const { return value; }
 };
 
 /// The order of the comparisons lets a NaN through and gives `high` for reversed bounds.
 class Clamp {
 public:
-    explicit Clamp(Levels const* levels)
-        : low(lanesFrom([&](int channel) { return levels->clampRange[channel].low; })),
-          high(lanesFrom([&](int channel) { return levels->clampRange[channel].high; }))
+    template <typename Numbers>
+    Clamp(Levels const& levels, Numbers const& numbers)
+        : low(numbers([&](int channel) { return levels.clampRange[channel].low; })),
+          high(numbers([&](int channel) { return levels.clampRange[channel].high; }))
     {
     }
 
-    [[gnu::always_inline]] Values operator()(Values const& value) const
+    [[gnu::always_inline]] Floats operator()(Floats value) const
     {
-        Values const notBelow = choose(low > value, low, value);
-        return choose(high < notBelow, high, notBelow);
+        Floats const notBelow = low > value ? low : value;
+        return high < notBelow ? high : notBelow;
     }
 
 private:
-    Values low;
-    Values high;
+    Floats low;
+    Floats high;
 };
 
 // ---- Rows ----
@@ -519,6 +364,18 @@ REMAPCOLOR_INLINE PixelBlock loadBlock(Pixel const* pixels)
     auto const* const values = reinterpret_cast<float const*>(pixels);
     return {
         {load(values), load(values + lanes), load(values + 2 * lanes), load(values + 3 * lanes)}};
+}
+
+/// Pixels are fetched this far ahead: the processor does not see runs coming by itself.
+constexpr int prefetchDistance = 2 * runPixels;
+
+REMAPCOLOR_INLINE void prefetchBlock(Pixel const* pixels)
+{
+    constexpr int linePixels = 64 / sizeof(Pixel);
+#pragma GCC unroll 4
+    for (int pixel = 0; pixel < lanes; pixel += linePixels) {
+        __builtin_prefetch(pixels + pixel);
+    }
 }
 
 REMAPCOLOR_INLINE void storeBlock(PixelBlock const& block, Pixel* pixels)
@@ -539,74 +396,161 @@ REMAPCOLOR_INLINE void streamBlock(PixelBlock const& block, Pixel* pixels)
     }
 }
 
-/// Sends a row through transfer, curves and clamp, block by block.
-template <typename Transfer, typename Adjust, typename Limit>
-[[gnu::always_inline]] inline void processRow(Transfer const& transfer, Adjust const& adjust,
-                                              Limit const& limit, Pixel const* source,
-                                              RowTarget destination, std::size_t nbPixels)
+/// `result(block)` of the pixels of each of a run's vectors.
+template <typename Result>
+REMAPCOLOR_INLINE void writeRun(Pixel const* source, RowTarget destination, int nbVectors,
+                                Result const& result)
 {
-    auto const processBlock = [&](PixelBlock const& in) __attribute__((always_inline))
-    {
-        Values const transferred = transfer(takeColour(in));
-        Values const adjusted = adjust(transferred);
-        return withAlphaOf(in, limit(adjusted));
-    };
-
-    bool const isStreamed =
-        destination.isStreamed && reinterpret_cast<std::uintptr_t>(destination.pixels) % 64 == 0;
-    std::size_t pixel = 0;
-    for (; pixel + lanes <= nbPixels; pixel += lanes) {
-        PixelBlock const out = processBlock(loadBlock(source + pixel));
-        if (isStreamed) {
-            streamBlock(out, destination.pixels + pixel);
-        } else {
-            storeBlock(out, destination.pixels + pixel);
-        }
+    if (destination.isStreamed) {
+        forVectors(
+            nbVectors, [&](int at) __attribute__((always_inline)) {
+                streamBlock(result(loadBlock(source + at), at), destination.pixels + at);
+            });
+    } else {
+        forVectors(
+            nbVectors, [&](int at) __attribute__((always_inline)) {
+                storeBlock(result(loadBlock(source + at), at), destination.pixels + at);
+            });
     }
-    if (pixel < nbPixels) {
-        std::size_t const restBytes = (nbPixels - pixel) * sizeof(Pixel);
+}
+
+/// Sends a row through `processRun(source, destination, nbVectors)`, run by run.
+template <typename ProcessRun>
+REMAPCOLOR_INLINE void forRuns(Pixel const* source, RowTarget destination, std::size_t nbPixels,
+                               ProcessRun const& processRun)
+{
+    constexpr std::uintptr_t streamAlignment = 64;
+    bool const isStreamed =
+        destination.isStreamed &&
+        reinterpret_cast<std::uintptr_t>(destination.pixels) % streamAlignment == 0;
+    std::size_t const nbWhole = nbPixels - nbPixels % lanes;
+    for (std::size_t pixel = 0; pixel < nbWhole; pixel += runPixels) {
+        std::size_t const rest = nbWhole - pixel;
+        int const nbVectors = static_cast<int>(rest < runPixels ? rest : runPixels) / lanes;
+        processRun(source + pixel, RowTarget{destination.pixels + pixel, isStreamed}, nbVectors);
+    }
+    if (nbWhole < nbPixels) {
+        std::size_t const restBytes = (nbPixels - nbWhole) * sizeof(Pixel);
         Pixel block[lanes] = {};
-        std::memcpy(static_cast<void*>(block), source + pixel, restBytes);
-        storeBlock(processBlock(loadBlock(block)), block);
-        std::memcpy(static_cast<void*>(destination.pixels + pixel), block, restBytes);
+        std::memcpy(static_cast<void*>(block), source + nbWhole, restBytes);
+        processRun(block, RowTarget{block, false}, 1);
+        std::memcpy(static_cast<void*>(destination.pixels + nbWhole), block, restBytes);
     }
     if (isStreamed) {
         finishStreaming();
     }
 }
 
+/// What one channel's values go through.
+template <typename Transfer, typename Adjust, typename Limit>
+struct Steps {
+    Transfer transfer;
+    Adjust adjust;
+    Limit limit;
+};
+
+template <typename ChannelSteps>
+[[gnu::noinline]] void processRun(ChannelSteps const* steps, Pixel const* source,
+                                  RowTarget destination, int nbVectors)
+{
+    Values colour[nbChannels];
+    forVectors(
+        nbVectors, [&](int at) __attribute__((always_inline)) {
+            prefetchBlock(source + at + prefetchDistance);
+            Colours const taken = takeColour(loadBlock(source + at));
+            store(taken.vectors[0], colour[0].numbers + at);
+            store(taken.vectors[1], colour[1].numbers + at);
+            store(taken.vectors[2], colour[2].numbers + at);
+        });
+    for (int channel = 0; channel < nbChannels; ++channel) {
+        Values transferred;
+        steps[channel].transfer(colour[channel], transferred, nbVectors);
+        steps[channel].adjust(transferred, colour[channel], nbVectors);
+    }
+    writeRun(
+        source, destination,
+        nbVectors, [&](PixelBlock const& in, int at) __attribute__((always_inline)) {
+            return withAlphaOf(in, Colours{{steps[0].limit(load(colour[0].numbers + at)),
+                                            steps[1].limit(load(colour[1].numbers + at)),
+                                            steps[2].limit(load(colour[2].numbers + at))}});
+        });
+}
+
+/// Sends a row through the steps that `stepsOf(channel)` gives.
+template <typename StepsOf>
+void processRow(StepsOf const& stepsOf, Pixel const* source, RowTarget destination,
+                std::size_t nbPixels)
+{
+    decltype(stepsOf(0)) const steps[nbChannels] = {stepsOf(0), stepsOf(1), stepsOf(2)};
+    forRuns(source, destination, nbPixels, [&](Pixel const* from, RowTarget to, int nbVectors) {
+        processRun(steps, from, to, nbVectors);
+    });
+}
+
+/// Without powers and curves: all channels at once, as they stand in the row.
+template <typename Limit>
+void processLine(Levels const& levels, Pixel const* source, RowTarget destination,
+                 std::size_t nbPixels)
+{
+    Line const line(levels, InTurns());
+    Limit const limit(levels, InTurns());
+    auto const processBlock = [&](PixelBlock const& in, int) __attribute__((always_inline))
+    {
+        auto const process = [&](Floats value) __attribute__((always_inline))
+        {
+            return limit(line(value));
+        };
+        return withAlphaOf(in, PixelBlock{{process(in.vectors[0]), process(in.vectors[1]),
+                                           process(in.vectors[2]), process(in.vectors[3])}});
+    };
+    forRuns(source, destination, nbPixels, [&](Pixel const* from, RowTarget to, int nbVectors) {
+        writeRun(from, to, nbVectors, processBlock);
+    });
+}
+
 template <bool appliesPower, typename Limit>
 void processLevels(Levels const& levels, CurveTable const* curves, Pixel const* source,
                    RowTarget destination, std::size_t nbPixels)
 {
-    LevelsTransfer<appliesPower> const transfer(levels);
-    Limit const limit(&levels);
+    using Transfer = LevelsTransfer<appliesPower>;
+    auto const limitOf = [&](int channel) { return Limit(levels, OfChannel{channel}); };
     if (curves != nullptr) {
-        processRow(transfer, Curves(curves), limit, source, destination, nbPixels);
+        auto const stepsOf = [&](int channel) -> Steps<Transfer, Curve, Limit> {
+            return {Transfer(levels, channel), Curve(curves[channel]), limitOf(channel)};
+        };
+        processRow(stepsOf, source, destination, nbPixels);
+    } else if constexpr (appliesPower) {
+        auto const stepsOf = [&](int channel) -> Steps<Transfer, NoCurve, Limit> {
+            return {Transfer(levels, channel), NoCurve(), limitOf(channel)};
+        };
+        processRow(stepsOf, source, destination, nbPixels);
     } else {
-        processRow(transfer, NoCurves(curves), limit, source, destination, nbPixels);
+        processLine<Limit>(levels, source, destination, nbPixels);
     }
 }
 
 void processDisplay(Display const& display, CurveTable const* curves, Pixel const* source,
                     RowTarget destination, std::size_t nbPixels)
 {
-    DisplayTransfer const transfer(display);
-    NoClamp const limit(nullptr);
     if (curves != nullptr) {
-        processRow(transfer, Curves(curves), limit, source, destination, nbPixels);
+        auto const stepsOf = [&](int channel) -> Steps<DisplayTransfer, Curve, NoClamp> {
+            return {DisplayTransfer(display, channel), Curve(curves[channel]), NoClamp()};
+        };
+        processRow(stepsOf, source, destination, nbPixels);
     } else {
-        processRow(transfer, NoCurves(curves), limit, source, destination, nbPixels);
+        auto const stepsOf = [&](int channel) -> Steps<DisplayTransfer, NoCurve, NoClamp> {
+            return {DisplayTransfer(display, channel), NoCurve(), NoClamp()};
+        };
+        processRow(stepsOf, source, destination, nbPixels);
     }
 }
 
 void processCurves(CurveTable const* curves, Pixel* row, std::size_t nbPixels)
 {
-    auto const keep = [](Values const& value) __attribute__((always_inline))
-    {
-        return value;
+    auto const stepsOf = [&](int channel) -> Steps<NoTransfer, Curve, NoClamp> {
+        return {NoTransfer(), Curve(curves[channel]), NoClamp()};
     };
-    processRow(keep, Curves(curves), NoClamp(nullptr), row, {row, false}, nbPixels);
+    processRow(stepsOf, row, {row, false}, nbPixels);
 }
 
 } // namespace

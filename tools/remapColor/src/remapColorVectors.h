@@ -10,7 +10,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <type_traits>
 
 #if defined(__SSE2__)
 #include <immintrin.h>
@@ -31,6 +30,7 @@ using Ints = std::int32_t __attribute__((vector_size(lanes * 4)));
 using Words = std::uint32_t __attribute__((vector_size(lanes * 4)));
 using HalfFloats = float __attribute__((vector_size(lanes * 2)));
 using Doubles = double __attribute__((vector_size(lanes * 4))); ///< half as many lanes
+using LongWords = std::uint64_t __attribute__((vector_size(lanes * 4)));
 using Quad = float __attribute__((vector_size(16)));
 
 #define REMAPCOLOR_INLINE [[gnu::always_inline]] static inline
@@ -43,6 +43,30 @@ REMAPCOLOR_INLINE Floats load(float const* values)
 }
 
 REMAPCOLOR_INLINE void store(Floats stored, float* values)
+{
+    std::memcpy(values, &stored, sizeof(stored));
+}
+
+REMAPCOLOR_INLINE void store(Ints stored, std::int32_t* values)
+{
+    std::memcpy(values, &stored, sizeof(stored));
+}
+
+constexpr int doubleLanes = lanes / 2;
+
+REMAPCOLOR_INLINE Doubles load(double const* values)
+{
+    Doubles loaded;
+    std::memcpy(&loaded, values, sizeof(loaded));
+    return loaded;
+}
+
+REMAPCOLOR_INLINE void store(Doubles stored, double* values)
+{
+    std::memcpy(values, &stored, sizeof(stored));
+}
+
+REMAPCOLOR_INLINE void store(LongWords stored, std::uint64_t* values)
 {
     std::memcpy(values, &stored, sizeof(stored));
 }
@@ -90,6 +114,21 @@ REMAPCOLOR_INLINE bool any(Ints mask)
 REMAPCOLOR_INLINE Floats broadcast(float value)
 {
     return value - Floats{};
+}
+
+REMAPCOLOR_INLINE Words bitsOf(Floats values)
+{
+    return reinterpret_cast<Words>(values);
+}
+
+REMAPCOLOR_INLINE Floats valuesOf(Words bits)
+{
+    return reinterpret_cast<Floats>(bits);
+}
+
+REMAPCOLOR_INLINE Ints asInts(Words bits)
+{
+    return reinterpret_cast<Ints>(bits);
 }
 
 /// Truncated towards zero; within the range of an int.
@@ -191,29 +230,27 @@ REMAPCOLOR_INLINE Floats interleaveUpper(Floats a, Floats b)
 #endif
 }
 
-/// Calls `visit(lane, first, second)` for the lanes 0, 2, 4, ...: each even lane's number and its
-/// neighbour's. They leave the vector two at a time, which is sooner than by way of memory.
-template <typename Visit>
-REMAPCOLOR_INLINE void forLanePairs(Ints numbers, Visit const& visit)
+/// In every two lanes: the first ones of both.
+REMAPCOLOR_INLINE Doubles interleaveLower(Doubles a, Doubles b)
 {
-    using TwoWide = std::uint64_t __attribute__((vector_size(16)));
-    auto const visitQuad = [&](int firstLane, TwoWide quad) __attribute__((always_inline))
-    {
-        visit(firstLane, static_cast<std::uint32_t>(quad[0]), quad[0] >> 32);
-        visit(firstLane + 2, static_cast<std::uint32_t>(quad[1]), quad[1] >> 32);
-    };
 #if defined(__AVX512F__)
-    auto const all = reinterpret_cast<__m512i>(numbers);
-    visitQuad(0, reinterpret_cast<TwoWide>(_mm512_castsi512_si128(all)));
-    visitQuad(4, reinterpret_cast<TwoWide>(_mm512_extracti32x4_epi32(all, 1)));
-    visitQuad(8, reinterpret_cast<TwoWide>(_mm512_extracti32x4_epi32(all, 2)));
-    visitQuad(12, reinterpret_cast<TwoWide>(_mm512_extracti32x4_epi32(all, 3)));
+    return _mm512_unpacklo_pd(a, b);
 #elif defined(__AVX2__)
-    auto const all = reinterpret_cast<__m256i>(numbers);
-    visitQuad(0, reinterpret_cast<TwoWide>(_mm256_castsi256_si128(all)));
-    visitQuad(4, reinterpret_cast<TwoWide>(_mm256_extracti128_si256(all, 1)));
+    return _mm256_unpacklo_pd(a, b);
 #else
-    visitQuad(0, reinterpret_cast<TwoWide>(numbers));
+    return __builtin_shufflevector(a, b, 0, 2);
+#endif
+}
+
+/// In every two lanes: the second ones of both.
+REMAPCOLOR_INLINE Doubles interleaveUpper(Doubles a, Doubles b)
+{
+#if defined(__AVX512F__)
+    return _mm512_unpackhi_pd(a, b);
+#elif defined(__AVX2__)
+    return _mm256_unpackhi_pd(a, b);
+#else
+    return __builtin_shufflevector(a, b, 1, 3);
 #endif
 }
 
@@ -234,20 +271,51 @@ REMAPCOLOR_INLINE Quad twoPairs(float const* first, float const* second)
 #endif
 }
 
-/// Loads the pair of floats at `addressOf(lane, index)` for every lane.
-template <typename AddressOf>
-REMAPCOLOR_INLINE Neighbours loadNeighbours(Ints index, AddressOf const& addressOf)
+/// Lane by lane the pair of floats from `table[index]` on.
+REMAPCOLOR_INLINE Neighbours loadNeighbours(float const* table, std::int32_t const* index)
 {
     // Two pairs in a quad: lanes 0, 1 of each four in `even`, lanes 2, 3 in `odd`.
     Quad even[lanes / 4];
     Quad odd[lanes / 4];
-    forLanePairs(index, [&](int lane, std::size_t first, std::size_t second) {
-        Quad const pairs = twoPairs(addressOf(lane, first), addressOf(lane + 1, second));
-        (lane % 4 == 0 ? even : odd)[lane / 4] = pairs;
-    });
+#pragma GCC unroll 4
+    for (int quad = 0; quad < lanes / 4; ++quad) {
+        std::int32_t const* const of = index + 4 * quad;
+        even[quad] = twoPairs(table + of[0], table + of[1]);
+        odd[quad] = twoPairs(table + of[2], table + of[3]);
+    }
     Floats const a = join(even);
     Floats const b = join(odd);
     return {shuffle<0, 2, 0, 2>(a, b), shuffle<1, 3, 1, 3>(a, b)};
+}
+
+struct Rows {
+    Floats columns[4];
+};
+
+/// Lane by lane the four floats that begin `offset` bytes into the table: all first ones, all
+/// second ones ...
+template <typename Row>
+REMAPCOLOR_INLINE Rows loadRows(Row const* table, std::int32_t const* offset)
+{
+    static_assert(sizeof(Row) == sizeof(Quad));
+    auto const* const bytes = reinterpret_cast<char const*>(table);
+    Floats rows[4]; // of lanes 0, 4, 8 and 12 in the first, of 1, 5, 9 and 13 in the second ...
+#pragma GCC unroll 4
+    for (int row = 0; row < 4; ++row) {
+        Quad quads[lanes / 4];
+#pragma GCC unroll 4
+        for (int quad = 0; quad < lanes / 4; ++quad) {
+            std::memcpy(&quads[quad], bytes + offset[4 * quad + row], sizeof(Quad));
+        }
+        rows[row] = join(quads);
+    }
+    Floats const firstLower = interleaveLower(rows[0], rows[1]);
+    Floats const firstUpper = interleaveUpper(rows[0], rows[1]);
+    Floats const lastLower = interleaveLower(rows[2], rows[3]);
+    Floats const lastUpper = interleaveUpper(rows[2], rows[3]);
+    return {{shuffle<0, 1, 0, 1>(firstLower, lastLower), shuffle<2, 3, 2, 3>(firstLower, lastLower),
+             shuffle<0, 1, 0, 1>(firstUpper, lastUpper),
+             shuffle<2, 3, 2, 3>(firstUpper, lastUpper)}};
 }
 
 #if defined(__AVX2__)
@@ -265,50 +333,40 @@ REMAPCOLOR_INLINE Floats select(float const (&column)[16], Ints index)
 }
 #endif
 
-/// Lane by lane the pair of that index (0 to 31; higher bits do not count).
-REMAPCOLOR_INLINE Neighbours selectWhole(RemapColorPower::PreparedPower const& power, Ints index)
+#if defined(__AVX512F__)
+/// Lane by lane the number of that index (0 to 31; higher bits do not count).
+REMAPCOLOR_INLINE Floats select(float const (&column)[32], Ints index)
+{
+    return _mm512_permutex2var_ps(_mm512_load_ps(column), reinterpret_cast<__m512i>(index),
+                                  _mm512_load_ps(column + 16));
+}
+#endif
+
+/// Lane by lane the entry of a prepared power, from its place in bytes.
+REMAPCOLOR_INLINE RemapColorPower::PowerEntry<Floats>
+powerEntries(RemapColorPower::PreparedPower const& power, std::int32_t const* offset)
 {
 #if defined(__AVX512F__)
-    auto const column = [&](float const* numbers) {
-        return _mm512_permutex2var_ps(_mm512_load_ps(numbers), reinterpret_cast<__m512i>(index),
-                                      _mm512_load_ps(numbers + 16));
-    };
-    return {column(power.wholeColumns[0]), column(power.wholeColumns[1])};
+    auto const entry = reinterpret_cast<Ints>(_mm512_loadu_si512(offset)) >> 4;
+    Ints const whole = entry >> RemapColorPower::logIndexBits;
+    return RemapColorPower::makePowerEntry<Floats>(
+        select(power.wholeColumns[0], whole), select(power.wholeColumns[1], whole),
+        select(power.wholeColumns[2], whole), select(power.centreColumns[0], entry),
+        select(power.centreColumns[1], entry), select(power.centreColumns[2], entry));
 #else
-    return loadNeighbours(index & (RemapColorPower::PreparedPower::nbTablePowers - 1),
-                          [&](int, std::size_t entry) { return &power.wholeRows[entry].head; });
+    auto const [inverse, head, tail, sum] = loadRows(power.entries, offset).columns;
+    return {inverse, head, tail, sum};
 #endif
 }
 
-/// Lane by lane the entry of a table with centres: 1 / c and a number of c as a pair.
+/// Lane by lane the entry of the logarithm's table: 1 / c and a number of c as a pair.
 struct EntryVectors {
     Floats inverse;
     Floats head;
     Floats tail;
 };
 
-#if !defined(__AVX2__)
-/// Lane by lane the first three numbers of the row of that index (0 to 15; higher bits do not
-/// count).
-template <typename Row>
-REMAPCOLOR_INLINE EntryVectors loadRows(Row const* table, Ints index)
-{
-    Quad rows[lanes];
-    forLanePairs(index & (RemapColorPower::logEntries - 1),
-                 [&](int lane, std::size_t first, std::size_t second) {
-                     std::memcpy(&rows[lane], &table[first], sizeof(Quad));
-                     std::memcpy(&rows[lane + 1], &table[second], sizeof(Quad));
-                 });
-    Floats const firstLower = interleaveLower(rows[0], rows[1]);
-    Floats const firstUpper = interleaveUpper(rows[0], rows[1]);
-    Floats const lastLower = interleaveLower(rows[2], rows[3]);
-    Floats const lastUpper = interleaveUpper(rows[2], rows[3]);
-    return {shuffle<0, 1, 0, 1>(firstLower, lastLower), shuffle<2, 3, 2, 3>(firstLower, lastLower),
-            shuffle<0, 1, 0, 1>(firstUpper, lastUpper)};
-}
-#endif
-
-/// The entries of the logarithm's table.
+/// Higher bits of the index than an entry needs do not count.
 REMAPCOLOR_INLINE EntryVectors logEntries(Ints index)
 {
     auto const& table = RemapColorPower::logTable;
@@ -316,19 +374,33 @@ REMAPCOLOR_INLINE EntryVectors logEntries(Ints index)
     return {select(table.columns[0], index), select(table.columns[1], index),
             select(table.columns[2], index)};
 #else
-    return loadRows(table.rows, index);
+    std::int32_t offsets[lanes];
+    Ints const offset = (index & (RemapColorPower::logEntries - 1)) * std::int32_t{sizeof(Quad)};
+    std::memcpy(offsets, &offset, sizeof(offsets));
+    auto const [inverse, head, tail, unused] = loadRows(table.rows, offsets).columns;
+    return {inverse, head, tail};
 #endif
 }
 
-/// The centres of a prepared power.
-REMAPCOLOR_INLINE EntryVectors selectCentre(RemapColorPower::PreparedPower const& power, Ints index)
+struct KneeEntries {
+    Doubles inverse;
+    Doubles log;
+};
+
+/// The entries that begin `offset` bytes into the knee's table.
+REMAPCOLOR_INLINE KneeEntries kneeEntries(std::uint64_t const* offset)
 {
-#if defined(__AVX2__)
-    return {select(RemapColorPower::logTable.columns[0], index),
-            select(power.centreColumns[0], index), select(power.centreColumns[1], index)};
-#else
-    return loadRows(power.centreRows, index);
-#endif
+    auto const* const bytes = reinterpret_cast<char const*>(RemapColorPower::kneeTable.rows);
+    Quad even[lanes / 4]; // of lanes 0, 2, 4 and 6
+    Quad odd[lanes / 4];
+#pragma GCC unroll 4
+    for (int quad = 0; quad < lanes / 4; ++quad) {
+        std::memcpy(&even[quad], bytes + offset[2 * quad], sizeof(Quad));
+        std::memcpy(&odd[quad], bytes + offset[2 * quad + 1], sizeof(Quad));
+    }
+    auto const first = reinterpret_cast<Doubles>(join(even));
+    auto const second = reinterpret_cast<Doubles>(join(odd));
+    return {interleaveLower(first, second), interleaveUpper(first, second)};
 }
 
 /// The entries of the exponential's table, head and tail.
@@ -338,8 +410,10 @@ REMAPCOLOR_INLINE Neighbours expEntries(Ints index)
 #if defined(__AVX2__)
     return {select(table.columns[0], index), select(table.columns[1], index)};
 #else
-    return loadNeighbours(index & (RemapColorPower::expEntries - 1),
-                          [&](int, std::size_t entry) { return &table.rows[entry].head; });
+    std::int32_t places[lanes];
+    Ints const place = (index & (RemapColorPower::expEntries - 1)) << 1;
+    std::memcpy(places, &place, sizeof(places));
+    return loadNeighbours(&table.rows[0].head, places);
 #endif
 }
 
@@ -348,175 +422,10 @@ struct PixelBlock {
     Floats vectors[4];
 };
 
-/// The colour of as many pixels as there are lanes: red, green and blue. Arithmetic goes step by
-/// step over all three, so that a step's latency is filled by the other two's work.
-constexpr int nbColourVectors = 3;
-
-template <typename Vector>
+/// The colour of as many pixels as there are lanes: red, green and blue.
 struct Colours {
-    Vector vectors[nbColourVectors];
+    Floats vectors[3];
 };
-
-using Values = Colours<Floats>;
-using Masks = Colours<Ints>; ///< every lane 0 or all bits set
-using Bits = Colours<Words>;
-
-/// The operation on one vector after the other.
-template <typename Operation>
-REMAPCOLOR_INLINE auto forVectors(Operation const& operation)
-{
-    return Colours<decltype(operation(0))>{{operation(0), operation(1), operation(2)}};
-}
-
-/// The type of a vector's numbers.
-template <typename Vector>
-using Lane = std::decay_t<decltype(Vector()[0])>;
-
-#define REMAPCOLOR_OPERATOR(op)                                                                    \
-    template <typename Vector>                                                                     \
-    REMAPCOLOR_INLINE auto operator op(Colours<Vector> const& a, Colours<Vector> const& b)         \
-    {                                                                                              \
-        return forVectors([&](int v) { return a.vectors[v] op b.vectors[v]; });                    \
-    }                                                                                              \
-    template <typename Vector>                                                                     \
-    REMAPCOLOR_INLINE auto operator op(Colours<Vector> const& a, Lane<Vector> b)                   \
-    {                                                                                              \
-        return forVectors([&](int v) { return a.vectors[v] op b; });                               \
-    }                                                                                              \
-    template <typename Vector>                                                                     \
-    REMAPCOLOR_INLINE auto operator op(Lane<Vector> a, Colours<Vector> const& b)                   \
-    {                                                                                              \
-        return forVectors([&](int v) { return a op b.vectors[v]; });                               \
-    }
-
-REMAPCOLOR_OPERATOR(+)
-REMAPCOLOR_OPERATOR(-)
-REMAPCOLOR_OPERATOR(*)
-REMAPCOLOR_OPERATOR(/)
-REMAPCOLOR_OPERATOR(&)
-REMAPCOLOR_OPERATOR(|)
-REMAPCOLOR_OPERATOR(<<)
-REMAPCOLOR_OPERATOR(>>)
-REMAPCOLOR_OPERATOR(<)
-REMAPCOLOR_OPERATOR(>)
-REMAPCOLOR_OPERATOR(>=)
-REMAPCOLOR_OPERATOR(==)
-#undef REMAPCOLOR_OPERATOR
-
-template <typename Vector>
-REMAPCOLOR_INLINE auto operator~(Colours<Vector> const& a)
-{
-    return forVectors([&](int v) { return ~a.vectors[v]; });
-}
-
-REMAPCOLOR_INLINE Values choose(Masks const& mask, Values const& yes, Values const& no)
-{
-    return forVectors([&](int v) { return mask.vectors[v] ? yes.vectors[v] : no.vectors[v]; });
-}
-
-REMAPCOLOR_INLINE Values choose(Masks const& mask, Values const& yes, float no)
-{
-    return choose(mask, yes, forVectors([&](int) { return broadcast(no); }));
-}
-
-REMAPCOLOR_INLINE Values choose(Masks const& mask, float yes, Values const& no)
-{
-    return choose(mask, forVectors([&](int) { return broadcast(yes); }), no);
-}
-
-REMAPCOLOR_INLINE bool any(Masks const& mask)
-{
-    return any(mask.vectors[0] | mask.vectors[1] | mask.vectors[2]);
-}
-
-REMAPCOLOR_INLINE Bits bitsOf(Values const& values)
-{
-    return forVectors([&](int v) { return reinterpret_cast<Words>(values.vectors[v]); });
-}
-
-REMAPCOLOR_INLINE Values valuesOf(Bits const& bits)
-{
-    return forVectors([&](int v) { return reinterpret_cast<Floats>(bits.vectors[v]); });
-}
-
-REMAPCOLOR_INLINE Masks asInts(Bits const& bits)
-{
-    return forVectors([&](int v) { return reinterpret_cast<Ints>(bits.vectors[v]); });
-}
-
-REMAPCOLOR_INLINE Values toFloats(Masks const& ints)
-{
-    return forVectors([&](int v) { return toFloats(ints.vectors[v]); });
-}
-
-REMAPCOLOR_INLINE Masks toInts(Values const& values)
-{
-    return forVectors([&](int v) { return toInts(values.vectors[v]); });
-}
-
-REMAPCOLOR_INLINE Bits bitsOfInts(Masks const& ints)
-{
-    return forVectors([&](int v) { return reinterpret_cast<Words>(ints.vectors[v]); });
-}
-
-REMAPCOLOR_INLINE Values negated(Values const& values)
-{
-    return forVectors([&](int v) { return -values.vectors[v]; });
-}
-
-struct PairLanes {
-    Values head;
-    Values tail;
-};
-
-/// The pairs that `select(vector)` gives.
-template <typename Select>
-REMAPCOLOR_INLINE PairLanes forPairs(Select const& select)
-{
-    auto const pairs = forVectors(select);
-    return {forVectors([&](int v) { return pairs.vectors[v].first; }),
-            forVectors([&](int v) { return pairs.vectors[v].second; })};
-}
-
-struct EntryLanes {
-    Values inverse;
-    Values head;
-    Values tail;
-};
-
-/// The entries that `select(vector)` gives.
-template <typename Select>
-REMAPCOLOR_INLINE EntryLanes forEntries(Select const& select)
-{
-    auto const entries = forVectors(select);
-    return {forVectors([&](int v) { return entries.vectors[v].inverse; }),
-            forVectors([&](int v) { return entries.vectors[v].head; }),
-            forVectors([&](int v) { return entries.vectors[v].tail; })};
-}
-
-REMAPCOLOR_INLINE EntryLanes logEntries(Masks const& index)
-{
-    return forEntries([&](int v) { return logEntries(index.vectors[v]); });
-}
-
-REMAPCOLOR_INLINE PairLanes expEntries(Masks const& index)
-{
-    return forPairs([&](int v) { return expEntries(index.vectors[v]); });
-}
-
-/// Each channel's 2^(k e).
-REMAPCOLOR_INLINE PairLanes selectWhole(RemapColorPower::PreparedPower const* powers,
-                                        Masks const& index)
-{
-    return forPairs([&](int v) { return selectWhole(powers[v], index.vectors[v]); });
-}
-
-/// Each channel's c^e.
-REMAPCOLOR_INLINE EntryLanes selectCentre(RemapColorPower::PreparedPower const* powers,
-                                          Masks const& index)
-{
-    return forEntries([&](int v) { return selectCentre(powers[v], index.vectors[v]); });
-}
 
 /// Lanes that hold alpha in a block's vectors, all bits set.
 REMAPCOLOR_INLINE Ints alphaLanes()
@@ -529,7 +438,7 @@ REMAPCOLOR_INLINE Ints alphaLanes()
 }
 
 /// Red, green and blue of the block's pixels: quad q, lane v holds the pixel of vector v, quad q.
-REMAPCOLOR_INLINE Values takeColour(PixelBlock const& in)
+REMAPCOLOR_INLINE Colours takeColour(PixelBlock const& in)
 {
     auto const& [first, second, third, fourth] = in.vectors;
     Floats const redGreen01 = interleaveLower(first, second);
@@ -540,17 +449,24 @@ REMAPCOLOR_INLINE Values takeColour(PixelBlock const& in)
              shuffle<2, 3, 2, 3>(redGreen01, redGreen23), shuffle<0, 1, 0, 1>(blue01, blue23)}};
 }
 
-/// The block's colour with the alpha of `in`, whose bits stay as they are.
-REMAPCOLOR_INLINE PixelBlock withAlphaOf(PixelBlock const& in, Values const& colour)
+/// The block with the alpha of `in`, whose bits stay as they are.
+REMAPCOLOR_INLINE PixelBlock withAlphaOf(PixelBlock const& in, PixelBlock const& block)
+{
+    Ints const alpha = alphaLanes();
+    return {{alpha ? in.vectors[0] : block.vectors[0], alpha ? in.vectors[1] : block.vectors[1],
+             alpha ? in.vectors[2] : block.vectors[2], alpha ? in.vectors[3] : block.vectors[3]}};
+}
+
+/// The block's colour with the alpha of `in`.
+REMAPCOLOR_INLINE PixelBlock withAlphaOf(PixelBlock const& in, Colours const& colour)
 {
     auto const& [red, green, blue] = colour.vectors;
     Floats const redGreen01 = interleaveLower(red, green);
     Floats const redGreen23 = interleaveUpper(red, green);
-    Ints const alpha = alphaLanes();
-    return {{alpha ? in.vectors[0] : shuffle<0, 1, 0, 0>(redGreen01, blue),
-             alpha ? in.vectors[1] : shuffle<2, 3, 1, 1>(redGreen01, blue),
-             alpha ? in.vectors[2] : shuffle<0, 1, 2, 2>(redGreen23, blue),
-             alpha ? in.vectors[3] : shuffle<2, 3, 3, 3>(redGreen23, blue)}};
+    return withAlphaOf(
+        in,
+        PixelBlock{{shuffle<0, 1, 0, 0>(redGreen01, blue), shuffle<2, 3, 1, 1>(redGreen01, blue),
+                    shuffle<0, 1, 2, 2>(redGreen23, blue), shuffle<2, 3, 3, 3>(redGreen23, blue)}});
 }
 
 } // namespace RemapColorRowKernels::INSTRUCTION_SET
