@@ -135,18 +135,9 @@ PreparedPower::PreparedPower(float preparedExponent)
 {
 }
 
-void PreparedPower::makeTables()
+PowerTables::PowerTables(float exponent)
 {
-    hasTables = exponent >= smallestTableExponent && exponent <= largestTableExponent;
-    if (!hasTables) {
-        return;
-    }
     auto const e = static_cast<double>(exponent);
-    double coefficient = 1.0;
-    for (int term = 0; term < nbCoefficients; ++term) {
-        coefficient = coefficient * (e - term) / (term + 1);
-        coefficients[term] = static_cast<float>(coefficient);
-    }
     for (int power = smallestTablePower; power < smallestTablePower + nbTablePowers; ++power) {
         int const column = power & (nbTablePowers - 1);
         SplitPower const whole = splitPower(exp2(e * power));
@@ -161,13 +152,27 @@ void PreparedPower::makeTables()
         centreColumns[1][column] = centre.head;
         centreColumns[2][column] = centre.tail;
     }
-    for (int entry = 0; entry < nbEntries; ++entry) {
+    for (int entry = 0; entry < nbPowerEntries; ++entry) {
         int const whole = entry >> logIndexBits;
         int const centre = entry & (logEntries - 1);
         entries[entry] = makePowerEntry(wholeColumns[0][whole], wholeColumns[1][whole],
                                         wholeColumns[2][whole], centreColumns[0][centre],
                                         centreColumns[1][centre], centreColumns[2][centre]);
     }
+}
+
+void PreparedPower::makeTables()
+{
+    if (!(exponent >= smallestTableExponent && exponent <= largestTableExponent)) {
+        return;
+    }
+    double coefficient = 1.0;
+    for (int term = 0; term < nbCoefficients; ++term) {
+        coefficient = coefficient * (static_cast<double>(exponent) - term) / (term + 1);
+        coefficients[term] = static_cast<float>(coefficient);
+    }
+    owner = std::make_shared<PowerTables const>(exponent);
+    tables = owner.get();
 }
 
 } // namespace RemapColorPower

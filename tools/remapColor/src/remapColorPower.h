@@ -8,6 +8,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 namespace RemapColorPower {
 
@@ -243,6 +244,23 @@ makePowerEntry(Number wholeInverse, Number wholeHead, Number wholeTail, Number i
     return {wholeInverse * inverse, productHead, productTail, productHead + productTail};
 }
 
+constexpr int smallestTablePower = -16; ///< of 2
+constexpr int nbTablePowers = 32;
+constexpr int nbPowerEntries = nbTablePowers * logEntries;
+
+/// The powers of an exponent e at every 2^k c, k from `smallestTablePower` on.
+struct PowerTables {
+    explicit PowerTables(float exponent);
+
+    /// 2^-k, 2^(k e) by head and tail, at the last five bits of k. Heads have 12 bits, so that a
+    /// product of two is exact.
+    alignas(64) float wholeColumns[3][nbTablePowers];
+    /// 1 / c, c^e by head and tail.
+    alignas(64) float centreColumns[3][logEntries];
+    /// What the columns make of every k and c, for loading an entry at once.
+    alignas(64) PowerEntry<float> entries[nbPowerEntries];
+};
+
 /// An exponent e, prepared for the row kernels, which have two ways.
 ///
 /// By tables, for e in [-2, 5] and x = 2^k m with k in [-16, 15] and the centre c next to m:
@@ -253,33 +271,22 @@ struct PreparedPower {
     PreparedPower() = default;
     explicit PreparedPower(float exponent);
 
-    /// Fills the tables, if the exponent has them; without, its powers go the other way.
+    /// Makes the tables, if the exponent has them; without, its powers go the other way.
     void makeTables();
 
     static constexpr float smallestTableExponent = -2.0F;
     static constexpr float largestTableExponent = 5.0F;
-    static constexpr int smallestTablePower = -16; ///< of 2
-    static constexpr int nbTablePowers = 32;
-    static constexpr int nbEntries = nbTablePowers * logEntries;
     /// Beyond this the kernels' logarithm is not exact enough for the last bit of a power.
     static constexpr float largestLogExponent = 8.0F;
     static constexpr int nbCoefficients = 5;
 
     float exponent = 1.0F;
-    float ofZero = 0.0F;    ///< 0^exponent
-    bool hasTables = false; ///< filled
+    float ofZero = 0.0F; ///< 0^exponent
     bool suitsLog = false;
     LogMultiplier logMultiplier;
-
-    float coefficients[nbCoefficients] = {}; ///< of r, r^2, ... in (1 + r)^e
-
-    /// 2^-k, 2^(k e) by head and tail, at the last five bits of k. Heads have 12 bits, so that a
-    /// product of two is exact.
-    alignas(64) float wholeColumns[3][nbTablePowers] = {};
-    /// 1 / c, c^e by head and tail.
-    alignas(64) float centreColumns[3][logEntries] = {};
-    /// What the columns make of every k and c, for loading an entry at once.
-    alignas(64) PowerEntry<float> entries[nbEntries] = {};
+    float coefficients[nbCoefficients] = {};  ///< of r, r^2, ... in (1 + r)^e
+    PowerTables const* tables = nullptr;      ///< null before they are made
+    std::shared_ptr<PowerTables const> owner; ///< of the tables, which copies share
 };
 
 extern LogTable const logTable;

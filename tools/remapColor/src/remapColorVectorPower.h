@@ -7,24 +7,6 @@ namespace RemapColorRowKernels::INSTRUCTION_SET {
 
 namespace {
 
-constexpr int runPixels = 64;
-
-/// One number for each pixel of a run.
-template <typename Number>
-struct Plane {
-    alignas(64) Number numbers[runPixels];
-};
-using Values = Plane<float>;
-
-/// Goes over a run's vectors; `step(first)` gets the number of a vector's first lane.
-template <typename Step>
-REMAPCOLOR_INLINE void forVectors(int nbVectors, Step const& step)
-{
-    for (int vector = 0; vector < nbVectors; ++vector) {
-        step(vector * lanes);
-    }
-}
-
 struct LaneLists {
     float values[lanes];
     float inputs[lanes];
@@ -68,9 +50,8 @@ constexpr std::uint32_t centreMask = ~((1U << logIntervalBits) - 1);
 /// x = 2^k m, with m near the centre c of a table's entry.
 struct SplitFloat {
     Ints k;
-    Words exponentBits; ///< k as in a float's bits
-    Ints entry;         ///< in its last four bits
-    Floats fromCentre;  ///< m - c
+    Ints entry;        ///< in its last four bits
+    Floats fromCentre; ///< m - c
 };
 
 /// Of normal, positive, finite x; k of any other is far from 0.
@@ -83,7 +64,7 @@ REMAPCOLOR_INLINE SplitFloat split(Floats x)
     Words const exponentBits = fromFirst & exponentMask;
     Floats const m = valuesOf(bits - exponentBits);
     Floats const c = valuesOf((rounded - exponentBits) & centreMask);
-    return {asInts(fromFirst) >> 23, exponentBits, asInts(fromFirst >> logIntervalBits), m - c};
+    return {asInts(fromFirst) >> 23, asInts(fromFirst >> logIntervalBits), m - c};
 }
 
 /// log2(x) = head + (r + small) log2(e), the head of 16 bits.
@@ -189,7 +170,7 @@ public:
     [[gnu::always_inline]] void operator()(Values const& x, Values& result, int nbVectors,
                                            Finish const& finish) const
     {
-        if (!prepared.hasTables) {
+        if (prepared.tables == nullptr) {
             raiseByLogarithm(x, result, nbVectors, finish);
             return;
         }
@@ -213,10 +194,10 @@ private:
     {
         constexpr int mantissaBits = 23;
         constexpr int reachedBits = mantissaBits + 5;
-        static_assert(1 << (reachedBits - mantissaBits) == PreparedPower::nbTablePowers);
+        static_assert(1 << (reachedBits - mantissaBits) == RemapColorPower::nbTablePowers);
         constexpr std::uint32_t smallest =
             firstLogCentre +
-            (static_cast<std::uint32_t>(PreparedPower::smallestTablePower) << mantissaBits);
+            (static_cast<std::uint32_t>(RemapColorPower::smallestTablePower) << mantissaBits);
         return bitsOf(x) == 0U ? Words{} : (rounded - smallest) >> reachedBits;
     }
 
@@ -224,8 +205,8 @@ private:
     [[gnu::always_inline]] static bool findPlaces(Values const& x, Places& places, int nbVectors)
     {
         constexpr int entryBits = 4;
-        constexpr std::uint32_t lastPlace = (PreparedPower::nbEntries - 1) << entryBits;
-        static_assert(sizeof(PreparedPower::entries[0]) == 1 << entryBits);
+        constexpr std::uint32_t lastPlace = (RemapColorPower::nbPowerEntries - 1) << entryBits;
+        static_assert(sizeof(RemapColorPower::PowerEntry<float>) == 1 << entryBits);
         Words beyond{};
         forVectors(
             nbVectors, [&](int at) __attribute__((always_inline)) {
@@ -245,6 +226,7 @@ private:
     [[gnu::always_inline]] void raise(Values const& x, Places const& places, Values& result,
                                       int nbVectors, Finish const& finish) const
     {
+        RemapColorPower::PowerTables const& tables = *prepared.tables;
         Floats const ofZero = broadcast(prepared.ofZero);
         auto const coefficient = [this](int term) __attribute__((always_inline))
         {
@@ -258,7 +240,7 @@ private:
         forVectors(
             nbVectors, [&](int at) __attribute__((always_inline)) {
                 Floats const value = load(x.numbers + at);
-                auto const entry = powerEntries(prepared, places.bytes.numbers + at);
+                auto const entry = powerEntries(tables, places.bytes.numbers + at);
                 Floats const r = load(places.fromCentre.numbers + at) * entry.inverse;
                 // ((1 + r)^exponent - 1) / r, in an order that leaves little to wait for
                 Floats const r2 = r * r;

@@ -342,19 +342,19 @@ REMAPCOLOR_INLINE Floats select(float const (&column)[32], Ints index)
 }
 #endif
 
-/// Lane by lane the entry of a prepared power, from its place in bytes.
+/// Lane by lane the entry of the power's tables, from its place in bytes.
 REMAPCOLOR_INLINE RemapColorPower::PowerEntry<Floats>
-powerEntries(RemapColorPower::PreparedPower const& power, std::int32_t const* offset)
+powerEntries(RemapColorPower::PowerTables const& tables, std::int32_t const* offset)
 {
 #if defined(__AVX512F__)
     auto const entry = reinterpret_cast<Ints>(_mm512_loadu_si512(offset)) >> 4;
     Ints const whole = entry >> RemapColorPower::logIndexBits;
     return RemapColorPower::makePowerEntry<Floats>(
-        select(power.wholeColumns[0], whole), select(power.wholeColumns[1], whole),
-        select(power.wholeColumns[2], whole), select(power.centreColumns[0], entry),
-        select(power.centreColumns[1], entry), select(power.centreColumns[2], entry));
+        select(tables.wholeColumns[0], whole), select(tables.wholeColumns[1], whole),
+        select(tables.wholeColumns[2], whole), select(tables.centreColumns[0], entry),
+        select(tables.centreColumns[1], entry), select(tables.centreColumns[2], entry));
 #else
-    auto const [inverse, head, tail, sum] = loadRows(power.entries, offset).columns;
+    auto const [inverse, head, tail, sum] = loadRows(tables.entries, offset).columns;
     return {inverse, head, tail, sum};
 #endif
 }
@@ -467,6 +467,25 @@ REMAPCOLOR_INLINE PixelBlock withAlphaOf(PixelBlock const& in, Colours const& co
         in,
         PixelBlock{{shuffle<0, 1, 0, 0>(redGreen01, blue), shuffle<2, 3, 1, 1>(redGreen01, blue),
                     shuffle<0, 1, 2, 2>(redGreen23, blue), shuffle<2, 3, 3, 3>(redGreen23, blue)}});
+}
+
+/// As many pixels as a step of the arithmetic goes over before the next one begins.
+constexpr int runPixels = 64;
+
+/// One number for each pixel of a run.
+template <typename Number>
+struct Plane {
+    alignas(64) Number numbers[runPixels];
+};
+using Values = Plane<float>;
+
+/// Goes over a run's vectors; `step(first)` gets the number of a vector's first lane.
+template <typename Step>
+REMAPCOLOR_INLINE void forVectors(int nbVectors, Step const& step)
+{
+    for (int vector = 0; vector < nbVectors; ++vector) {
+        step(vector * lanes);
+    }
 }
 
 } // namespace RemapColorRowKernels::INSTRUCTION_SET
