@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -33,12 +34,13 @@ struct Look {
         constexpr float exponents[] = {1 / 2.2F, 3.0F, -1.0F, 7.9F, 40.0F, 1e-39F, 0.0F, 8.5e37F};
         for (int channel = 0; channel < nbChannels; ++channel) {
             levels.scale[channel] = between(0.2F, 3);
-            levels.offset[channel] = between(-0.5F, 0.5F);
+            levels.offset[channel] = seed % 4 == 1 ? 0.0F : between(-0.5F, 0.5F);
             levels.clampRange[channel] = {between(0, 0.6F), between(0.4F, 1)};
             display.defog[channel] = between(0, 0.01F);
             display.exposureFactor[channel] = between(0.5F, 20);
             display.kneeLow[channel] = between(0.2F, 2);
-            display.kneeFactor[channel] = std::exp2(between(-31, 3));
+            // Beyond 2^-60 the vectors' logarithm is not used.
+            display.kneeFactor[channel] = std::exp2(seed % 8 == 0 ? -70.0F : between(-31, 3));
             RemapColorPower::PreparedPower power(exponents[random() % std::size(exponents)]);
             power.makeTables();
             levels.invGamma[channel] = display.invGamma[channel] = power;
@@ -59,17 +61,18 @@ struct Look {
     CurveTable curves[nbChannels];
 };
 
-template <auto member>
+template <auto member, bool hasCurves>
 void runLevels(KernelSet const& set, Look const& look, Pixel const* source, RowTarget target,
                std::size_t nbPixels)
 {
-    (set.*member)(look.levels, look.curves, source, target, nbPixels);
+    (set.*member)(look.levels, hasCurves ? look.curves : nullptr, source, target, nbPixels);
 }
 
+template <bool hasCurves>
 void runDisplay(KernelSet const& set, Look const& look, Pixel const* source, RowTarget target,
                 std::size_t nbPixels)
 {
-    set.display(look.display, look.curves, source, target, nbPixels);
+    set.display(look.display, hasCurves ? look.curves : nullptr, source, target, nbPixels);
 }
 
 void runCurves(KernelSet const& set, Look const& look, Pixel const* source, RowTarget target,
@@ -79,11 +82,16 @@ void runCurves(KernelSet const& set, Look const& look, Pixel const* source, RowT
     set.curves(look.curves, target.pixels, nbPixels);
 }
 
-constexpr Look::Kernel allKernels[] = {&runLevels<&KernelSet::line>,
-                                       &runLevels<&KernelSet::linePower>,
-                                       &runLevels<&KernelSet::lineClamp>,
-                                       &runLevels<&KernelSet::linePowerClamp>,
-                                       &runDisplay,
+constexpr Look::Kernel allKernels[] = {&runLevels<&KernelSet::line, true>,
+                                       &runLevels<&KernelSet::line, false>,
+                                       &runLevels<&KernelSet::linePower, true>,
+                                       &runLevels<&KernelSet::linePower, false>,
+                                       &runLevels<&KernelSet::lineClamp, true>,
+                                       &runLevels<&KernelSet::lineClamp, false>,
+                                       &runLevels<&KernelSet::linePowerClamp, true>,
+                                       &runLevels<&KernelSet::linePowerClamp, false>,
+                                       &runDisplay<true>,
+                                       &runDisplay<false>,
                                        &runCurves};
 
 std::vector<InInstructionSet> availableSets()
@@ -103,6 +111,10 @@ Pixels const& oddPixels()
         }
         for (reference::Pixel const& pixel : reference::randomPixels(500, 1)) {
             odd.push_back({pixel.r, pixel.g, pixel.b, pixel.a});
+        }
+        for (int pixel = 0; pixel < 300; ++pixel) { // long enough for rows without odd values
+            float const share = static_cast<float>(pixel) / 300;
+            odd.push_back({0.1F + 0.2F * share, 0.3F - 0.2F * share, 0.2F, share});
         }
         return odd;
     }();
@@ -125,9 +137,59 @@ Pixels runSingly(Look::Kernel kernel, Look const& look)
     return results;
 }
 
+constexpr std::uint32_t nbLooks = 40;
+
+/// The kernels' ways that a value goes.
+enum Way {
+    Tables,
+    Logarithm,
+    Exact,
+    Zero,
+    Negative,
+    Below,
+    Above,
+    Inside,
+    Knee,
+    ExactKnee,
+    nbWays
+};
+
+void addWays(std::set<Way>& ways, Look const& look, int channel, float value)
+{
+    float const line = value * look.levels.scale[channel] + look.levels.offset[channel];
+    RemapColorPower::PreparedPower const& power = look.levels.invGamma[channel];
+    bool const isInTables = std::fabs(line) > 0x1p-16F && std::fabs(line) < 0x1p15F;
+    ways.insert(power.tables != nullptr && isInTables   ? Tables
+                : power.suitsLog && std::isnormal(line) ? Logarithm
+                                                        : Exact);
+    CurveTable const& curve = look.curves[channel];
+    float const position = line * curve.scale + curve.offset;
+    ways.insert(position < 0 ? Below : position > curve.lastPosition ? Above : Inside);
+    if (line == 0 || line < 0) {
+        ways.insert(line < 0 ? Negative : Zero);
+    }
+    if (value * look.display.exposureFactor[channel] > look.display.kneeLow[channel] + 1) {
+        ways.insert(look.display.kneeFactor[channel] < 0x1p-60F ? ExactKnee : Knee);
+    }
+}
+
+TEST(RowKernelsTest, LooksAndPixelsTakeEveryWay)
+{
+    std::set<Way> ways;
+    for (std::uint32_t seed = 0; seed < nbLooks; ++seed) {
+        Look const look(seed);
+        for (Pixel const& pixel : oddPixels()) {
+            addWays(ways, look, 0, pixel.red);
+            addWays(ways, look, 1, pixel.green);
+            addWays(ways, look, 2, pixel.blue);
+        }
+    }
+    EXPECT_EQ(ways.size(), nbWays);
+}
+
 TEST(RowKernelsTest, EverySetGivesTheBitsOfSinglePixels)
 {
-    for (std::uint32_t seed = 0; seed < 40; ++seed) {
+    for (std::uint32_t seed = 0; seed < nbLooks; ++seed) {
         Look const look(seed);
         for (Look::Kernel const kernel : allKernels) {
             Pixels const expected = runSingly(kernel, look);
