@@ -366,15 +366,16 @@ REMAPCOLOR_INLINE PixelBlock loadBlock(Pixel const* pixels)
         {load(values), load(values + lanes), load(values + 2 * lanes), load(values + 3 * lanes)}};
 }
 
-/// Pixels are fetched this far ahead: the processor does not see runs coming by itself.
-constexpr int prefetchDistance = 2 * runPixels;
-
-REMAPCOLOR_INLINE void prefetchBlock(Pixel const* pixels)
+/// Asks for the source of the block that is so many runs ahead; the processor by itself does not
+/// look beyond a page. A whole number, because the row may end before.
+REMAPCOLOR_INLINE void prefetchBlock(Pixel const* pixels, int runsAhead)
 {
-    constexpr int linePixels = 64 / sizeof(Pixel);
+    constexpr int lineBytes = 64;
+    std::uintptr_t const block = reinterpret_cast<std::uintptr_t>(pixels) +
+                                 static_cast<std::uintptr_t>(runsAhead) * runPixels * sizeof(Pixel);
 #pragma GCC unroll 4
-    for (int pixel = 0; pixel < lanes; pixel += linePixels) {
-        __builtin_prefetch(pixels + pixel);
+    for (int byte = 0; byte < lanes * static_cast<int>(sizeof(Pixel)); byte += lineBytes) {
+        __builtin_prefetch(reinterpret_cast<void const*>(block + static_cast<unsigned>(byte)));
     }
 }
 
@@ -396,20 +397,19 @@ REMAPCOLOR_INLINE void streamBlock(PixelBlock const& block, Pixel* pixels)
     }
 }
 
-/// `result(block)` of the pixels of each of a run's vectors.
+/// Writes `result(at)`, the block of each of a run's vectors.
 template <typename Result>
-REMAPCOLOR_INLINE void writeRun(Pixel const* source, RowTarget destination, int nbVectors,
-                                Result const& result)
+REMAPCOLOR_INLINE void writeRun(RowTarget destination, int nbVectors, Result const& result)
 {
     if (destination.isStreamed) {
         forVectors(
             nbVectors, [&](int at) __attribute__((always_inline)) {
-                streamBlock(result(loadBlock(source + at), at), destination.pixels + at);
+                streamBlock(result(at), destination.pixels + at);
             });
     } else {
         forVectors(
             nbVectors, [&](int at) __attribute__((always_inline)) {
-                storeBlock(result(loadBlock(source + at), at), destination.pixels + at);
+                storeBlock(result(at), destination.pixels + at);
             });
     }
 }
@@ -456,7 +456,7 @@ template <typename ChannelSteps>
     Values colour[nbChannels];
     forVectors(
         nbVectors, [&](int at) __attribute__((always_inline)) {
-            prefetchBlock(source + at + prefetchDistance);
+            prefetchBlock(source + at, 2);
             Colours const taken = takeColour(loadBlock(source + at));
             store(taken.vectors[0], colour[0].numbers + at);
             store(taken.vectors[1], colour[1].numbers + at);
@@ -468,11 +468,11 @@ template <typename ChannelSteps>
         steps[channel].adjust(transferred, colour[channel], nbVectors);
     }
     writeRun(
-        source, destination,
-        nbVectors, [&](PixelBlock const& in, int at) __attribute__((always_inline)) {
-            return withAlphaOf(in, Colours{{steps[0].limit(load(colour[0].numbers + at)),
-                                            steps[1].limit(load(colour[1].numbers + at)),
-                                            steps[2].limit(load(colour[2].numbers + at))}});
+        destination, nbVectors, [&](int at) __attribute__((always_inline)) {
+            return withAlphaOf(loadBlock(source + at),
+                               Colours{{steps[0].limit(load(colour[0].numbers + at)),
+                                        steps[1].limit(load(colour[1].numbers + at)),
+                                        steps[2].limit(load(colour[2].numbers + at))}});
         });
 }
 
@@ -494,17 +494,19 @@ void processLine(Levels const& levels, Pixel const* source, RowTarget destinatio
 {
     Line const line(levels, InTurns());
     Limit const limit(levels, InTurns());
-    auto const processBlock = [&](PixelBlock const& in, int) __attribute__((always_inline))
+    auto const process = [&](Floats value) __attribute__((always_inline))
     {
-        auto const process = [&](Floats value) __attribute__((always_inline))
-        {
-            return limit(line(value));
-        };
-        return withAlphaOf(in, PixelBlock{{process(in.vectors[0]), process(in.vectors[1]),
-                                           process(in.vectors[2]), process(in.vectors[3])}});
+        return limit(line(value));
     };
     forRuns(source, destination, nbPixels, [&](Pixel const* from, RowTarget to, int nbVectors) {
-        writeRun(from, to, nbVectors, processBlock);
+        writeRun(
+            to, nbVectors, [&](int at) __attribute__((always_inline)) {
+                prefetchBlock(from + at, 1);
+                PixelBlock const in = loadBlock(from + at);
+                return withAlphaOf(in,
+                                   PixelBlock{{process(in.vectors[0]), process(in.vectors[1]),
+                                               process(in.vectors[2]), process(in.vectors[3])}});
+            });
     });
 }
 
