@@ -42,13 +42,10 @@ REMAPCOLOR_INLINE Floats load(float const* values)
     return loaded;
 }
 
-REMAPCOLOR_INLINE void store(Floats stored, float* values)
+template <typename Vector, typename Number>
+REMAPCOLOR_INLINE void store(Vector const& stored, Number* values)
 {
-    std::memcpy(values, &stored, sizeof(stored));
-}
-
-REMAPCOLOR_INLINE void store(Ints stored, std::int32_t* values)
-{
+    static_assert(sizeof(stored[0]) == sizeof(Number));
     std::memcpy(values, &stored, sizeof(stored));
 }
 
@@ -59,16 +56,6 @@ REMAPCOLOR_INLINE Doubles load(double const* values)
     Doubles loaded;
     std::memcpy(&loaded, values, sizeof(loaded));
     return loaded;
-}
-
-REMAPCOLOR_INLINE void store(Doubles stored, double* values)
-{
-    std::memcpy(values, &stored, sizeof(stored));
-}
-
-REMAPCOLOR_INLINE void store(LongWords stored, std::uint64_t* values)
-{
-    std::memcpy(values, &stored, sizeof(stored));
 }
 
 /// Writes past the caches; `values` is aligned to the vector.
