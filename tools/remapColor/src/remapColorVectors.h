@@ -145,7 +145,7 @@ REMAPCOLOR_INLINE DoublePair toDoubles(Floats values)
 #elif defined(__SSE2__)
     return {_mm_cvtps_pd(values), _mm_cvtps_pd(_mm_movehl_ps(values, values))};
 #else
-    return {{values[0], values[1]}, {values[2], values[3]}};
+    return {Doubles{values[0], values[1]}, Doubles{values[2], values[3]}};
 #endif
 }
 
@@ -160,8 +160,8 @@ REMAPCOLOR_INLINE Floats toFloats(DoublePair values)
 #elif defined(__SSE2__)
     return _mm_movelh_ps(_mm_cvtpd_ps(values.low), _mm_cvtpd_ps(values.high));
 #else
-    return {static_cast<float>(values.low[0]), static_cast<float>(values.low[1]),
-            static_cast<float>(values.high[0]), static_cast<float>(values.high[1])};
+    return Floats{static_cast<float>(values.low[0]), static_cast<float>(values.low[1]),
+                  static_cast<float>(values.high[0]), static_cast<float>(values.high[1])};
 #endif
 }
 
@@ -254,7 +254,7 @@ REMAPCOLOR_INLINE Quad twoPairs(float const* first, float const* second)
     __m128i const low = _mm_loadl_epi64(reinterpret_cast<__m128i const*>(first));
     return _mm_loadh_pi(_mm_castsi128_ps(low), reinterpret_cast<__m64 const*>(second));
 #else
-    return {first[0], first[1], second[0], second[1]};
+    return Quad{first[0], first[1], second[0], second[1]};
 #endif
 }
 
