@@ -70,8 +70,11 @@ std::uint16_t floatToHalf(float value)
 
 std::uint8_t floatToByte(float value)
 {
-    float const notBelow = value > 0.0F ? value : 0.0F; // a NaN is not above 0
-    float const limited = notBelow < 1.0F ? notBelow : 1.0F;
+    // The limits by masks: the compiler makes branches of two conditions in a row.
+    std::uint32_t const isAbove0 = 0U - static_cast<std::uint32_t>(value > 0.0F); // no NaN is
+    std::uint32_t const isBelow1 = 0U - static_cast<std::uint32_t>(!(value >= 1.0F));
+    float const limited =
+        toFloat((toBits(value) & isAbove0 & isBelow1) | (toBits(1.0F) & ~isBelow1));
     // At 2^23 a float's last bit is worth 1: the addition rounds to the nearest integer.
     constexpr float rounder = 8388608.0F;
     return static_cast<std::uint8_t>(toBits(limited * 255.0F + rounder));
@@ -113,7 +116,8 @@ void bytesToFloats(std::uint8_t const* bytes, float* floats, std::size_t count)
     }
 }
 
-void floatsToBytes(float const* floats, std::uint8_t* bytes, std::size_t count)
+void floatsToBytes(float const* __restrict floats, std::uint8_t* __restrict bytes,
+                   std::size_t count)
 {
     for (std::size_t sample = 0; sample < count; ++sample) {
         bytes[sample] = floatToByte(floats[sample]);
