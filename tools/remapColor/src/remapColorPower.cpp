@@ -171,8 +171,7 @@ void PreparedPower::makeTables()
         coefficient = coefficient * (static_cast<double>(exponent) - term) / (term + 1);
         coefficients[term] = static_cast<float>(coefficient);
     }
-    owner = std::make_shared<PowerTables const>(exponent);
-    tables = owner.get();
+    tables = makeShared<PowerTables const>(exponent);
 }
 
 } // namespace RemapColorPower

@@ -4,11 +4,13 @@
 // plain double arithmetic behind it. Basic IEEE operations only, so that every machine gives the
 // same bits; the math library's own functions may differ between processors.
 
+#include "base/RCBase.h"
+#include "base/RCShdPtr.h"
+
 #include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 
 namespace RemapColorPower {
 
@@ -248,8 +250,8 @@ constexpr int smallestTablePower = -16; ///< of 2
 constexpr int nbTablePowers = 32;
 constexpr int nbPowerEntries = nbTablePowers * logEntries;
 
-/// The powers of an exponent e at every 2^k c, k from `smallestTablePower` on.
-struct PowerTables {
+/// The powers of an exponent e at every 2^k c, k from `smallestTablePower` on. Immutable.
+struct PowerTables : RCBase<LkCounter<int>> {
     explicit PowerTables(float exponent);
 
     /// 2^-k, 2^(k e) by head and tail, at the last five bits of k. Heads have 12 bits, so that a
@@ -284,9 +286,8 @@ struct PreparedPower {
     float ofZero = 0.0F; ///< 0^exponent
     bool suitsLog = false;
     LogMultiplier logMultiplier;
-    float coefficients[nbCoefficients] = {};  ///< of r, r^2, ... in (1 + r)^e
-    PowerTables const* tables = nullptr;      ///< null before they are made
-    std::shared_ptr<PowerTables const> owner; ///< of the tables, which copies share
+    float coefficients[nbCoefficients] = {}; ///< of r, r^2, ... in (1 + r)^e
+    RCShdPtr<PowerTables const> tables;      ///< empty before they are made; copies share them
 };
 
 extern LogTable const logTable;

@@ -170,7 +170,7 @@ public:
     [[gnu::always_inline]] void operator()(Values const& x, Values& result, int nbVectors,
                                            Finish const& finish) const
     {
-        if (prepared.tables == nullptr) {
+        if (prepared.tables.isNull()) {
             raiseByLogarithm(x, result, nbVectors, finish);
             return;
         }
@@ -226,7 +226,7 @@ private:
     [[gnu::always_inline]] void raise(Values const& x, Places const& places, Values& result,
                                       int nbVectors, Finish const& finish) const
     {
-        RemapColorPower::PowerTables const& tables = *prepared.tables;
+        RemapColorPower::PowerTables const& tables = *prepared.tables.get();
         Floats const ofZero = broadcast(prepared.ofZero);
         auto const coefficient = [this](int term) __attribute__((always_inline))
         {

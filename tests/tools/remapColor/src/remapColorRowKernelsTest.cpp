@@ -159,7 +159,7 @@ void addWays(std::set<Way>& ways, Look const& look, int channel, float value)
     float const line = value * look.levels.scale[channel] + look.levels.offset[channel];
     RemapColorPower::PreparedPower const& power = look.levels.invGamma[channel];
     bool const isInTables = std::fabs(line) > 0x1p-16F && std::fabs(line) < 0x1p15F;
-    ways.insert(power.tables != nullptr && isInTables   ? Tables
+    ways.insert(power.tables && isInTables              ? Tables
                 : power.suitsLog && std::isnormal(line) ? Logarithm
                                                         : Exact);
     CurveTable const& curve = look.curves[channel];
