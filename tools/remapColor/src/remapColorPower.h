@@ -173,8 +173,8 @@ constexpr LogTable makeLogTable()
     return table;
 }
 
-// The table of the knee's logarithm: for m next to c = 1 + entry / 128, ln(m) = log + ln(m
-// inverse).
+// The table of the knee's logarithm. For m next to c = 1 + entry / 128:
+//   ln(m) = log + ln(m * inverse)
 
 constexpr int kneeIndexBits = 7;
 constexpr int kneeEntries = (1 << kneeIndexBits) + 1;

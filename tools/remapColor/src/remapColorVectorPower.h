@@ -33,7 +33,7 @@ REMAPCOLOR_INLINE Floats replaceLanes(Floats values, Ints mask, Floats inputs, E
     LaneLists lists;
     store(values, lists.values);
     store(inputs, lists.inputs);
-    std::memcpy(lists.mask, &mask, sizeof(lists.mask));
+    store(mask, lists.mask);
     recompute(lists, exact);
     return load(lists.values);
 }

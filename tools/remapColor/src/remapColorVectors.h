@@ -25,10 +25,11 @@ constexpr int lanes = 8;
 constexpr int lanes = 4;
 #endif
 
+constexpr int doubleLanes = lanes / 2;
+
 using Floats = float __attribute__((vector_size(lanes * 4)));
 using Ints = std::int32_t __attribute__((vector_size(lanes * 4)));
 using Words = std::uint32_t __attribute__((vector_size(lanes * 4)));
-using HalfFloats = float __attribute__((vector_size(lanes * 2)));
 using Doubles = double __attribute__((vector_size(lanes * 4))); ///< half as many lanes
 using LongWords = std::uint64_t __attribute__((vector_size(lanes * 4)));
 using Quad = float __attribute__((vector_size(16)));
@@ -48,8 +49,6 @@ REMAPCOLOR_INLINE void store(Vector const& stored, Number* values)
     static_assert(sizeof(stored[0]) == sizeof(Number));
     std::memcpy(values, &stored, sizeof(stored));
 }
-
-constexpr int doubleLanes = lanes / 2;
 
 REMAPCOLOR_INLINE Doubles load(double const* values)
 {
@@ -362,8 +361,7 @@ REMAPCOLOR_INLINE EntryVectors logEntries(Ints index)
             select(table.columns[2], index)};
 #else
     std::int32_t offsets[lanes];
-    Ints const offset = (index & (RemapColorPower::logEntries - 1)) * std::int32_t{sizeof(Quad)};
-    std::memcpy(offsets, &offset, sizeof(offsets));
+    store((index & (RemapColorPower::logEntries - 1)) * std::int32_t{sizeof(Quad)}, offsets);
     auto const [inverse, head, tail, unused] = loadRows(table.rows, offsets).columns;
     return {inverse, head, tail};
 #endif
@@ -398,8 +396,7 @@ REMAPCOLOR_INLINE Neighbours expEntries(Ints index)
     return {select(table.columns[0], index), select(table.columns[1], index)};
 #else
     std::int32_t places[lanes];
-    Ints const place = (index & (RemapColorPower::expEntries - 1)) << 1;
-    std::memcpy(places, &place, sizeof(places));
+    store((index & (RemapColorPower::expEntries - 1)) << 1, places);
     return loadNeighbours(&table.rows[0].head, places);
 #endif
 }
