@@ -1,8 +1,9 @@
 // The row kernels, compiled once for each instruction set (INSTRUCTION_SET is its name).
 //
-// A row is worked on in runs of pixels, a channel at a time. Each step of the arithmetic is a loop
-// over the run's vectors: loops are short, so that the processor has many vectors at work at once,
-// and a step's numbers stay in registers. Each step is rounded as the scalar step would be; nothing
+// A row is worked on in runs of pixels. Each step of the arithmetic is a loop over a channel's
+// vectors: loops are short, so that the processor has many vectors at work at once, and a step's
+// numbers stay in registers. Where a table is read, the places are found for all channels first:
+// then no step waits for the one before. Each step is rounded as the scalar step would be; nothing
 // depends on the neighbouring lanes. Functions of the standard library are kept out: their copies
 // for this instruction set might be taken for everybody's.
 
@@ -61,101 +62,60 @@ private:
     Floats offset;
 };
 
+// `begin` is what a transfer does to a vector as it is taken from the row, `finish` the rest for a
+// run. The result is in the colour that is returned: the first, which may be changed, or the other.
+
 struct NoTransfer {
-    [[gnu::always_inline]] void operator()(Values const& values, Values& result, int) const
-    {
-        result = values;
-    }
+    [[gnu::always_inline]] static Floats begin(int, Floats value) { return value; }
+    [[gnu::always_inline]] static Colour& finish(Colour& begun, Colour&) { return begun; }
 };
 
 /// value -> (value * scale + offset)^invGamma
 template <bool appliesPower>
 class LevelsTransfer {
 public:
-    LevelsTransfer(Levels const& levels, int channel)
-        : line(levels, OfChannel{channel}), invGamma(levels.invGamma[channel])
+    explicit LevelsTransfer(Levels const& levels)
+        : lines{Line(levels, OfChannel{0}), Line(levels, OfChannel{1}), Line(levels, OfChannel{2})},
+          invGamma(levels.invGamma)
     {
     }
 
-    [[gnu::always_inline]] void operator()(Values const& values, Values& result,
-                                           int nbVectors) const
+    [[gnu::always_inline]] Floats begin(int channel, Floats value) const
     {
-        Values onLine;
-        Values& target = appliesPower ? onLine : result;
-        forVectors(
-            nbVectors, [&](int at) __attribute__((always_inline)) {
-                store(line(load(values.numbers + at)), target.numbers + at);
-            });
+        return lines[channel](value);
+    }
+
+    [[gnu::always_inline]] Colour& finish(Colour& begun, Colour& raised) const
+    {
         if constexpr (appliesPower) {
             invGamma(
-                onLine, result, nbVectors,
-                [](Floats power) __attribute__((always_inline)) { return power; });
+                begun, raised, [](Floats power) __attribute__((always_inline)) { return power; });
+            return raised;
         }
+        return begun;
     }
 
 private:
-    Line line;
-    Power<Signed> invGamma;
+    Line lines[nbChannels];
+    Powers<Signed> invGamma;
 };
 
-/// value -> knee(max(value - defog, 0) * exposureFactor)^invGamma * displayScale / displayMaximum
-class DisplayTransfer {
+/// value -> kneeLow + log((value - kneeLow) * kneeFactor + 1) / kneeFactor above kneeLow, in double
+class Knee {
 public:
-    DisplayTransfer(Display const& display, int channel)
-        : defog(display.defog[channel]), exposureFactor(display.exposureFactor[channel]),
-          kneeLow(display.kneeLow[channel]), kneeFactor(display.kneeFactor[channel]),
-          wideFactor(static_cast<double>(kneeFactor)), reciprocal(1.0 / wideFactor),
-          invGamma(display.invGamma[channel])
+    Knee(Display const& display, int channel)
+        : kneeLow(display.kneeLow[channel]), kneeFactor(display.kneeFactor[channel]),
+          wideFactor(static_cast<double>(kneeFactor)), reciprocal(1.0 / wideFactor)
     {
     }
 
-    [[gnu::always_inline]] void operator()(Values const& values, Values& result,
-                                           int nbVectors) const
+    [[gnu::always_inline]] bool compresses(Values const& exposed) const
     {
-        Values exposed;
         Ints isCompressed{};
-        forVectors(
-            nbVectors, [&](int at) __attribute__((always_inline)) {
-                Floats const difference = load(values.numbers + at) - defog;
-                Floats const defogged = difference > 0.0F ? difference : 0.0F; // a NaN becomes 0
-                Floats const value = defogged * exposureFactor;
-                store(value, exposed.numbers + at);
-                isCompressed |= value > kneeLow;
-            });
-        if (any(isCompressed)) {
-            compress(exposed, nbVectors);
-        }
-        invGamma(
-            exposed, result, nbVectors, [](Floats power) __attribute__((always_inline)) {
-                return power * displayScale / displayMaximum;
-            });
-    }
-
-private:
-    /// value -> kneeLow + log((value - kneeLow) * kneeFactor + 1) / kneeFactor above kneeLow, in
-    /// double
-    [[gnu::always_inline]] void compress(Values& exposed, int nbVectors) const
-    {
-        if (!(kneeFactor > smallestFactor && kneeFactor < largestFactor)) [[unlikely]] {
-            compressSingly(exposed, nbVectors);
-            return;
-        }
-        SplitArguments arguments;
-        forVectors(
-            nbVectors, [&](int at) __attribute__((always_inline)) {
-                DoublePair const over = toDoubles(load(exposed.numbers + at) - kneeLow);
-                split(over.low * wideFactor + 1.0, arguments, at);
-                split(over.high * wideFactor + 1.0, arguments, at + doubleLanes);
-            });
-        forVectors(
-            nbVectors, [&](int at) __attribute__((always_inline)) {
-                Floats const value = load(exposed.numbers + at);
-                Floats const over = value - kneeLow;
-                Floats const knee =
-                    toFloats({scaledLog(arguments, at), scaledLog(arguments, at + doubleLanes)});
-                Floats const compressed = kneeLow + (over < infinity ? knee : over);
-                store(value > kneeLow ? compressed : value, exposed.numbers + at);
-            });
+        forVectors([&](int at) __attribute__((always_inline)) {
+            isCompressed |= load(exposed.numbers + at) > kneeLow;
+        });
+        return any(isCompressed);
     }
 
     /// u = 2^k m, with m in [1, 2)
@@ -165,6 +125,33 @@ private:
         Plane<std::uint64_t> place; ///< of the centre next to m, bytes in the table
     };
 
+    [[gnu::always_inline]] void findArguments(Values const& exposed,
+                                              SplitArguments& arguments) const
+    {
+        forVectors([&](int at) __attribute__((always_inline)) {
+            DoublePair const over = toDoubles(load(exposed.numbers + at) - kneeLow);
+            split(over.low * wideFactor + 1.0, arguments, at);
+            split(over.high * wideFactor + 1.0, arguments, at + doubleLanes);
+        });
+    }
+
+    [[gnu::always_inline]] void compress(Values& exposed, SplitArguments const& arguments) const
+    {
+        if (!(kneeFactor > smallestFactor && kneeFactor < largestFactor)) [[unlikely]] {
+            compressSingly(exposed);
+            return;
+        }
+        forVectors([&](int at) __attribute__((always_inline)) {
+            Floats const value = load(exposed.numbers + at);
+            Floats const over = value - kneeLow;
+            Floats const knee =
+                toFloats({scaledLog(arguments, at), scaledLog(arguments, at + doubleLanes)});
+            Floats const compressed = kneeLow + (over < infinity ? knee : over);
+            store(value > kneeLow ? compressed : value, exposed.numbers + at);
+        });
+    }
+
+private:
     /// Of u >= 1; others have places within the table too.
     [[gnu::always_inline]] static void split(Doubles u, SplitArguments& arguments, int at)
     {
@@ -201,9 +188,9 @@ private:
         return (load(arguments.k.numbers + at) * RemapColorPower::ln2 + log + small) * reciprocal;
     }
 
-    [[gnu::noinline, gnu::cold]] void compressSingly(Values& exposed, int nbVectors) const
+    [[gnu::noinline, gnu::cold]] void compressSingly(Values& exposed) const
     {
-        for (int pixel = 0; pixel < nbVectors * lanes; ++pixel) {
+        for (int pixel = 0; pixel < runPixels; ++pixel) {
             float& value = exposed.numbers[pixel];
             if (value > kneeLow) {
                 auto const over = static_cast<double>(value - kneeLow);
@@ -216,22 +203,64 @@ private:
     static constexpr float largestFactor = 0x1p60F;
     static constexpr float infinity = __builtin_inff();
 
-    float defog;
-    float exposureFactor;
     float kneeLow;
     float kneeFactor;
     double wideFactor;
     double reciprocal;
-    Power<Unsigned> invGamma;
+};
+
+/// value -> knee(max(value - defog, 0) * exposureFactor)^invGamma * displayScale / displayMaximum
+class DisplayTransfer {
+public:
+    explicit DisplayTransfer(Display const& of)
+        : display(of), knees{Knee(of, 0), Knee(of, 1), Knee(of, 2)}, invGamma(of.invGamma)
+    {
+    }
+
+    [[gnu::always_inline]] Floats begin(int channel, Floats value) const
+    {
+        Floats const difference = value - display.defog[channel];
+        Floats const defogged = difference > 0.0F ? difference : 0.0F; // a NaN becomes 0
+        return defogged * display.exposureFactor[channel];
+    }
+
+    [[gnu::always_inline]] Colour& finish(Colour& exposed, Colour& raised) const
+    {
+        compress(exposed);
+        invGamma(
+            exposed, raised, [](Floats power) __attribute__((always_inline)) {
+                return power * displayScale / displayMaximum;
+            });
+        return raised;
+    }
+
+private:
+    [[gnu::always_inline]] void compress(Colour& exposed) const
+    {
+        Knee::SplitArguments arguments[nbChannels];
+        bool areCompressed[nbChannels];
+        forChannels([&](int channel) __attribute__((always_inline)) {
+            areCompressed[channel] = knees[channel].compresses(exposed[channel]);
+            if (areCompressed[channel]) {
+                knees[channel].findArguments(exposed[channel], arguments[channel]);
+            }
+        });
+        forChannels([&](int channel) __attribute__((always_inline)) {
+            if (areCompressed[channel]) {
+                knees[channel].compress(exposed[channel], arguments[channel]);
+            }
+        });
+    }
+
+    Display const& display;
+    Knee knees[nbChannels];
+    Powers<Unsigned> invGamma;
 };
 
 // ---- Adjusted curves ----
 
-struct NoCurve {
-    [[gnu::always_inline]] void operator()(Values const& values, Values& adjusted, int) const
-    {
-        adjusted = values;
-    }
+struct NoCurves {
+    [[gnu::always_inline]] Colour& operator()(Colour& values, Colour&) const { return values; }
 };
 
 /// Maps values as ScanlineLut does.
@@ -239,59 +268,38 @@ class Curve {
 public:
     explicit Curve(CurveTable const& curveTable) : table(curveTable) {}
 
-    [[gnu::always_inline]] void operator()(Values const& values, Values& adjusted,
-                                           int nbVectors) const
-    {
-        Plane<std::int32_t> entries;
-        Values shares;
-        bool const areInside = findEntries(values, entries, shares, nbVectors);
-        interpolate(entries, shares, adjusted, nbVectors);
-        if (!areInside) {
-            extrapolate(values, adjusted, nbVectors);
-        }
-    }
-
-private:
-    [[gnu::always_inline]] Floats positionOf(Floats value) const
-    {
-        return table.scale * value + table.offset;
-    }
-
     /// The entries before the values, and how far the values are on the way to the next ones.
     /// Whether all are inside the table.
     [[gnu::always_inline]] bool findEntries(Values const& values, Plane<std::int32_t>& entries,
-                                            Values& shares, int nbVectors) const
+                                            Values& shares) const
     {
         Ints isOutside{};
-        forVectors(
-            nbVectors, [&](int at) __attribute__((always_inline)) {
-                Floats const position = positionOf(load(values.numbers + at));
-                Ints const isAbove = position > table.lastPosition;
-                Floats const notBelow = position > 0.0F ? position : 0.0F; // a NaN reads entry 0
-                Floats const valid = isAbove ? Floats{} : notBelow;
-                Ints const entry = toInts(valid);
-                store(entry, entries.numbers + at);
-                store(valid - toFloats(entry), shares.numbers + at);
-                isOutside |= isAbove | (0.0F > position);
-            });
+        forVectors([&](int at) __attribute__((always_inline)) {
+            Floats const position = positionOf(load(values.numbers + at));
+            Ints const isAbove = position > table.lastPosition;
+            Floats const notBelow = position > 0.0F ? position : 0.0F; // a NaN reads entry 0
+            Floats const valid = isAbove ? Floats{} : notBelow;
+            Ints const entry = toInts(valid);
+            store(entry, entries.numbers + at);
+            store(valid - toFloats(entry), shares.numbers + at);
+            isOutside |= isAbove | (0.0F > position);
+        });
         return !any(isOutside);
     }
 
     [[gnu::always_inline]] void interpolate(Plane<std::int32_t> const& entries,
-                                            Values const& shares, Values& adjusted,
-                                            int nbVectors) const
+                                            Values const& shares, Values& adjusted) const
     {
-        forVectors(
-            nbVectors, [&](int at) __attribute__((always_inline)) {
-                Neighbours const read = loadNeighbours(table.entries, entries.numbers + at);
-                Floats const share = load(shares.numbers + at);
-                store((1.0F - share) * read.first + share * read.second, adjusted.numbers + at);
-            });
+        forVectors([&](int at) __attribute__((always_inline)) {
+            Neighbours const read = loadNeighbours(table.entries, entries.numbers + at);
+            Floats const share = load(shares.numbers + at);
+            store((1.0F - share) * read.first + share * read.second, adjusted.numbers + at);
+        });
     }
 
     /// Below: keyY - (keyX - value) * slope. Above: keyY + (value - keyX) * slope. The difference
     /// in float, the rest in double.
-    [[gnu::noinline]] void extrapolate(Values const& values, Values& adjusted, int nbVectors) const
+    [[gnu::noinline]] void extrapolate(Values const& values, Values& adjusted) const
     {
         auto const along =
             [](EndLine const& line, Floats difference, float slope) __attribute__((always_inline))
@@ -302,7 +310,7 @@ private:
             auto const y = static_cast<double>(line.keyY);
             return toFloats(DoublePair{y + d.low * s, y + d.high * s});
         };
-        forVectors(nbVectors, [&](int at) {
+        forVectors([&](int at) {
             Floats const value = load(values.numbers + at);
             Floats const position = positionOf(value);
             Ints const isBelow = 0.0F > position;
@@ -318,7 +326,42 @@ private:
         });
     }
 
+private:
+    [[gnu::always_inline]] Floats positionOf(Floats value) const
+    {
+        return table.scale * value + table.offset;
+    }
+
     CurveTable const& table;
+};
+
+class Curves {
+public:
+    explicit Curves(CurveTable const* tables)
+        : channels{Curve(tables[0]), Curve(tables[1]), Curve(tables[2])}
+    {
+    }
+
+    [[gnu::always_inline]] Colour& operator()(Colour& values, Colour& adjusted) const
+    {
+        Plane<std::int32_t> entries[nbChannels];
+        Colour shares;
+        bool areInside[nbChannels];
+        forChannels([&](int channel) __attribute__((always_inline)) {
+            areInside[channel] =
+                channels[channel].findEntries(values[channel], entries[channel], shares[channel]);
+        });
+        forChannels([&](int channel) __attribute__((always_inline)) {
+            channels[channel].interpolate(entries[channel], shares[channel], adjusted[channel]);
+            if (!areInside[channel]) {
+                channels[channel].extrapolate(values[channel], adjusted[channel]);
+            }
+        });
+        return adjusted;
+    }
+
+private:
+    Curve channels[nbChannels];
 };
 
 // ---- Clamp ----
@@ -399,22 +442,21 @@ REMAPCOLOR_INLINE void streamBlock(PixelBlock const& block, Pixel* pixels)
 
 /// Writes `result(at)`, the block of each of a run's vectors.
 template <typename Result>
-REMAPCOLOR_INLINE void writeRun(RowTarget destination, int nbVectors, Result const& result)
+REMAPCOLOR_INLINE void writeRun(RowTarget destination, Result const& result)
 {
     if (destination.isStreamed) {
-        forVectors(
-            nbVectors, [&](int at) __attribute__((always_inline)) {
-                streamBlock(result(at), destination.pixels + at);
-            });
+        forVectors([&](int at) __attribute__((always_inline)) {
+            streamBlock(result(at), destination.pixels + at);
+        });
     } else {
-        forVectors(
-            nbVectors, [&](int at) __attribute__((always_inline)) {
-                storeBlock(result(at), destination.pixels + at);
-            });
+        forVectors([&](int at) __attribute__((always_inline)) {
+            storeBlock(result(at), destination.pixels + at);
+        });
     }
 }
 
-/// Sends a row through `processRun(source, destination, nbVectors)`, run by run.
+/// Sends a row through `processRun(source, destination)`, run by run; the last one may end in
+/// pixels that are not the row's.
 template <typename ProcessRun>
 REMAPCOLOR_INLINE void forRuns(Pixel const* source, RowTarget destination, std::size_t nbPixels,
                                ProcessRun const& processRun)
@@ -423,68 +465,62 @@ REMAPCOLOR_INLINE void forRuns(Pixel const* source, RowTarget destination, std::
     bool const isStreamed =
         destination.isStreamed &&
         reinterpret_cast<std::uintptr_t>(destination.pixels) % streamAlignment == 0;
-    std::size_t const nbWhole = nbPixels - nbPixels % lanes;
+    std::size_t const nbWhole = nbPixels - nbPixels % runPixels;
     for (std::size_t pixel = 0; pixel < nbWhole; pixel += runPixels) {
-        std::size_t const rest = nbWhole - pixel;
-        int const nbVectors = static_cast<int>(rest < runPixels ? rest : runPixels) / lanes;
-        processRun(source + pixel, RowTarget{destination.pixels + pixel, isStreamed}, nbVectors);
+        processRun(source + pixel, RowTarget{destination.pixels + pixel, isStreamed});
     }
     if (nbWhole < nbPixels) {
         std::size_t const restBytes = (nbPixels - nbWhole) * sizeof(Pixel);
-        Pixel block[lanes] = {};
-        std::memcpy(static_cast<void*>(block), source + nbWhole, restBytes);
-        processRun(block, RowTarget{block, false}, 1);
-        std::memcpy(static_cast<void*>(destination.pixels + nbWhole), block, restBytes);
+        Pixel run[runPixels] = {};
+        std::memcpy(static_cast<void*>(run), source + nbWhole, restBytes);
+        processRun(run, RowTarget{run, false});
+        std::memcpy(static_cast<void*>(destination.pixels + nbWhole), run, restBytes);
     }
     if (isStreamed) {
         finishStreaming();
     }
 }
 
-/// What one channel's values go through.
+/// What a row goes through.
 template <typename Transfer, typename Adjust, typename Limit>
 struct Steps {
     Transfer transfer;
     Adjust adjust;
-    Limit limit;
+    Limit limits[nbChannels];
 };
 
-template <typename ChannelSteps>
-[[gnu::noinline]] void processRun(ChannelSteps const* steps, Pixel const* source,
-                                  RowTarget destination, int nbVectors)
+template <typename RowSteps>
+[[gnu::noinline]] void processRun(RowSteps const& steps, Pixel const* source, RowTarget destination)
 {
-    Values colour[nbChannels];
-    forVectors(
-        nbVectors, [&](int at) __attribute__((always_inline)) {
-            prefetchBlock(source + at, 2);
-            Colours const taken = takeColour(loadBlock(source + at));
-            store(taken.vectors[0], colour[0].numbers + at);
-            store(taken.vectors[1], colour[1].numbers + at);
-            store(taken.vectors[2], colour[2].numbers + at);
-        });
-    for (int channel = 0; channel < nbChannels; ++channel) {
-        Values transferred;
-        steps[channel].transfer(colour[channel], transferred, nbVectors);
-        steps[channel].adjust(transferred, colour[channel], nbVectors);
-    }
+    Colour begun;
+    forVectors([&](int at) __attribute__((always_inline)) {
+        prefetchBlock(source + at, 2);
+        Colours const taken = takeColour(loadBlock(source + at));
+#pragma GCC unroll 3
+        for (int channel = 0; channel < nbChannels; ++channel) {
+            store(steps.transfer.begin(channel, taken.vectors[channel]),
+                  begun[channel].numbers + at);
+        }
+    });
+    Colour finished;
+    Colour& transferred = steps.transfer.finish(begun, finished);
+    Colour mapped;
+    Colour const& adjusted = steps.adjust(transferred, mapped);
     writeRun(
-        destination, nbVectors, [&](int at) __attribute__((always_inline)) {
+        destination, [&](int at) __attribute__((always_inline)) {
             return withAlphaOf(loadBlock(source + at),
-                               Colours{{steps[0].limit(load(colour[0].numbers + at)),
-                                        steps[1].limit(load(colour[1].numbers + at)),
-                                        steps[2].limit(load(colour[2].numbers + at))}});
+                               Colours{{steps.limits[0](load(adjusted[0].numbers + at)),
+                                        steps.limits[1](load(adjusted[1].numbers + at)),
+                                        steps.limits[2](load(adjusted[2].numbers + at))}});
         });
 }
 
-/// Sends a row through the steps that `stepsOf(channel)` gives.
-template <typename StepsOf>
-void processRow(StepsOf const& stepsOf, Pixel const* source, RowTarget destination,
+template <typename RowSteps>
+void processRow(RowSteps const& steps, Pixel const* source, RowTarget destination,
                 std::size_t nbPixels)
 {
-    decltype(stepsOf(0)) const steps[nbChannels] = {stepsOf(0), stepsOf(1), stepsOf(2)};
-    forRuns(source, destination, nbPixels, [&](Pixel const* from, RowTarget to, int nbVectors) {
-        processRun(steps, from, to, nbVectors);
-    });
+    forRuns(source, destination, nbPixels,
+            [&](Pixel const* from, RowTarget to) { processRun(steps, from, to); });
 }
 
 /// Without powers and curves: all channels at once, as they stand in the row.
@@ -498,9 +534,9 @@ void processLine(Levels const& levels, Pixel const* source, RowTarget destinatio
     {
         return limit(line(value));
     };
-    forRuns(source, destination, nbPixels, [&](Pixel const* from, RowTarget to, int nbVectors) {
+    forRuns(source, destination, nbPixels, [&](Pixel const* from, RowTarget to) {
         writeRun(
-            to, nbVectors, [&](int at) __attribute__((always_inline)) {
+            to, [&](int at) __attribute__((always_inline)) {
                 prefetchBlock(from + at, 1);
                 PixelBlock const in = loadBlock(from + at);
                 return withAlphaOf(in,
@@ -515,17 +551,18 @@ void processLevels(Levels const& levels, CurveTable const* curves, Pixel const* 
                    RowTarget destination, std::size_t nbPixels)
 {
     using Transfer = LevelsTransfer<appliesPower>;
-    auto const limitOf = [&](int channel) { return Limit(levels, OfChannel{channel}); };
+    auto const process = [&]<typename Adjust>(Adjust const& adjust) {
+        processRow(Steps<Transfer, Adjust, Limit>{Transfer(levels),
+                                                  adjust,
+                                                  {Limit(levels, OfChannel{0}),
+                                                   Limit(levels, OfChannel{1}),
+                                                   Limit(levels, OfChannel{2})}},
+                   source, destination, nbPixels);
+    };
     if (curves != nullptr) {
-        auto const stepsOf = [&](int channel) -> Steps<Transfer, Curve, Limit> {
-            return {Transfer(levels, channel), Curve(curves[channel]), limitOf(channel)};
-        };
-        processRow(stepsOf, source, destination, nbPixels);
+        process(Curves(curves));
     } else if constexpr (appliesPower) {
-        auto const stepsOf = [&](int channel) -> Steps<Transfer, NoCurve, Limit> {
-            return {Transfer(levels, channel), NoCurve(), limitOf(channel)};
-        };
-        processRow(stepsOf, source, destination, nbPixels);
+        process(NoCurves());
     } else {
         processLine<Limit>(levels, source, destination, nbPixels);
     }
@@ -535,24 +572,20 @@ void processDisplay(Display const& display, CurveTable const* curves, Pixel cons
                     RowTarget destination, std::size_t nbPixels)
 {
     if (curves != nullptr) {
-        auto const stepsOf = [&](int channel) -> Steps<DisplayTransfer, Curve, NoClamp> {
-            return {DisplayTransfer(display, channel), Curve(curves[channel]), NoClamp()};
-        };
-        processRow(stepsOf, source, destination, nbPixels);
+        processRow(
+            Steps<DisplayTransfer, Curves, NoClamp>{DisplayTransfer(display), Curves(curves), {}},
+            source, destination, nbPixels);
     } else {
-        auto const stepsOf = [&](int channel) -> Steps<DisplayTransfer, NoCurve, NoClamp> {
-            return {DisplayTransfer(display, channel), NoCurve(), NoClamp()};
-        };
-        processRow(stepsOf, source, destination, nbPixels);
+        processRow(
+            Steps<DisplayTransfer, NoCurves, NoClamp>{DisplayTransfer(display), NoCurves(), {}},
+            source, destination, nbPixels);
     }
 }
 
 void processCurves(CurveTable const* curves, Pixel* row, std::size_t nbPixels)
 {
-    auto const stepsOf = [&](int channel) -> Steps<NoTransfer, Curve, NoClamp> {
-        return {NoTransfer(), Curve(curves[channel]), NoClamp()};
-    };
-    processRow(stepsOf, row, {row, false}, nbPixels);
+    processRow(Steps<NoTransfer, Curves, NoClamp>{NoTransfer(), Curves(curves), {}}, row,
+               {row, false}, nbPixels);
 }
 
 } // namespace

@@ -160,71 +160,43 @@ template <typename Sign>
         [exponent = power.exponent](float value) { return Sign::single(value, exponent); });
 }
 
-/// finish(x^exponent) of a run.
+/// x^exponent of a run, one channel's exponent.
 template <typename Sign>
 class Power {
 public:
     explicit Power(PreparedPower const& power) : prepared(power) {}
 
-    template <typename Finish>
-    [[gnu::always_inline]] void operator()(Values const& x, Values& result, int nbVectors,
-                                           Finish const& finish) const
-    {
-        if (prepared.tables.isNull()) {
-            raiseByLogarithm(x, result, nbVectors, finish);
-            return;
-        }
-        Places places;
-        bool const areReached = findPlaces(x, places, nbVectors);
-        raise(x, places, result, nbVectors, finish);
-        if (!areReached) [[unlikely]] {
-            raiseOthers(x, result, nbVectors, finish);
-        }
-    }
+    [[gnu::always_inline]] bool hasTables() const { return !prepared.tables.isNull(); }
 
-private:
     /// Where the centres next to a run's values are in the tables.
     struct Places {
         Plane<std::int32_t> bytes;
         Values fromCentre;
     };
 
-    /// Not 0 where the tables do not reach; they reach 0, but not -0.
-    REMAPCOLOR_INLINE Words beyondTables(Floats x, Words rounded)
-    {
-        constexpr int mantissaBits = 23;
-        constexpr int reachedBits = mantissaBits + 5;
-        static_assert(1 << (reachedBits - mantissaBits) == RemapColorPower::nbTablePowers);
-        constexpr std::uint32_t smallest =
-            firstLogCentre +
-            (static_cast<std::uint32_t>(RemapColorPower::smallestTablePower) << mantissaBits);
-        return bitsOf(x) == 0U ? Words{} : (rounded - smallest) >> reachedBits;
-    }
-
     /// Whether the tables reach all values.
-    [[gnu::always_inline]] static bool findPlaces(Values const& x, Places& places, int nbVectors)
+    [[gnu::always_inline]] static bool findPlaces(Values const& x, Places& places)
     {
         constexpr int entryBits = 4;
         constexpr std::uint32_t lastPlace = (RemapColorPower::nbPowerEntries - 1) << entryBits;
         static_assert(sizeof(RemapColorPower::PowerEntry<float>) == 1 << entryBits);
         Words beyond{};
-        forVectors(
-            nbVectors, [&](int at) __attribute__((always_inline)) {
-                Floats const value = load(x.numbers + at);
-                Words const bits = Sign::magnitude(value);
-                Words const rounded = bits + halfInterval;
-                Words const place = (rounded - firstLogCentre) >> (logIntervalBits - entryBits);
-                store(asInts(place & lastPlace), places.bytes.numbers + at);
-                store(valuesOf(bits) - valuesOf(rounded & centreMask),
-                      places.fromCentre.numbers + at);
-                beyond |= beyondTables(value, rounded);
-            });
+        forVectors([&](int at) __attribute__((always_inline)) {
+            Floats const value = load(x.numbers + at);
+            Words const bits = Sign::magnitude(value);
+            Words const rounded = bits + halfInterval;
+            Words const place = (rounded - firstLogCentre) >> (logIntervalBits - entryBits);
+            store(asInts(place & lastPlace), places.bytes.numbers + at);
+            store(valuesOf(bits) - valuesOf(rounded & centreMask), places.fromCentre.numbers + at);
+            beyond |= beyondTables(value, rounded);
+        });
         return !any(beyond != 0U);
     }
 
+    /// finish(x^exponent), of values that the tables reach.
     template <typename Finish>
     [[gnu::always_inline]] void raise(Values const& x, Places const& places, Values& result,
-                                      int nbVectors, Finish const& finish) const
+                                      Finish const& finish) const
     {
         RemapColorPower::PowerTables const& tables = *prepared.tables.get();
         Floats const ofZero = broadcast(prepared.ofZero);
@@ -237,36 +209,24 @@ private:
         Floats const c = coefficient(2);
         Floats const d = coefficient(3);
         Floats const e = coefficient(4);
-        forVectors(
-            nbVectors, [&](int at) __attribute__((always_inline)) {
-                Floats const value = load(x.numbers + at);
-                auto const entry = powerEntries(tables, places.bytes.numbers + at);
-                Floats const r = load(places.fromCentre.numbers + at) * entry.inverse;
-                // ((1 + r)^exponent - 1) / r, in an order that leaves little to wait for
-                Floats const r2 = r * r;
-                Floats const slope = (a + r * b) + r2 * ((c + r * d) + r2 * e);
-                Floats const power =
-                    Sign::withSign(entry.head + (entry.tail + (entry.sum * r) * slope), value);
-                store(finish(bitsOf(value) == 0U ? ofZero : power), result.numbers + at);
-            });
-    }
-
-    /// For exponents that have no tables.
-    template <typename Finish>
-    [[gnu::noinline]] void raiseByLogarithm(Values const& x, Values& result, int nbVectors,
-                                            Finish const& finish) const
-    {
-        forVectors(nbVectors, [&](int at) {
-            store(finish(logPower<Sign>(load(x.numbers + at), prepared)), result.numbers + at);
+        forVectors([&](int at) __attribute__((always_inline)) {
+            Floats const value = load(x.numbers + at);
+            auto const entry = powerEntries(tables, places.bytes.numbers + at);
+            Floats const r = load(places.fromCentre.numbers + at) * entry.inverse;
+            // ((1 + r)^exponent - 1) / r, in an order that leaves little to wait for
+            Floats const r2 = r * r;
+            Floats const slope = (a + r * b) + r2 * ((c + r * d) + r2 * e);
+            Floats const power =
+                Sign::withSign(entry.head + (entry.tail + (entry.sum * r) * slope), value);
+            store(finish(bitsOf(value) == 0U ? ofZero : power), result.numbers + at);
         });
     }
 
     /// Replaces the results that the tables do not reach.
     template <typename Finish>
-    [[gnu::noinline]] void raiseOthers(Values const& x, Values& result, int nbVectors,
-                                       Finish const& finish) const
+    [[gnu::noinline]] void raiseOthers(Values const& x, Values& result, Finish const& finish) const
     {
-        forVectors(nbVectors, [&](int at) {
+        forVectors([&](int at) {
             Floats const value = load(x.numbers + at);
             Ints const isBeyond = beyondTables(value, Sign::magnitude(value) + halfInterval) != 0U;
             if (any(isBeyond)) {
@@ -276,7 +236,65 @@ private:
         });
     }
 
+    /// finish(x^exponent), for exponents that have no tables.
+    template <typename Finish>
+    [[gnu::noinline]] void raiseByLogarithm(Values const& x, Values& result,
+                                            Finish const& finish) const
+    {
+        forVectors([&](int at) {
+            store(finish(logPower<Sign>(load(x.numbers + at), prepared)), result.numbers + at);
+        });
+    }
+
+private:
+    /// Not 0 where the tables do not reach; they reach 0, but not -0.
+    REMAPCOLOR_INLINE Words beyondTables(Floats x, Words rounded)
+    {
+        constexpr int mantissaBits = 23;
+        constexpr int reachedBits = mantissaBits + 5;
+        static_assert(1 << (reachedBits - mantissaBits) == RemapColorPower::nbTablePowers);
+        constexpr std::uint32_t smallest =
+            firstLogCentre +
+            (static_cast<std::uint32_t>(RemapColorPower::smallestTablePower) << mantissaBits);
+        return bitsOf(x) == 0U ? Words{} : (rounded - smallest) >> reachedBits;
+    }
+
     PreparedPower const& prepared;
+};
+
+/// finish(x^exponent) of a run, all channels.
+template <typename Sign>
+class Powers {
+public:
+    explicit Powers(PreparedPower const* powers)
+        : channels{Power<Sign>(powers[0]), Power<Sign>(powers[1]), Power<Sign>(powers[2])}
+    {
+    }
+
+    template <typename Finish>
+    [[gnu::always_inline]] void operator()(Colour const& x, Colour& result,
+                                           Finish const& finish) const
+    {
+        typename Power<Sign>::Places places[nbChannels];
+        bool areReached[nbChannels];
+        forChannels([&](int channel) __attribute__((always_inline)) {
+            areReached[channel] = Power<Sign>::findPlaces(x[channel], places[channel]);
+        });
+        forChannels([&](int channel) __attribute__((always_inline)) {
+            Power<Sign> const& power = channels[channel];
+            if (!power.hasTables()) {
+                power.raiseByLogarithm(x[channel], result[channel], finish);
+                return;
+            }
+            power.raise(x[channel], places[channel], result[channel], finish);
+            if (!areReached[channel]) [[unlikely]] {
+                power.raiseOthers(x[channel], result[channel], finish);
+            }
+        });
+    }
+
+private:
+    Power<Sign> channels[nbChannels];
 };
 
 } // namespace

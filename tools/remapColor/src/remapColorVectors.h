@@ -5,7 +5,7 @@
 #error "for sources that are compiled for an instruction set"
 #endif
 
-#include "remapColorPower.h"
+#include "remapColorRowKernels.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -463,12 +463,24 @@ struct Plane {
 };
 using Values = Plane<float>;
 
+/// A plane for each channel.
+using Colour = Values[nbChannels];
+
 /// Goes over a run's vectors; `step(first)` gets the number of a vector's first lane.
 template <typename Step>
-REMAPCOLOR_INLINE void forVectors(int nbVectors, Step const& step)
+REMAPCOLOR_INLINE void forVectors(Step const& step)
 {
-    for (int vector = 0; vector < nbVectors; ++vector) {
-        step(vector * lanes);
+#pragma GCC unroll 4
+    for (int at = 0; at < runPixels; at += lanes) {
+        step(at);
+    }
+}
+
+template <typename Step>
+REMAPCOLOR_INLINE void forChannels(Step const& step)
+{
+    for (int channel = 0; channel < nbChannels; ++channel) {
+        step(channel);
     }
 }
 
