@@ -220,7 +220,7 @@ public:
     [[gnu::always_inline]] Floats begin(int channel, Floats value) const
     {
         Floats const difference = value - display.defog[channel];
-        Floats const defogged = difference > 0.0F ? difference : 0.0F; // a NaN becomes 0
+        Floats const defogged = larger(difference, Floats{}); // a NaN becomes 0
         return defogged * display.exposureFactor[channel];
     }
 
@@ -273,18 +273,18 @@ public:
     [[gnu::always_inline]] bool findEntries(Values const& values, Plane<std::int32_t>& entries,
                                             Values& shares) const
     {
-        Ints isOutside{};
+        Floats const lastPosition = broadcast(table.lastPosition);
+        Words isOutside{};
         forVectors([&](int at) __attribute__((always_inline)) {
             Floats const position = positionOf(load(values.numbers + at));
-            Ints const isAbove = position > table.lastPosition;
-            Floats const notBelow = position > 0.0F ? position : 0.0F; // a NaN reads entry 0
-            Floats const valid = isAbove ? Floats{} : notBelow;
+            Floats const notBelow = larger(position, Floats{}); // a NaN reads entry 0
+            Floats const valid = smaller(notBelow, lastPosition);
             Ints const entry = toInts(valid);
             store(entry, entries.numbers + at);
             store(valid - toFloats(entry), shares.numbers + at);
-            isOutside |= isAbove | (0.0F > position);
+            isOutside |= bitsOf(valid) ^ bitsOf(position);
         });
-        return !any(isOutside);
+        return !any(isOutside != 0U);
     }
 
     [[gnu::always_inline]] void interpolate(Plane<std::int32_t> const& entries,
@@ -310,18 +310,20 @@ public:
             auto const y = static_cast<double>(line.keyY);
             return toFloats(DoublePair{y + d.low * s, y + d.high * s});
         };
-        forVectors([&](int at) {
+        forVectors([&](int at) __attribute__((always_inline)) {
             Floats const value = load(values.numbers + at);
             Floats const position = positionOf(value);
             Ints const isBelow = 0.0F > position;
-            Ints const isAbove = position > table.lastPosition;
-            if (any(isBelow | isAbove)) {
+            if (any(isBelow)) {
                 Floats const below =
                     along(table.below, table.below.keyX - value, -table.below.slope);
+                store(isBelow ? below : load(adjusted.numbers + at), adjusted.numbers + at);
+            }
+            Ints const isAbove = position > table.lastPosition;
+            if (any(isAbove)) {
                 Floats const above =
                     along(table.above, value - table.above.keyX, table.above.slope);
-                Floats const inside = load(adjusted.numbers + at);
-                store(isBelow ? below : isAbove ? above : inside, adjusted.numbers + at);
+                store(isAbove ? above : load(adjusted.numbers + at), adjusted.numbers + at);
             }
         });
     }
@@ -389,8 +391,7 @@ public:
 
     [[gnu::always_inline]] Floats operator()(Floats value) const
     {
-        Floats const notBelow = low > value ? low : value;
-        return high < notBelow ? high : notBelow;
+        return smaller(high, larger(low, value));
     }
 
 private:

@@ -30,7 +30,7 @@ struct CurveTable {
     float const* entries = nullptr;
     float scale = 0.0F;        ///< table intervals per unit of value
     float offset = 0.0F;       ///< table position of value 0
-    float lastPosition = 0.0F; ///< beyond it the line above goes on
+    float lastPosition = 0.0F; ///< 0 or more; beyond it the line above goes on
     EndLine below;
     EndLine above;
 };

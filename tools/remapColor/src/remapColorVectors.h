@@ -102,6 +102,34 @@ REMAPCOLOR_INLINE Floats broadcast(float value)
     return value - Floats{};
 }
 
+/// a > b ? a : b
+REMAPCOLOR_INLINE Floats larger(Floats a, Floats b)
+{
+#if defined(__AVX512F__)
+    return _mm512_max_ps(a, b);
+#elif defined(__AVX2__)
+    return _mm256_max_ps(a, b);
+#elif defined(__SSE2__)
+    return _mm_max_ps(a, b);
+#else
+    return a > b ? a : b;
+#endif
+}
+
+/// a < b ? a : b
+REMAPCOLOR_INLINE Floats smaller(Floats a, Floats b)
+{
+#if defined(__AVX512F__)
+    return _mm512_min_ps(a, b);
+#elif defined(__AVX2__)
+    return _mm256_min_ps(a, b);
+#elif defined(__SSE2__)
+    return _mm_min_ps(a, b);
+#else
+    return a < b ? a : b;
+#endif
+}
+
 REMAPCOLOR_INLINE Words bitsOf(Floats values)
 {
     return reinterpret_cast<Words>(values);
