@@ -498,7 +498,7 @@ using Colour = Values[nbChannels];
 template <typename Step>
 REMAPCOLOR_INLINE void forVectors(Step const& step)
 {
-#pragma GCC unroll 4
+#pragma GCC unroll 8
     for (int at = 0; at < runPixels; at += lanes) {
         step(at);
     }
