@@ -274,9 +274,29 @@ struct Neighbours {
     Floats second;
 };
 
-/// Two floats from each of two places.
-REMAPCOLOR_INLINE Quad twoPairs(float const* first, float const* second)
+/// Two lanes of a list of indices that are 0 or more.
+struct IndexPair {
+    std::size_t first;
+    std::size_t second;
+};
+
+REMAPCOLOR_INLINE IndexPair loadIndices(std::int32_t const* indices)
 {
+#if defined(__SSE2__)
+    // In one load: look-ups are bound by the number of loads.
+    std::uint64_t both;
+    std::memcpy(&both, indices, sizeof(both));
+    return {static_cast<std::uint32_t>(both), both >> 32};
+#else
+    return {static_cast<std::uint32_t>(indices[0]), static_cast<std::uint32_t>(indices[1])};
+#endif
+}
+
+/// Two floats from each of two places in the table.
+REMAPCOLOR_INLINE Quad twoPairs(float const* table, IndexPair index)
+{
+    float const* const first = table + index.first;
+    float const* const second = table + index.second;
 #if defined(__SSE2__)
     __m128i const low = _mm_loadl_epi64(reinterpret_cast<__m128i const*>(first));
     return _mm_loadh_pi(_mm_castsi128_ps(low), reinterpret_cast<__m64 const*>(second));
@@ -293,9 +313,8 @@ REMAPCOLOR_INLINE Neighbours loadNeighbours(float const* table, std::int32_t con
     Quad odd[lanes / 4];
 #pragma GCC unroll 4
     for (int quad = 0; quad < lanes / 4; ++quad) {
-        std::int32_t const* const of = index + 4 * quad;
-        even[quad] = twoPairs(table + of[0], table + of[1]);
-        odd[quad] = twoPairs(table + of[2], table + of[3]);
+        even[quad] = twoPairs(table, loadIndices(index + 4 * quad));
+        odd[quad] = twoPairs(table, loadIndices(index + 4 * quad + 2));
     }
     Floats const a = join(even);
     Floats const b = join(odd);
@@ -313,16 +332,17 @@ REMAPCOLOR_INLINE Rows loadRows(Row const* table, std::int32_t const* offset)
 {
     static_assert(sizeof(Row) == sizeof(Quad));
     auto const* const bytes = reinterpret_cast<char const*>(table);
-    Floats rows[4]; // of lanes 0, 4, 8 and 12 in the first, of 1, 5, 9 and 13 in the second ...
+    Quad quads[4][lanes / 4]; // of lanes 0, 4, 8 and 12 in the first, of 1, 5, 9 and 13 next ...
 #pragma GCC unroll 4
-    for (int row = 0; row < 4; ++row) {
-        Quad quads[lanes / 4];
-#pragma GCC unroll 4
-        for (int quad = 0; quad < lanes / 4; ++quad) {
-            std::memcpy(&quads[quad], bytes + offset[4 * quad + row], sizeof(Quad));
+    for (int quad = 0; quad < lanes / 4; ++quad) {
+#pragma GCC unroll 2
+        for (int row = 0; row < 4; row += 2) {
+            IndexPair const at = loadIndices(offset + 4 * quad + row);
+            std::memcpy(&quads[row][quad], bytes + at.first, sizeof(Quad));
+            std::memcpy(&quads[row + 1][quad], bytes + at.second, sizeof(Quad));
         }
-        rows[row] = join(quads);
     }
+    Floats const rows[4] = {join(quads[0]), join(quads[1]), join(quads[2]), join(quads[3])};
     Floats const firstLower = interleaveLower(rows[0], rows[1]);
     Floats const firstUpper = interleaveUpper(rows[0], rows[1]);
     Floats const lastLower = interleaveLower(rows[2], rows[3]);
