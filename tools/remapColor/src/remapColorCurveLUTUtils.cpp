@@ -31,7 +31,7 @@ void check(bool holds, int line, char const* expression)
     }
 }
 
-/// Reads a polyline off at positions that never decrease.
+/// Reads a polyline off at evenly spaced positions, one after the other.
 class PolylineWalk {
 public:
     PolylineWalk(Vector<Point> const& polyline, float narrowestSegment)
@@ -65,12 +65,20 @@ public:
     }
 
 private:
-    /// The first position from `first` on that does not lie in the segment.
+    /// The first position after `first`, which lies in the segment, that does not.
     std::size_t findSegmentEnd(std::span<float const> positions, std::size_t first) const
     {
-        std::size_t end = first;
-        while (end < positions.size() && positions[end] >= data[segment].x &&
-               positions[end] < data[segment + 1].x) {
+        float const x0 = data[segment].x;
+        float const x1 = data[segment + 1].x;
+        auto const isInside = [&](std::size_t index) {
+            return index < positions.size() && positions[index] >= x0 && positions[index] < x1;
+        };
+        constexpr std::size_t stride = 8;
+        std::size_t end = first + 1;
+        while (isInside(end + stride)) {
+            end += stride;
+        }
+        while (isInside(end)) {
             ++end;
         }
         return end;
@@ -133,19 +141,23 @@ void RemapColorCurveLUTUtils::curveToLUT(Vector<float>& lut, float rangeMin, flo
         data.push_back(Point(data.front()));
     }
 
-    auto const [leftmost, rightmost] = std::minmax_element(
-        data.begin(), data.end(), [](Point const& a, Point const& b) { return a.x < b.x; });
-    *lutMin = std::max(rangeMin, leftmost->x);
-    *lutMax = std::min(rangeMax, rightmost->x);
+    float leftmost = data.front().x;
+    float rightmost = leftmost;
+    for (Point const& point : data) {
+        leftmost = std::min(leftmost, point.x);
+        rightmost = std::max(rightmost, point.x);
+    }
+    *lutMin = std::max(rangeMin, leftmost);
+    *lutMax = std::min(rangeMax, rightmost);
 
     std::size_t const nbSamples = nbEntries - 1;
     auto const nbIntervals = static_cast<float>(nbEntries - 2);
     float const first = *lutMin;
     float const width = *lutMax - first;
     Vector<float> positions(nbSamples, first);
-    for (std::size_t entry = 1; entry < nbSamples; ++entry) {
-        positions[entry] =
-            first + (width * static_cast<float>(static_cast<int>(entry))) / nbIntervals;
+    for (int entry = 1; entry < static_cast<int>(nbSamples); ++entry) {
+        positions[static_cast<std::size_t>(entry)] =
+            first + (width * static_cast<float>(entry)) / nbIntervals;
     }
     PolylineWalk(data, step / stepsPerTolerance).readOff(positions, {lut.data(), nbSamples});
     lut[nbEntries - 1] = lut[nbEntries - 2];
