@@ -12,6 +12,10 @@
 #include <cstring>
 #include <string>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace {
 
 using namespace bench;
@@ -111,11 +115,27 @@ void runCopy(benchmark::State& state)
     });
 }
 
+#if defined(__SSE2__)
+/// The least that work on a frame can take: every pixel read, and written past the caches.
+void runStreamedCopy(benchmark::State& state)
+{
+    runOnRows(state, Content::Plate, [](Pixel const* source, Pixel* destination) {
+        for (int x = 0; x < frameWidth; ++x) {
+            _mm_stream_ps(&destination[x].red, _mm_loadu_ps(&source[x].red));
+        }
+        _mm_sfence();
+    });
+}
+#endif
+
 [[maybe_unused]] bool const areRegistered = [] {
     auto const add = [](std::string const& name, auto const& run) {
         benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond);
     };
     add("memcpy", runCopy);
+#if defined(__SSE2__)
+    add("streamed copy", runStreamedCopy);
+#endif
     for (Work const& work : works) {
         std::string const name = std::string(work.name) + "/";
         add(name + "plain loop", [&work](benchmark::State& state) { runPlain(state, work); });
