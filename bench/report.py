@@ -93,18 +93,19 @@ def intro(results):
 def kernel_tables(results):
     sets = [name for name in SETS if f"Linear/{name}" in results.runs]
     copies = results.copies()
+    copy = copies["copy of the frame"]
     times, ratios, peers = [], [], []
     for work in WORKS:
         plain = results.pixel(f"{work}/plain loop")
         own = [results.pixel(f"{work}/{name}") for name in sets]
         times.append([work, *(f"{figure.median:.2f}" for figure in [plain, *own])])
-        ratios.append([work, *(plain.over(figure) for figure in own), own[-1].over(copies["copy of the frame"])])
+        ratios.append([work, *(plain.over(figure) for figure in own), own[-1].over(copy)])
         for name in results.names(f"{work}/"):
             if name not in sets and name != "plain loop":
                 peer = results.pixel(f"{work}/{name}")
                 peers.append([work, name, f"{peer.median:.2f}", peer.over(own[-1])])
     names, fastest = [label(name) for name in sets], label(sets[-1])
-    taken = ", ".join(f"a {name} takes {copy.median:.2f}" for name, copy in copies.items())
+    taken = ", ".join(f"a {name} takes {figure.median:.2f}" for name, figure in copies.items())
     yield (f"Nanoseconds per pixel, one thread, processor time; {taken}:\n\n"
            + table(["work", "plain loop", *names], times))
     yield (f"Times faster than the plain loop; and {fastest}'s time in copies of the frame:\n\n"

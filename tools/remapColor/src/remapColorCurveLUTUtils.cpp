@@ -73,6 +73,7 @@ private:
         auto const isInside = [&](std::size_t index) {
             return index < positions.size() && positions[index] >= x0 && positions[index] < x1;
         };
+        // Between two positions of a segment all are in it.
         constexpr std::size_t stride = 8;
         std::size_t end = first + 1;
         while (isInside(end + stride)) {
