@@ -19,7 +19,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
 endif()
 
 # Names of source files in messages do not depend on where the tree lies.
-add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 
 if(REMAPCOLOR_SANITIZE)
     add_compile_options(-fsanitize=${REMAPCOLOR_SANITIZE} -fno-omit-frame-pointer
@@ -27,10 +27,10 @@ if(REMAPCOLOR_SANITIZE)
     add_link_options(-fsanitize=${REMAPCOLOR_SANITIZE})
 endif()
 
-set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
-set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
-set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
-set(REMAPCOLOR_TOOL_DIRECTORY ${CMAKE_BINARY_DIR}/lib/vxtools)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+set(REMAPCOLOR_TOOL_DIRECTORY ${PROJECT_BINARY_DIR}/lib/vxtools)
 
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib:$ORIGIN:$ORIGIN/..")

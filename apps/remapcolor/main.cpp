@@ -1,46 +1,85 @@
 // remapcolor: the command line of Remap Color.
 
-#include "remapcolor/CommandLine.h"
-#include "remapcolor/DescribeCommand.h"
-#include "remapcolor/Failures.h"
-#include "remapcolor/PickCommand.h"
-#include "remapcolor/RenderCommand.h"
-#include "remapcolor/Reporter.h"
-#include "remapcolor/StandardStreams.h"
-#include "remapcolor/StopSignals.h"
+#include "remapcolor/commands/DescribeCommand.h"
+#include "remapcolor/commands/PickCommand.h"
+#include "remapcolor/commands/RenderCommand.h"
+#include "remapcolor/options/CommandLine.h"
+#include "remapcolor/reports/Failures.h"
+#include "remapcolor/reports/Reporter.h"
+#include "remapcolor/reports/StandardStreams.h"
+#include "remapcolor/session/StopSignals.h"
 
+#include <cstdlib>
+#include <exception>
 #include <variant>
 
 namespace {
 
-/// Does what the command line asks for.
+constexpr int done = static_cast<int>(ExitStatus::Done);
+
+/// Does what the command line asks for; gives the exit status.
 struct Execution {
     Reporter& reporter;
 
-    void operator()(PrintRequest const& request) const { writeStandardOutput(request.text); }
-    void operator()(DescribeRequest const& request) const { runDescribe(request); }
-    void operator()(PickRequest const& request) const { runPick(request, reporter); }
-    void operator()(ProjectRequest const& request) const { runProject(request); }
-    void operator()(RenderRequest const& request) const
+    int operator()(PrintRequest const& request) const
+    {
+        writeStandardOutput(request.text);
+        return done;
+    }
+    int operator()(DescribeRequest const& request) const
+    {
+        runDescribe(request);
+        return done;
+    }
+    int operator()(PickRequest const& request) const
+    {
+        runPick(request, reporter);
+        return done;
+    }
+    int operator()(ProjectRequest const& request) const
+    {
+        runProject(request, reporter);
+        return done;
+    }
+    int operator()(RenderRequest const& request) const
     {
         reporter.configure(request.progress, request.verbosity);
-        runRender(request, reporter);
+        return runRender(request, reporter);
     }
 };
+
+/// Where a failure meets code that cannot fail, such as a library's destructor: out of memory, more
+/// often than not. One line and the right status all the same.
+[[noreturn]] void endAtOnce()
+{
+    std::set_terminate(&std::abort); // for a failure on the way
+    if (std::current_exception() == nullptr) {
+        std::abort();
+    }
+    Failure const failure = describeCurrentFailure();
+    Reporter().reportFailure(failure);
+    std::_Exit(failure.status);
+}
 
 } // namespace
 
 int main(int nbArguments, char** arguments)
 {
+    std::set_terminate(&endAtOnce);
     holdStandardStreams();
     ignoreWriteSignals();
     Reporter reporter;
+    int status = done;
     try {
-        std::visit(Execution{reporter}, parseCommandLine(nbArguments, arguments));
-        return static_cast<int>(ExitStatus::Done);
+        status = std::visit(Execution{reporter}, parseCommandLine(nbArguments, arguments));
     } catch (...) {
         Failure const failure = describeCurrentFailure();
         reporter.reportFailure(failure);
-        return failure.status;
+        status = failure.status;
     }
+    if (status == static_cast<int>(ExitStatus::Surroundings)) {
+        // Libraries that were short of memory may be in a state in which they cannot end.
+        std::_Exit(status);
+    }
+    return status;
 }

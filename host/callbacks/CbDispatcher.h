@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/EvEventManager.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <vector>
@@ -45,8 +47,8 @@ public:
     int getNbHandlers() const;
 
     /// Calls the handlers that are subscribed now, in order, leaving out those that are
-    /// unsubscribed before their turn. All get the same `value`. What a handler throws
-    /// ends the call.
+    /// unsubscribed before their turn. All get the same `value`. What a handler throws goes to the
+    /// event manager's report; the others are called all the same.
     void call(T& value);
 
     /// The same without a value, through CbHandler::call().
@@ -136,7 +138,11 @@ void CbDispatcher<T>::call(T& value)
     auto const snapshot = handlers;
     for (auto* const handler : snapshot) {
         if (isHandlerSubscribed(handler)) {
-            handler->call(value);
+            try {
+                handler->call(value);
+            } catch (...) {
+                EvEventManager::getInstance().postCurrentException();
+            }
         }
     }
 }
@@ -147,7 +153,11 @@ void CbDispatcher<T>::call()
     auto const snapshot = handlers;
     for (auto* const handler : snapshot) {
         if (isHandlerSubscribed(handler)) {
-            handler->call();
+            try {
+                handler->call();
+            } catch (...) {
+                EvEventManager::getInstance().postCurrentException();
+            }
         }
     }
 }

@@ -2,16 +2,15 @@
 
 #include "media/ErrorText.h"
 
+#include "files/FileError.h"
+
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
 #include <new>
-#include <system_error>
 
 namespace {
 
 constexpr std::size_t longestLibraryText = 200;
-constexpr std::size_t mostListedNames = 24;
 
 /// Control characters would break the line or a terminal. Bytes above 127 are letters in paths, but
 /// may be anything in damaged files.
@@ -34,20 +33,14 @@ std::string quote(std::filesystem::path const& file)
     return "\"" + makePrintable(file.string(), Letters::Any) + "\"";
 }
 
-std::string describeSystemError(int error)
+/// Libraries turn a failed allocation into failures of their own.
+bool speaksOfMemory(std::string const& libraryText)
 {
-    switch (error) {
-    case ENOENT: return "there is no such file or folder";
-    case EACCES:
-    case EPERM: return "permission denied";
-    case EROFS: return "the file system is read-only";
-    case ENOSPC:
-    case EDQUOT: return "no space left on the disk; free some and try again";
-    case EISDIR: return "it is a folder";
-    case ENAMETOOLONG: return "the name is too long";
-    default: return std::generic_category().message(error);
-    }
+    return libraryText.find("allocate memory") != std::string::npos ||
+           libraryText.find("bad_alloc") != std::string::npos;
 }
+
+constexpr char const* noMemory = "there is not enough memory";
 
 } // namespace
 
@@ -64,15 +57,14 @@ void throwWriteError(ImageFailure kind, std::filesystem::path const& file,
 
 void throwSystemReadError(int error, std::filesystem::path const& file)
 {
-    bool const isMissing = error == ENOENT || error == ENOTDIR || error == EISDIR;
+    bool const isMissing = FileError(error).getFault() == FileError::Fault::Request;
     throwReadError(isMissing ? ImageFailure::File : ImageFailure::Surroundings, file,
                    describeSystemError(error));
 }
 
 void throwSystemWriteError(int error, std::filesystem::path const& file)
 {
-    bool const isAsked =
-        error == ENOENT || error == ENOTDIR || error == EISDIR || error == ENAMETOOLONG;
+    bool const isAsked = FileError(error).getFault() == FileError::Fault::Request;
     throwWriteError(isAsked ? ImageFailure::Request : ImageFailure::Surroundings, file,
                     describeSystemError(error));
 }
@@ -107,9 +99,12 @@ void rethrowAsReadError(std::filesystem::path const& file, int systemError)
     } catch (ImageFileError const&) {
         throw;
     } catch (std::bad_alloc const&) {
-        throwReadError(ImageFailure::Surroundings, file, "there is not enough memory");
+        throwReadError(ImageFailure::Surroundings, file, noMemory);
     } catch (std::exception const& failure) {
         std::string const detail = trimLibraryText(failure.what(), file);
+        if (speaksOfMemory(detail)) {
+            throwReadError(ImageFailure::Surroundings, file, noMemory);
+        }
         throwReadError(ImageFailure::File, file,
                        "the file is damaged or incomplete" +
                            (detail.empty() ? std::string() : " (" + detail + ")"));
@@ -126,7 +121,7 @@ void rethrowAsWriteError(std::filesystem::path const& file, int systemError)
     } catch (ImageFileError const&) {
         throw;
     } catch (std::bad_alloc const&) {
-        throwWriteError(ImageFailure::Surroundings, file, "there is not enough memory");
+        throwWriteError(ImageFailure::Surroundings, file, noMemory);
     } catch (std::exception const& failure) {
         throwWriteError(ImageFailure::Surroundings, file, trimLibraryText(failure.what(), file));
     }
@@ -137,11 +132,11 @@ std::string quoteName(std::string const& name)
     return "\"" + makePrintable(name, Letters::AsciiOnly) + "\"";
 }
 
-std::string quoteList(std::vector<std::string> const& names)
+std::string quoteList(std::vector<std::string> const& names, std::size_t most)
 {
     std::string list;
-    for (std::size_t index = 0; index < std::min(names.size(), mostListedNames); ++index) {
+    for (std::size_t index = 0; index < std::min(names.size(), most); ++index) {
         list += (index == 0 ? "" : ", ") + quoteName(names[index]);
     }
-    return names.size() > mostListedNames ? list + ", ..." : list;
+    return names.size() > most ? list + ", ..." : list;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "media/ImageFiles.h"
+#include "media/ImageFailure.h"
 
 #include <filesystem>
 #include <string>
@@ -38,4 +38,4 @@ std::string trimLibraryText(std::string text, std::filesystem::path const& file)
 std::string quoteName(std::string const& name);
 
 /// `"a", "b", "c"`: for error texts that list choices.
-std::string quoteList(std::vector<std::string> const& names);
+std::string quoteList(std::vector<std::string> const& names, std::size_t most = 24);

@@ -121,7 +121,7 @@ bool isChroma(std::string const& name, ExrColour const& colour)
 
 bool isColour(std::string const& name, ExrColour const& colour)
 {
-    if (name == colour.prefix + exrAlphaName) {
+    if (name == colour.alphaName) {
         return true;
     }
     switch (colour.kind) {
@@ -137,6 +137,49 @@ bool isColour(std::string const& name, ExrColour const& colour)
     return false;
 }
 
+void checkSampling(std::string const& name, Imf::Channel const& channel, int sampling,
+                   std::filesystem::path const& file)
+{
+    if (channel.xSampling != sampling || channel.ySampling != sampling) {
+        throwReadError(ImageFailure::File, file,
+                       "its channel " + quoteName(name) +
+                           " is sub-sampled in a way that cannot be processed");
+    }
+}
+
+/// The full name; "" where chooseExrColour knows.
+std::string findMaskChannel(Imf::ChannelList const& channels, std::string const& prefix,
+                            std::string const& wanted, std::filesystem::path const& file)
+{
+    std::vector<std::string> names = allNames(channels);
+    std::erase_if(names, [&](std::string const& name) { return !name.starts_with(prefix); });
+    if (!wanted.empty()) {
+        if (find(channels, prefix + wanted) == nullptr) {
+            throwReadError(ImageFailure::Request, file,
+                           "it has no channel " + quoteName(prefix + wanted) + "; there are " +
+                               quoteList(allNames(channels)));
+        }
+        return prefix + wanted;
+    }
+    if (names.size() == 1) {
+        return names.front();
+    }
+    if (find(channels, prefix + exrAlphaName) != nullptr) {
+        return "";
+    }
+    for (char const* const colour : exrColourNames) {
+        if (find(channels, prefix + colour) != nullptr) {
+            return prefix + colour;
+        }
+    }
+    if (!hasColour(channels, prefix) && layersWithColour(channels).empty()) {
+        throwReadError(ImageFailure::Request, file,
+                       "it is not clear which channel is the mask; choose one of " +
+                           quoteList(allNames(channels)));
+    }
+    return "";
+}
+
 void checkColourChannel(std::string const& name, Imf::Channel const& channel,
                         ExrColour const& colour, std::filesystem::path const& file)
 {
@@ -147,11 +190,7 @@ void checkColourChannel(std::string const& name, Imf::Channel const& channel,
     }
     int const sampling =
         colour.kind == ExrColourKind::SubsampledLumaChroma && isChroma(name, colour) ? 2 : 1;
-    if (channel.xSampling != sampling || channel.ySampling != sampling) {
-        throwReadError(ImageFailure::File, file,
-                       "its channel " + quoteName(name) +
-                           " is sub-sampled in a way that cannot be processed");
-    }
+    checkSampling(name, channel, sampling, file);
 }
 
 /// Samples at multiples of `sampling` from `begin` up to, not including, `end`. The quotients are
@@ -179,7 +218,8 @@ ExrColour chooseExrColour(Imf::Header const& header, std::string const& layer,
     colour.layer = chooseLayer(header, layer, file);
     colour.prefix = prefixOf(colour.layer);
     colour.kind = findKind(channels, colour.prefix);
-    colour.hasAlpha = find(channels, colour.prefix + exrAlphaName) != nullptr;
+    colour.alphaName = colour.prefix + exrAlphaName;
+    colour.hasAlpha = find(channels, colour.alphaName) != nullptr;
     for (std::size_t component = 0; component < exrColourNames.size(); ++component) {
         colour.isPresent[component] =
             find(channels, colour.prefix + exrColourNames[component]) != nullptr;
@@ -195,16 +235,44 @@ ExrColour chooseExrColour(Imf::Header const& header, std::string const& layer,
     return colour;
 }
 
+std::vector<ExrFurtherChannel> listChannels(Imf::ChannelList const& channels)
+{
+    std::vector<ExrFurtherChannel> all;
+    for (auto channel = channels.begin(); channel != channels.end(); ++channel) {
+        Imf::Channel const& entry = channel.channel();
+        all.push_back({channel.name(), entry.type, entry.xSampling, entry.ySampling});
+    }
+    return all;
+}
+
+ExrColour chooseExrMask(Imf::Header const& header, std::string const& layer,
+                        std::string const& channel, std::filesystem::path const& file)
+{
+    Imf::ChannelList const& channels = header.channels();
+    std::string const prefix = prefixOf(isFirstView(header, layer) ? "" : layer);
+    std::string const name = findMaskChannel(channels, prefix, channel, file);
+    if (name.empty()) {
+        return chooseExrColour(header, layer, file);
+    }
+    ExrColour colour;
+    colour.layer = layer;
+    colour.prefix = prefix;
+    colour.kind = ExrColourKind::AlphaOnly;
+    colour.hasAlpha = true;
+    colour.alphaName = name;
+    Imf::Channel const& chosen = channels[name];
+    colour.type = chosen.type == Imf::HALF ? Imf::HALF : Imf::FLOAT;
+    checkSampling(name, chosen, 1, file);
+    return colour;
+}
+
 std::vector<ExrFurtherChannel> findFurtherChannels(Imf::ChannelList const& channels,
                                                    ExrColour const& colour)
 {
-    std::vector<ExrFurtherChannel> further;
-    for (auto channel = channels.begin(); channel != channels.end(); ++channel) {
-        if (!isColour(channel.name(), colour)) {
-            Imf::Channel const& kept = channel.channel();
-            further.push_back({channel.name(), kept.type, kept.xSampling, kept.ySampling});
-        }
-    }
+    std::vector<ExrFurtherChannel> further = listChannels(channels);
+    std::erase_if(further, [&colour](ExrFurtherChannel const& channel) {
+        return isColour(channel.name, colour);
+    });
     return further;
 }
 

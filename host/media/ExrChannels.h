@@ -29,6 +29,7 @@ struct ExrColour {
     std::string prefix;              ///< of channel names: "" or the layer and a dot
     std::array<bool, 3> isPresent{}; ///< which of R, G, B the file has (Rgb only)
     bool hasAlpha = false;
+    std::string alphaName;           ///< the channel's full name, if any; any channel of a mask
     Imf::PixelType type = Imf::HALF; ///< the widest of them
 };
 
@@ -49,9 +50,18 @@ inline constexpr char const* exrAlphaName = "A";
 ExrColour chooseExrColour(Imf::Header const& header, std::string const& layer,
                           std::filesystem::path const& file);
 
+/// Finds the channel of a mask, which becomes the alpha of a picture of alpha alone: `channel` of
+/// `layer`, or for "" the alpha, the only channel there is, or the first one of colour. Of
+/// sub-sampled chroma without alpha, all of the colour. Throws ImageFileError.
+ExrColour chooseExrMask(Imf::Header const& header, std::string const& layer,
+                        std::string const& channel, std::filesystem::path const& file);
+
 /// All channels that are not part of `colour`, in the file's order.
 std::vector<ExrFurtherChannel> findFurtherChannels(Imf::ChannelList const& channels,
                                                    ExrColour const& colour);
+
+/// All channels there are, in the file's order.
+std::vector<ExrFurtherChannel> listChannels(Imf::ChannelList const& channels);
 
 /// Components of the tiles that hold `colour`.
 IxPixelFormat::Components componentsOf(ExrColour const& colour);

@@ -43,13 +43,9 @@ struct HeaderOutline {
 
 int readInt(CheckedInput& stream)
 {
-    std::array<char, 4> bytes{};
-    stream.read(bytes.data(), static_cast<int>(bytes.size()));
-    std::uint32_t value = 0;
-    for (std::size_t index = bytes.size(); index-- > 0;) {
-        value = value << 8U | static_cast<unsigned char>(bytes[index]);
-    }
-    return static_cast<int>(value);
+    std::array<std::byte, 4> bytes{};
+    stream.read(reinterpret_cast<char*>(bytes.data()), static_cast<int>(bytes.size()));
+    return static_cast<int>(readNumber<std::uint32_t>(bytes.data()));
 }
 
 std::string readName(CheckedInput& stream)
@@ -210,6 +206,9 @@ ExrHeader readExrHeader(CheckedInput& stream, std::filesystem::path const& file,
         int version = outline.version;
         result.header.readFrom(stream, version);
         checkPartType(result.header, file);
+        result.hasPartNumbers = Imf::isMultiPart(version);
+        // The headers of parts end with an empty one.
+        result.tableStart = stream.tellg() + (result.hasPartNumbers ? 1 : 0);
         // A file of several parts that has one only names its kind in that part.
         result.isTiled = Imf::isMultiPart(version) ? result.header.type() == Imf::TILEDIMAGE
                                                    : Imf::isTiled(version);

@@ -4,12 +4,15 @@
 
 #include <ImfHeader.h>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 
 /// A single-part picture's header and how its pixels lie in the file.
 struct ExrHeader {
     Imf::Header header; ///< as stored: nothing the library adds
     bool isTiled = false;
+    bool hasPartNumbers = false;  ///< each chunk begins with the number of its part
+    std::uint64_t tableStart = 0; ///< where the table of chunks is in the file
 };
 
 /// Reads and checks the header before the library takes memory for anything it announces. Throws

@@ -12,6 +12,7 @@
 #include <ImfTiledInputFile.h>
 #include <algorithm>
 #include <limits>
+#include <set>
 
 namespace {
 
@@ -53,21 +54,20 @@ std::string sourceChannelOf(ExrColour const& colour, std::size_t component)
 
 } // namespace
 
-ExrReader::ExrReader(std::filesystem::path const& file, ReadOptions const& options,
-                     MediaNote const& note)
+ExrReader::ExrReader(std::filesystem::path const& file, ReadOptions const& options)
     : path(file), stream(std::make_unique<CheckedInput>(file)),
       header(readExrHeader(*stream, file, options.mostBytes)),
-      colour(chooseExrColour(header.header, options.layer, file)),
+      colour(options.maskChannel
+                 ? chooseExrMask(header.header, options.layer, *options.maskChannel, file)
+                 : chooseExrColour(header.header, options.layer, file)),
       further(findFurtherChannels(header.header.channels(), colour))
 {
+    bringsFurther = !options.maskChannel;
     describe();
     try {
         openPixels();
     } catch (...) {
         rethrowAsReadError(path, stream->getSystemError());
-    }
-    if (header.isTiled && header.header.tileDescription().mode != Imf::ONE_LEVEL) {
-        note("\"" + path.string() + "\" has several resolutions; only the full one is processed");
     }
 }
 
@@ -94,39 +94,75 @@ void ExrReader::describe()
 
 void ExrReader::openPixels()
 {
+    chunks.emplace(header, *stream, path);
     stream->seekg(0);
     if (colour.kind == ExrColourKind::SubsampledLumaChroma) {
+        // Its rows are read ahead of their strips.
+        chunks->checkRows(info.dataWindow.y0, info.dataWindow.y1 - 1, ExrChunks::Unpacker::Library);
         lumaChroma = std::make_unique<LumaChromaReader>(path, colour);
     }
     if (header.isTiled) {
         tiles = std::make_unique<Imf::TiledInputFile>(*stream);
-        checkComplete(tiles->isComplete());
     } else {
         scanLines = std::make_unique<Imf::InputFile>(*stream);
-        checkComplete(scanLines->isComplete());
         if (ExrZipBlocks::areIn(header.header)) {
             zipBlocks.emplace(header.header);
         }
     }
 }
 
-void ExrReader::checkComplete(bool isComplete) const
-{
-    if (!isComplete) {
-        throwReadError(ImageFailure::File, path,
-                       "the file is incomplete: pixels are missing; make or copy it again");
-    }
-}
-
 int ExrReader::getRowsPerBlock() const
 {
     // A tile may be taller than the picture.
-    return std::min(rowsPerBlockOf(header), info.dataWindow.getHeight());
+    return alignRows(rowsPerBlockOf(header), rowsMultiple, info.dataWindow.getHeight());
+}
+
+std::size_t ExrReader::getFurtherBytesPerRow() const
+{
+    GeRectangle<int> firstRow = info.dataWindow;
+    firstRow.y1 = firstRow.y0 + 1;
+    return bringsFurther ? furtherBytesOf(further, firstRow) : 0;
 }
 
 GeRectangle<int> ExrReader::getStripBounds(int index, int rows) const
 {
     return stripBoundsOf(info.dataWindow, index, rows, order);
+}
+
+std::vector<std::string> ExrReader::listLosses() const
+{
+    if (header.isTiled && header.header.tileDescription().mode != Imf::ONE_LEVEL) {
+        return {quoteName(path.string()) + " has several resolutions; only the full one is kept"};
+    }
+    return {};
+}
+
+std::vector<std::string> ExrReader::listMetadata(FileKind) const
+{
+    // The channels' place and storage, which every file has in its own way; a preview is no
+    // description; and these are the library's own.
+    static std::set<std::string> const storage = {"channels",
+                                                  "chunkCount",
+                                                  "compression",
+                                                  "dataWindow",
+                                                  "displayWindow",
+                                                  "lineOrder",
+                                                  "name",
+                                                  "pixelAspectRatio",
+                                                  "screenWindowCenter",
+                                                  "screenWindowWidth",
+                                                  "tiles",
+                                                  "type",
+                                                  "version",
+                                                  "preview",
+                                                  "dwaCompressionLevel"};
+    std::vector<std::string> names;
+    for (auto attribute = header.header.begin(); attribute != header.header.end(); ++attribute) {
+        if (!storage.contains(attribute.name())) {
+            names.emplace_back(attribute.name());
+        }
+    }
+    return names;
 }
 
 void ExrReader::takePlainStrips()
@@ -142,7 +178,10 @@ void ExrReader::fetchStrip(GeRectangle<int> const& bounds, ImageStrip& strip)
         strip.colour = IxTile(info.format, bounds);
         strip.furtherChannels.resize(bringsFurther ? furtherBytesOf(further, bounds) : 0);
         Imf::FrameBuffer const frame = makeFrame(strip);
-        if (zipBlocks && zipBlocks->suit(frame)) {
+        bool const isUnpackedHere = zipBlocks && zipBlocks->suit(frame);
+        chunks->checkRows(bounds.y0, bounds.y1 - 1,
+                          isUnpackedHere ? ExrChunks::Unpacker::Own : ExrChunks::Unpacker::Library);
+        if (isUnpackedHere) {
             fetchBlocks(bounds, strip.packed);
             return;
         }
@@ -216,7 +255,7 @@ void ExrReader::insertColour(Imf::FrameBuffer& frame, IxTile const& tile) const
     auto const insert = [&](std::string const& name, std::size_t component) {
         insertSamples(frame, name,
                       {isHalf ? Imf::HALF : Imf::FLOAT, first + component * sampleBytes, pixelBytes,
-                       tile.getRowBytes()},
+                       static_cast<std::size_t>(tile.getRowBytes())},
                       tile.getBounds());
     };
     for (std::size_t component = 0; component < exrColourNames.size(); ++component) {
@@ -226,7 +265,7 @@ void ExrReader::insertColour(Imf::FrameBuffer& frame, IxTile const& tile) const
         }
     }
     if (colour.hasAlpha) {
-        insert(colour.prefix + exrAlphaName,
+        insert(colour.alphaName,
                colour.kind == ExrColourKind::AlphaOnly ? 0 : exrColourNames.size());
     }
 }

@@ -2,26 +2,42 @@
 
 #include "media/ExrStreams.h"
 
+#include "files/FileError.h"
+#include "files/OrdinaryFile.h"
 #include "media/ErrorText.h"
+#include "media/ImageTarget.h"
 
 #include <IexBaseExc.h>
 #include <cerrno>
 #include <sys/stat.h>
+#include <unistd.h>
 
-CheckedInput::CheckedInput(std::filesystem::path const& file)
-    : Imf::IStream(file.c_str()), handle(std::fopen(file.c_str(), "rbe"))
+namespace {
+
+int openImageForReading(std::filesystem::path const& file)
 {
-    if (handle == nullptr) {
-        int const error = errno;
-        throwSystemReadError(error, file);
+    try {
+        return openOrdinaryFile(file);
+    } catch (FileError const& error) {
+        bool const isFile = error.getFault() == FileError::Fault::Request;
+        throwReadError(isFile ? ImageFailure::File : ImageFailure::Surroundings, file,
+                       error.what());
     }
+}
+
+} // namespace
+
+CheckedInput::CheckedInput(std::filesystem::path const& file) : Imf::IStream(file.c_str())
+{
+    int const descriptor = openImageForReading(file);
+    handle.reset(::fdopen(descriptor, "rb"));
     struct stat status {};
-    if (::fstat(::fileno(handle.get()), &status) != 0) {
+    if (handle == nullptr || ::fstat(descriptor, &status) != 0) {
         int const error = errno;
+        if (handle == nullptr) {
+            ::close(descriptor);
+        }
         throwSystemReadError(error, file);
-    }
-    if (!S_ISREG(status.st_mode)) {
-        throwReadError(ImageFailure::File, file, "it is not an ordinary file");
     }
     size = static_cast<std::uint64_t>(status.st_size);
 }
@@ -50,20 +66,35 @@ void CheckedInput::seekg(std::uint64_t wanted)
     position = wanted;
 }
 
+void CheckedInput::readAt(std::uint64_t offset, std::span<std::byte> bytes)
+{
+    while (!bytes.empty()) {
+        errno = 0;
+        ssize_t const got =
+            ::pread(::fileno(handle.get()), bytes.data(), bytes.size(), static_cast<off_t>(offset));
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0) {
+            if (got < 0 && systemError == 0) {
+                systemError = errno;
+            }
+            throw Iex::InputExc("unexpected end of file");
+        }
+        offset += static_cast<std::uint64_t>(got);
+        bytes = bytes.subspan(static_cast<std::size_t>(got));
+    }
+}
+
 void CheckedInput::clear()
 {
     std::clearerr(handle.get());
 }
 
-CheckedOutput::CheckedOutput(std::filesystem::path const& file,
-                             std::filesystem::path const& wantedTarget)
-    : Imf::OStream(wantedTarget.c_str()), handle(std::fopen(file.c_str(), "wbe")),
-      target(wantedTarget)
+CheckedOutput::CheckedOutput(TemporaryFile& temporary)
+    : Imf::OStream(temporary.getTarget().c_str()), handle(takeImageStream(temporary)),
+      target(temporary.getTarget())
 {
-    if (handle == nullptr) {
-        int const error = errno;
-        throwSystemWriteError(error, target);
-    }
 }
 
 void CheckedOutput::fail()

@@ -1,10 +1,25 @@
 #pragma once
 
+#include "files/TemporaryFile.h"
+
 #include <ImfIO.h>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <span>
+
+/// The low byte of a file's numbers comes first.
+template <typename Number>
+Number readNumber(std::byte const* bytes)
+{
+    Number number = 0;
+    for (std::size_t index = sizeof(Number); index-- > 0;) {
+        number = static_cast<Number>(number << 8U | static_cast<Number>(bytes[index]));
+    }
+    return number;
+}
 
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -21,6 +36,9 @@ public:
     std::uint64_t tellg() override { return position; }
     void seekg(std::uint64_t wanted) override;
     void clear() override;
+
+    /// Fills `bytes` from `offset` on, apart from where read() is. Throws Iex::InputExc.
+    void readAt(std::uint64_t offset, std::span<std::byte> bytes);
 
     /// Bytes in the file.
     std::uint64_t getSize() const { return size; }
@@ -39,8 +57,8 @@ private:
 /// the first error is kept and reported by close(). One thread at a time.
 class CheckedOutput : public Imf::OStream {
 public:
-    /// Opens an existing file and empties it; throws ImageFileError about `target`.
-    CheckedOutput(std::filesystem::path const& file, std::filesystem::path const& target);
+    /// Takes the stream of the file; throws ImageFileError about its target.
+    explicit CheckedOutput(TemporaryFile& temporary);
 
     void write(char const* bytes, int count) override;
     std::uint64_t tellp() override { return position; }

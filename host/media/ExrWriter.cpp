@@ -3,6 +3,8 @@
 #include "media/ExrWriter.h"
 
 #include "media/ErrorText.h"
+#include "media/ExrCompression.h"
+#include "media/ImageTarget.h"
 #include "media/LumaChroma.h"
 #include "media/PixelRows.h"
 
@@ -73,19 +75,26 @@ bool isConverted(ExrColourKind kind)
 
 } // namespace
 
-ExrWriter::ExrWriter(std::filesystem::path const& file, ImageSource const& source,
-                     IxPixelFormat const& resultFormat, bool keepsInputDepth,
-                     MediaNote const& mediaNote)
-    : note(mediaNote), temporary(file), format(resultFormat)
+ExrWriter::ExrWriter(std::filesystem::path const& file, ImageSource& source,
+                     IxPixelFormat const& resultFormat, WriteOptions const& options,
+                     MediaReport const& mediaReport)
+    : report(mediaReport), temporary(makeTemporaryImage(file)), format(resultFormat)
 {
     if (auto const* const reader = dynamic_cast<ExrReader const*>(&source)) {
-        planFromExr(*reader, keepsInputDepth);
+        planFromExr(*reader, options.keepsInputDepth);
+        applyCompression(options.compression, header);
+        reportRecompressed(*reader);
     } else {
         planFromOther(source);
+        applyCompression(options.compression, header);
+    }
+    if (options.compression && packsNothing(header)) {
+        report.note(quoteName(file.string()) + " stays as large as without compression: " +
+                    nameCompression(header.compression()) + " packs half only");
     }
     rowsLeft = source.getInfo().dataWindow.getHeight();
     try {
-        open();
+        open(source);
     } catch (...) {
         rethrowAsWriteError(file, stream != nullptr ? stream->getSystemError() : 0);
     }
@@ -138,8 +147,8 @@ void ExrWriter::planFromExr(ExrReader const& reader, bool keepsInputDepth)
         add(alpha, colour.kind == ExrColourKind::AlphaOnly ? 0 : exrColourNames.size(), alpha);
     }
     if (isConverted(colour.kind)) {
-        note("\"" + temporary.getTarget().string() +
-             "\" holds R, G and B in place of luminance and chroma");
+        report.note("\"" + temporary.getTarget().string() +
+                    "\" holds R, G and B in place of luminance and chroma");
     }
     header.channels() = kept;
     if (isTiled && header.tileDescription().mode != Imf::ONE_LEVEL) {
@@ -169,9 +178,37 @@ void ExrWriter::planFromOther(ImageSource const& source)
         format.getComponents() == IxPixelFormat::RGBA && !info.format.isPremultiplied();
 }
 
-void ExrWriter::open()
+/// Names the channels that should be copied to the bit and cannot be.
+void ExrWriter::reportRecompressed(ExrReader const& reader) const
 {
-    stream = std::make_unique<CheckedOutput>(temporary.getPath(), temporary.getTarget());
+    Imf::Header const& old = reader.getHeader().header;
+    Imf::ChannelList copied;
+    for (auto channel = header.channels().begin(); channel != header.channels().end(); ++channel) {
+        bool const isColour =
+            std::any_of(colours.begin(), colours.end(), [&](ColourChannel const& colour) {
+                return colour.name == channel.name() && colour.component < exrColourNames.size() &&
+                       reader.getColour().kind != ExrColourKind::AlphaOnly;
+            });
+        // A channel that was widened holds the same values; one that was narrowed is not copied.
+        auto const* const before = old.channels().findChannel(channel.name());
+        if (!isColour && before != nullptr && before->type == channel.channel().type) {
+            copied.insert(channel.name(), channel.channel());
+        }
+    }
+    auto const names = listLossyChannels(copied, old.compression(), header.compression());
+    if (!names.empty()) {
+        report.note(quoteName(temporary.getTarget().string()) + " is packed with " +
+                    nameCompression(header.compression()) +
+                    ", which can change channels that are otherwise copied: " +
+                    quoteList(names, names.size()) +
+                    "; the compressions none, rle, zips, zip and "
+                    "piz keep them");
+    }
+}
+
+void ExrWriter::open(ImageSource& source)
+{
+    stream = std::make_unique<CheckedOutput>(temporary);
     if (isTiled) {
         tiles = std::make_unique<Imf::TiledOutputFile>(*stream, header);
     } else {
@@ -183,6 +220,9 @@ void ExrWriter::open()
     if (!isTiled && isCopied && ExrZipBlocks::areIn(header)) {
         // The library has written the header and an empty table; the rest is written here.
         zipBlocks.emplace(header);
+        if (auto* const media = dynamic_cast<MediaSource*>(&source)) {
+            media->alignStrips(zipBlocks->getRowsPerBlock());
+        }
         blockOffsets.resize(static_cast<std::size_t>(zipBlocks->countBlocks()));
         std::uint64_t const tableEnd = stream->tellp();
         scanLines.reset();
@@ -318,11 +358,11 @@ void ExrWriter::insertColour(Imf::FrameBuffer& frame, IxTile const& result) cons
         ColourChannel const& colour = colours[index];
         std::size_t const sampleBytes = bytesOf(colour.type);
         if (isDirect(colour)) {
-            insertSamples(frame, colour.name,
-                          {colour.type,
-                           guard.getRow(bounds.y0) + colour.component * tileSampleBytes,
-                           format.getBytesPerPixel(), result.getRowBytes()},
-                          bounds);
+            insertSamples(
+                frame, colour.name,
+                {colour.type, guard.getRow(bounds.y0) + colour.component * tileSampleBytes,
+                 format.getBytesPerPixel(), static_cast<std::size_t>(result.getRowBytes())},
+                bounds);
         } else {
             insertSamples(frame, colour.name,
                           {colour.type, const_cast<std::byte*>(planes[index].data()), sampleBytes,
@@ -371,10 +411,11 @@ void ExrWriter::finish()
     writeBlockTable();
     stream->close();
     check();
-    temporary.publish();
+    publishImage(temporary);
     if (hasLostColour) {
-        note("\"" + temporary.getTarget().string() +
-             "\" holds luminance only, as its source did: the colour of the result is not in it");
+        report.warn(
+            "\"" + temporary.getTarget().string() +
+            "\" holds luminance only, as its source did: the colour of the result is not in it");
     }
 }
 

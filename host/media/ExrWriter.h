@@ -1,8 +1,11 @@
 #pragma once
 
+#include "files/TemporaryFile.h"
 #include "media/ExrReader.h"
 #include "media/ExrZipBlocks.h"
-#include "media/TemporaryFile.h"
+#include "media/MediaOptions.h"
+#include "media/MediaReport.h"
+#include "runtime/engine/ImageSink.h"
 
 #include <ImathVec.h>
 #include <ImfForward.h>
@@ -12,14 +15,14 @@
 #include <vector>
 
 /// Writes an EXR picture. From an EXR source it keeps all but the colour: attributes, windows,
-/// tiling, line order, compression, names, order and further channels. From another source it makes
-/// a picture of R, G, B (and A) with ZIP compression. Samples of a channel's own type are written
-/// from the tile without a pass of their own.
+/// tiling, line order, compression (unless another is chosen), names, order and further channels.
+/// From another source it makes a picture of R, G, B (and A) with ZIP compression. Samples of a
+/// channel's own type are written from the tile without a pass of their own.
 class ExrWriter : public ImageSink {
 public:
     /// Begins the file; see createImage.
-    ExrWriter(std::filesystem::path const& file, ImageSource const& source,
-              IxPixelFormat const& format, bool keepsInputDepth, MediaNote const& note);
+    ExrWriter(std::filesystem::path const& file, ImageSource& source, IxPixelFormat const& format,
+              WriteOptions const& options, MediaReport const& mediaReport);
     ~ExrWriter() override;
 
     void packStrip(IxTile const& result, ImageStrip& strip) const override;
@@ -38,7 +41,8 @@ private:
     void planFromOther(ImageSource const& source);
     void addColour(Imf::ChannelList& channels, ColourChannel const& colour,
                    Imf::Channel const& likeness);
-    void open();
+    void reportRecompressed(ExrReader const& reader) const;
+    void open(ImageSource& source);
     bool isDirect(ColourChannel const& channel) const;
     void convert(IxTile const& result);
     void insertColour(Imf::FrameBuffer& frame, IxTile const& result) const;
@@ -51,7 +55,7 @@ private:
     float luminanceOf(float const* pixel);
     void check() const;
 
-    MediaNote note;
+    MediaReport report;
     TemporaryFile temporary;
     IxPixelFormat format;
     Imf::Header header;

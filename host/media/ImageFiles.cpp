@@ -6,8 +6,9 @@
 #include "media/ExrReader.h"
 #include "media/ExrWriter.h"
 #include "media/ImageFormats.h"
+#include "media/ImageTarget.h"
+#include "media/MediaSource.h"
 #include "media/OiioModule.h"
-#include "media/TemporaryFile.h"
 
 #include <ImfThreading.h>
 #include <algorithm>
@@ -43,12 +44,16 @@ FileKind requireFileKind(std::filesystem::path const& file)
     return *kind;
 }
 
-FileKind checkKindAndDepth(std::filesystem::path const& file, IxPixelFormat::Depth depth)
+FileKind checkKind(std::filesystem::path const& file, IxPixelFormat::Depth depth,
+                   WriteOptions const& options)
 {
     FileKind const kind = requireFileKind(file);
     if (kind == FileKind::Exr && depth == IxPixelFormat::UINT8) {
         throwWriteError(ImageFailure::Request, file,
                         "EXR holds no 8-bit channels; choose 16 or 32 bit, or another file format");
+    }
+    if (kind != FileKind::Exr && options.compression) {
+        throwWriteError(ImageFailure::Request, file, "a compression can be chosen for EXR only");
     }
     return kind;
 }
@@ -63,7 +68,7 @@ OiioModule& oiioModule()
 } // namespace
 
 std::unique_ptr<ImageSource> openImage(std::filesystem::path const& file,
-                                       ReadOptions const& options, MediaNote const& note)
+                                       ReadOptions const& options)
 {
     std::error_code ignored;
     if (std::filesystem::is_directory(file, ignored)) {
@@ -76,25 +81,40 @@ std::unique_ptr<ImageSource> openImage(std::filesystem::path const& file,
         rethrowAsReadError(file, 0);
     }
     if (isExrFile) {
-        return std::make_unique<ExrReader>(file, options, note);
+        return std::make_unique<ExrReader>(file, options);
     }
-    return oiioModule().open(file, options, note);
+    return oiioModule().open(file, options);
 }
 
-void checkOutput(std::filesystem::path const& file, IxPixelFormat::Depth depth)
+void checkOutput(std::filesystem::path const& file, IxPixelFormat::Depth depth,
+                 WriteOptions const& options)
 {
-    checkKindAndDepth(file, depth);
-    checkTarget(file);
+    checkKind(file, depth, options);
+    checkImageTarget(file);
 }
 
 std::unique_ptr<ImageSink> createImage(std::filesystem::path const& file, ImageSource& source,
-                                       IxPixelFormat const& format, bool keepsInputDepth,
-                                       MediaNote const& note)
+                                       IxPixelFormat const& format, WriteOptions const& options,
+                                       MediaReport const& report)
 {
-    if (checkKindAndDepth(file, format.getDepth()) == FileKind::Exr) {
-        return std::make_unique<ExrWriter>(file, source, format, keepsInputDepth, note);
+    FileKind const kind = checkKind(file, format.getDepth(), options);
+    if (auto const* const media = dynamic_cast<MediaSource const*>(&source)) {
+        for (std::string const& loss : media->listLosses()) {
+            report.warn(loss);
+        }
+        std::vector<std::string> lost;
+        if (media->getKind() != kind) {
+            lost = media->listMetadata(kind);
+        }
+        if (!lost.empty()) {
+            report.warn(quoteName(file.string()) +
+                        " lacks metadata of its source: " + quoteList(lost));
+        }
     }
-    return oiioModule().create(file, source, format, keepsInputDepth, note);
+    if (kind == FileKind::Exr) {
+        return std::make_unique<ExrWriter>(file, source, format, options, report);
+    }
+    return oiioModule().create(file, source, format, options, report);
 }
 
 void setMediaThreads(int threads)

@@ -1,6 +1,14 @@
 #pragma once
 
+#include "media/ImageFormats.h"
 #include "runtime/engine/ImageSource.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <numeric>
+#include <optional>
+#include <string>
+#include <vector>
 
 /// What the sinks of other file kinds want to know of a source beyond its ImageInfo.
 class MediaSource : public ImageSource {
@@ -11,10 +19,29 @@ public:
     /// The file holds channels that the strips do not bring along in their tiles.
     virtual bool hasFurtherChannels() const = 0;
 
+    /// What of the file no sink gets to see, a line each; empty for most files.
+    virtual std::vector<std::string> listLosses() const = 0;
+
+    /// The file's kind if it is one that can be written.
+    virtual std::optional<FileKind> getKind() const = 0;
+
+    /// Names of the attributes that a file of the other kind `target` does not get: what tells of
+    /// the picture, not how it is stored.
+    virtual std::vector<std::string> listMetadata(FileKind target) const = 0;
+
     /// From now on strips run from top to bottom and bring no further channels. Before the first
     /// strip.
     virtual void takePlainStrips() = 0;
+
+    /// From now on strips have a multiple of `rows` rows too. Before the first strip.
+    virtual void alignStrips(int rows) = 0;
 };
+
+/// The least multiple of both, but no more than there are: what getRowsPerBlock gives.
+inline int alignRows(int rows, int multiple, int height)
+{
+    return static_cast<int>(std::min<std::int64_t>(std::lcm<std::int64_t>(rows, multiple), height));
+}
 
 /// The order in which strips of rows are taken.
 enum class StripOrder { TopToBottom, BottomToTop };

@@ -1,7 +1,12 @@
 #pragma once
 
-#include "media/ImageFiles.h"
+#include "media/ImageFailure.h"
+#include "media/MediaOptions.h"
+#include "media/MediaReport.h"
+#include "runtime/engine/ImageSink.h"
+#include "runtime/engine/ImageSource.h"
 
+#include <filesystem>
 #include <memory>
 
 /// What the module for files other than EXR offers. It lives until the process ends.
@@ -9,11 +14,12 @@ class OiioModule {
 public:
     virtual ~OiioModule() = default;
 
-    virtual std::unique_ptr<ImageSource>
-    open(std::filesystem::path const& file, ReadOptions const& options, MediaNote const& note) = 0;
+    virtual std::unique_ptr<ImageSource> open(std::filesystem::path const& file,
+                                              ReadOptions const& options) = 0;
     virtual std::unique_ptr<ImageSink> create(std::filesystem::path const& file,
                                               ImageSource& source, IxPixelFormat const& format,
-                                              bool keepsInputDepth, MediaNote const& note) = 0;
+                                              WriteOptions const& options,
+                                              MediaReport const& report) = 0;
     virtual void setThreads(int threads) = 0;
 };
 

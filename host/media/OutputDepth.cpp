@@ -1,6 +1,7 @@
 #include "media/OutputDepth.h"
 
 #include "base/Assertions.h"
+#include "media/MediaSource.h"
 
 namespace {
 
@@ -28,7 +29,13 @@ OutputDepth chooseSamples(FileKind kind, IxPixelFormat::Depth depth, SampleStora
         if (keepsInteger) {
             return integerOf(sourceBytes);
         }
-        return depth == IxPixelFormat::UINT8 ? integerOf(8) : OutputDepth{SampleStorage::Float, 32};
+        if (depth == IxPixelFormat::UINT8) {
+            return integerOf(8);
+        }
+        return depth == IxPixelFormat::FLOAT16 &&
+                       (!keepsInputDepth || source == SampleStorage::Half)
+                   ? OutputDepth{SampleStorage::Half, 16}
+                   : OutputDepth{SampleStorage::Float, 32};
     case FileKind::Exr: break;
     }
     Assertions::throwProgramAborted("OutputDepth", __LINE__, "kind");
@@ -36,12 +43,20 @@ OutputDepth chooseSamples(FileKind kind, IxPixelFormat::Depth depth, SampleStora
 
 } // namespace
 
+SampleStorage storageToKeep(ImageSource const& source)
+{
+    auto const* const media = dynamic_cast<MediaSource const*>(&source);
+    bool const isExr = media != nullptr && media->getKind() == FileKind::Exr;
+    SampleStorage const storage = source.getInfo().storage;
+    return isExr && storage == SampleStorage::Half ? SampleStorage::Float : storage;
+}
+
 OutputDepth chooseOutputDepth(FileKind kind, IxPixelFormat::Depth depth, SampleStorage source,
                               int sourceBits, bool keepsInputDepth)
 {
     OutputDepth chosen = chooseSamples(kind, depth, source, sourceBits, keepsInputDepth);
     int const tileBits = depth == IxPixelFormat::UINT8 ? 8 : 32;
     int const neededBits = isInteger(source) && keepsInputDepth ? sourceBits : tileBits;
-    chosen.isReduced = chosen.bits < neededBits;
+    chosen.isReduced = chosen.storage != SampleStorage::Half && chosen.bits < neededBits;
     return chosen;
 }

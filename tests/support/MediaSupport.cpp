@@ -124,23 +124,41 @@ std::map<std::string, std::string> loadAttributes(std::filesystem::path const& f
 }
 
 void writeOther(std::filesystem::path const& file, int width, int channels, int bits,
-                std::string const& samples)
+                std::string const& samples, OtherAttributes const& attributes)
 {
     OIIO::TypeDesc const type = bits == 8 ? OIIO::TypeDesc::UINT8 : OIIO::TypeDesc::UINT16;
     int const rows = static_cast<int>(samples.size()) / (width * channels * bits / 8);
     OIIO::ImageSpec spec(width, rows, channels, type);
     spec.attribute("oiio:UnassociatedAlpha", 1);
+    for (auto const& [name, text] : attributes) {
+        spec.attribute(name, text);
+    }
     auto const output = OIIO::ImageOutput::create(file.string());
     ASSERT_TRUE(output && output->open(file.string(), spec) &&
                 output->write_image(type, samples.data()) && output->close());
+}
+
+OtherAttributes loadOtherAttributes(std::filesystem::path const& file)
+{
+    auto const input = OIIO::ImageInput::open(file.string());
+    OtherAttributes attributes;
+    if (input != nullptr) {
+        attributes["type"] = input->spec().format.c_str();
+        for (OIIO::ParamValue const& attribute : input->spec().extra_attribs) {
+            attributes[attribute.name().string()] = attribute.get_string();
+        }
+    }
+    return attributes;
 }
 
 std::vector<std::string> copyImage(std::filesystem::path const& from,
                                    std::filesystem::path const& to, CopyOptions const& options)
 {
     std::vector<std::string> notes;
-    MediaNote const note = [&](std::string const& text) { notes.push_back(text); };
-    auto const source = openImage(from, {.layer = options.layer}, note);
+    MediaReport const report = {
+        .note = [&](std::string const& text) { notes.push_back(text); },
+        .warn = [&](std::string const& text) { notes.push_back("warning: " + text); }};
+    auto const source = openImage(from, {.layer = options.layer});
     bool const keepsDepth = options.depth == IxPixelFormat::COMPLEX;
     IxPixelFormat const& read = source->getInfo().format;
     IxPixelFormat const format =
@@ -148,7 +166,9 @@ std::vector<std::string> copyImage(std::filesystem::path const& from,
             ? IxPixelFormat(read.getComponents(), keepsDepth ? read.getDepth() : options.depth,
                             read.getAspectRatio(), read.isPremultiplied())
             : IxPixelFormat(IxPixelFormat::RGB, IxPixelFormat::FLOAT32, {}, false);
-    auto const sink = createImage(to, *source, format, keepsDepth, note);
+    auto const sink =
+        createImage(to, *source, format,
+                    {.keepsInputDepth = keepsDepth, .compression = options.compression}, report);
     int const rows = source->getRowsPerBlock() * options.blocksPerStrip;
     int const strips = (source->getInfo().dataWindow.getHeight() - 1) / rows + 1;
     ImageStrip strip;
@@ -179,7 +199,7 @@ std::vector<std::string> copyImage(std::filesystem::path const& from,
 
 std::vector<float> loadValues(std::filesystem::path const& file)
 {
-    auto const source = openImage(file, {}, [](std::string const&) {});
+    auto const source = openImage(file, {});
     ImageInfo const& info = source->getInfo();
     auto const rowSamples =
         static_cast<std::size_t>(info.dataWindow.getWidth() * info.format.getNbComponents());

@@ -63,17 +63,23 @@ std::map<std::string, std::string> loadAttributes(std::filesystem::path const& f
 
 /// A file of any other format, written by OpenImageIO as one with unassociated alpha. `samples` are
 /// bytes or words of 16 bit.
+using OtherAttributes = std::map<std::string, std::string>;
 void writeOther(std::filesystem::path const& file, int width, int channels, int bits,
-                std::string const& samples);
+                std::string const& samples, OtherAttributes const& attributes = {});
+
+/// What OpenImageIO says of a file besides its pixels, numbers as text; and its sample type as
+/// "type".
+OtherAttributes loadOtherAttributes(std::filesystem::path const& file);
 
 /// How a picture is copied with the code under test.
 struct CopyOptions {
     std::string layer{};
     IxPixelFormat::Depth depth = IxPixelFormat::COMPLEX; ///< COMPLEX: the source's, kept
     int blocksPerStrip = 2;
+    std::optional<CompressionChoice> compression{};
     std::vector<float> colour{}; ///< if any, that of every pixel: red, green, blue
 };
-/// Returns the notes.
+/// Returns what was reported: notes as they are, warnings after "warning: ".
 std::vector<std::string> copyImage(std::filesystem::path const& from,
                                    std::filesystem::path const& to,
                                    CopyOptions const& options = {});

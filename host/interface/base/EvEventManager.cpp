@@ -1,5 +1,7 @@
 #include "base/EvEventManager.h"
 
+#include "base/HostException.h"
+
 #include <exception>
 #include <typeinfo>
 #include <utility>
@@ -17,7 +19,33 @@ std::string describeCurrentException()
     }
 }
 
+/// Fails with a text that was made where the failure happened.
+class FailedEvent : public EvRequestEvent {
+public:
+    explicit FailedEvent(std::string failureText) : text(std::move(failureText)) {}
+    void execute() override { throw HostException(text); }
+
+private:
+    std::string text;
+};
+
+thread_local EvSource currentSource;
+
 } // namespace
+
+EvSource EvSource::getCurrent()
+{
+    return currentSource;
+}
+
+EvSourceScope::EvSourceScope(EvSource const& source) : former(std::exchange(currentSource, source))
+{
+}
+
+EvSourceScope::~EvSourceScope()
+{
+    currentSource = former;
+}
 
 EvEventManager& EvEventManager::getInstance()
 {
@@ -35,21 +63,36 @@ void EvEventManager::post(OPtr<EvRequestEvent> event)
     if (event.isNull()) {
         RCExUtil::throwExNullPtr(typeid(EvRequestEvent));
     }
-    QueuedEvent queued{0, std::move(event)};
-    {
-        std::lock_guard const lock(mutex);
-        queued.number = ++lastNumber;
-        queue.push_back(std::move(queued));
-    }
+    QueuedEvent queued{0, currentSource, std::move(event)};
+    std::unique_lock lock(mutex);
+    queued.number = ++lastNumber;
+    queue.push_back(std::move(queued));
     eventQueued.notify_all();
+    wake(lock);
+}
+
+void EvEventManager::postCurrentException()
+{
+    post(makeOwned<FailedEvent>(describeCurrentException()));
+}
+
+void EvEventManager::setWakeUp(std::function<void()> newWakeUp)
+{
+    std::unique_lock lock(mutex);
+    wakeUp.swap(newWakeUp);
+    wakeUpEnded.wait(lock, [this] { return nbWakeUps == 0; });
+    isAwake = false;
+    if (!queue.empty()) {
+        wake(lock);
+    }
 }
 
 int EvEventManager::processEvents()
 {
-    auto const last = getLastNumber();
+    auto const last = beginTaking();
     int nbProcessed = 0;
-    while (auto event = takeNextUpTo(last)) {
-        runAndDestroy(std::move(event));
+    for (auto next = takeNextUpTo(last); next.event; next = takeNextUpTo(last)) {
+        runAndDestroy(std::move(next));
         ++nbProcessed;
     }
     return nbProcessed;
@@ -63,10 +106,10 @@ bool EvEventManager::waitForEvents(std::chrono::milliseconds longest)
 
 void EvEventManager::discardEvents()
 {
-    auto const last = getLastNumber();
-    while (auto event = takeNextUpTo(last)) {
+    auto const last = beginTaking();
+    for (auto next = takeNextUpTo(last); next.event; next = takeNextUpTo(last)) {
         try {
-            event = nullptr;
+            next.event = nullptr;
         } catch (...) {
             reportCurrentException();
         }
@@ -83,35 +126,55 @@ std::vector<std::string> EvEventManager::takeFailures()
     return std::exchange(keptFailures, {});
 }
 
-std::uint64_t EvEventManager::getLastNumber()
+std::uint64_t EvEventManager::beginTaking()
 {
     std::lock_guard const lock(mutex);
+    isAwake = false;
     return lastNumber;
 }
 
-OPtr<EvRequestEvent> EvEventManager::takeNextUpTo(std::uint64_t number)
+EvEventManager::QueuedEvent EvEventManager::takeNextUpTo(std::uint64_t number)
 {
     std::lock_guard const lock(mutex);
     if (queue.empty() || queue.front().number > number) {
         return {};
     }
-    auto event = std::move(queue.front().event);
+    auto next = std::move(queue.front());
     queue.pop_front();
-    return event;
+    return next;
 }
 
-void EvEventManager::runAndDestroy(OPtr<EvRequestEvent> event)
+void EvEventManager::runAndDestroy(QueuedEvent queued)
 {
+    EvSourceScope const source(queued.source);
     try {
-        event->execute();
+        queued.event->execute();
     } catch (...) {
         reportCurrentException();
     }
     try {
-        event = nullptr;
+        queued.event = nullptr;
     } catch (...) {
         reportCurrentException();
     }
+}
+
+// Called with the lock, which is open while the wake-up runs.
+void EvEventManager::wake(std::unique_lock<std::mutex>& lock)
+{
+    if (!wakeUp || isAwake) {
+        return;
+    }
+    {
+        auto const called = wakeUp;
+        isAwake = true;
+        ++nbWakeUps;
+        lock.unlock();
+        [&]() noexcept { called(); }();
+    }
+    lock.lock();
+    --nbWakeUps;
+    wakeUpEnded.notify_all();
 }
 
 // Call from within a catch clause. A reporter that throws does not stop the queue: both texts are

@@ -28,11 +28,14 @@ inline bool isInstructionSetAvailable(InInstructionSet set)
     return set == InInstructionSet::Baseline;
 }
 
+/// Names one of the sets, or nothing.
+inline constexpr char const* inInstructionSetVariable = "REMAPCOLOR_INSTRUCTIONS";
+
 /// The fastest available one, or the one that the environment variable REMAPCOLOR_INSTRUCTIONS
 /// names ("Baseline", "Avx2", "Avx512") if it is available. Ask once and keep the answer.
 inline InInstructionSet chooseInstructionSet()
 {
-    char const* const wanted = std::getenv("REMAPCOLOR_INSTRUCTIONS");
+    char const* const wanted = std::getenv(inInstructionSetVariable);
     auto fastest = InInstructionSet::Baseline;
     for (InInstructionSet const set : inAllInstructionSets) {
         if (isInstructionSetAvailable(set)) {

@@ -82,6 +82,15 @@ IxTile::IxTile(IxPixelFormat const& pixelFormat, GeRectangle<int> const& tileBou
 {
     auto const width = static_cast<std::size_t>(std::max(bounds.getWidth(), 0));
     auto const height = static_cast<std::size_t>(std::max(bounds.getHeight(), 0));
-    rowBytes = (width * format.getBytesPerPixel() + rowAlignment - 1) / rowAlignment * rowAlignment;
-    buffer = takeBuffer(std::max(rowBytes * height, rowAlignment));
+    std::size_t const rowSize =
+        (width * format.getBytesPerPixel() + rowAlignment - 1) / rowAlignment * rowAlignment;
+    rowBytes = static_cast<std::ptrdiff_t>(rowSize);
+    buffer = takeBuffer(std::max(rowSize * height, rowAlignment));
+}
+
+IxTile::IxTile(IxPixelFormat const& pixelFormat, GeRectangle<int> const& tileBounds,
+               std::byte* firstRow, std::ptrdiff_t rowStep)
+    : format(pixelFormat), bounds(tileBounds), rowBytes(rowStep),
+      buffer(std::shared_ptr<std::byte>(), firstRow)
+{
 }

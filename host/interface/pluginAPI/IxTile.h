@@ -17,12 +17,18 @@ public:
     /// cleared. Rows start at multiples of 64 bytes. Throws std::bad_alloc.
     IxTile(IxPixelFormat const& pixelFormat, GeRectangle<int> const& tileBounds);
 
+    /// A tile in memory that is not the host's: row y0 of `tileBounds` starts at `firstRow`, each
+    /// next one `rowStep` bytes (which may be negative) further. The memory must outlive all copies
+    /// of the tile.
+    IxTile(IxPixelFormat const& pixelFormat, GeRectangle<int> const& tileBounds,
+           std::byte* firstRow, std::ptrdiff_t rowStep);
+
     IxPixelFormat const& getPixelFormat() const { return format; }
     GeRectangle<int> const& getBounds() const { return bounds; }
     bool isNull() const { return buffer == nullptr; }
 
-    /// Distance between the starts of two rows, in bytes.
-    std::size_t getRowBytes() const { return rowBytes; }
+    /// Distance between the starts of two rows, in bytes; not below 0 for the host's own memory.
+    std::ptrdiff_t getRowBytes() const { return rowBytes; }
 
 private:
     friend class IxReadGuard;
@@ -30,7 +36,7 @@ private:
 
     IxPixelFormat format;
     GeRectangle<int> bounds;
-    std::size_t rowBytes = 0;
+    std::ptrdiff_t rowBytes = 0;
     std::shared_ptr<std::byte> buffer;
 };
 
@@ -45,7 +51,7 @@ public:
     /// First byte of row `y`, which must lie within the tile's bounds.
     std::byte const* getRow(int y) const
     {
-        return tile.buffer.get() + static_cast<std::size_t>(y - tile.bounds.y0) * tile.rowBytes;
+        return tile.buffer.get() + static_cast<std::ptrdiff_t>(y - tile.bounds.y0) * tile.rowBytes;
     }
 
 private:
@@ -62,7 +68,7 @@ public:
     /// First byte of row `y`, which must lie within the tile's bounds.
     std::byte* getRow(int y) const
     {
-        return tile.buffer.get() + static_cast<std::size_t>(y - tile.bounds.y0) * tile.rowBytes;
+        return tile.buffer.get() + static_cast<std::ptrdiff_t>(y - tile.bounds.y0) * tile.rowBytes;
     }
 
 private:

@@ -41,7 +41,9 @@ public:
     /// The top-level input of that name; `mustExist` as for members.
     virtual RCShdPtr<PiInput> findInput(std::string const& name, bool mustExist) const = 0;
 
-    /// The value of an input or the stored value of that full name; `mustExist` as for members.
+    /// The value of an input or the stored value of that full name; empty when there is none.
+    /// `mustExist` says that the caller cannot do without: our host leaves it to the caller's check
+    /// of the handle, whose failure names the type that is missed.
     virtual RCShdPtr<PiValue> findValue(std::string const& name, bool mustExist) const = 0;
 
     /// The controller; empty for a node without one.

@@ -76,8 +76,10 @@ public:
     explicit PiToolPolicyDescriptor(PiToolDescriptor* hostRecord) : record(hostRecord) {}
 
     /// Declares an input.
+    // NOLINTNEXTLINE(readability-identifier-naming): the plain word is a keyword
     void requires_(std::string const& name, PiSocketType type,
                    RCShdPtr<PiInputPolicy const> const& policy, PiSocketType::Cardinality);
+    // NOLINTNEXTLINE(readability-identifier-naming): the plain word is a keyword
     void requires_(std::string const& name, PiStructuredPolicyDescriptor const& structure,
                    PiSocketType::Cardinality);
 

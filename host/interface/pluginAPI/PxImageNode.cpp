@@ -1,9 +1,13 @@
 #include "pluginAPI/PxImageNode.h"
 
-IxTile PxImageProtocol::allocateImageBuffer(PxImageContext const&,
+IxTile PxImageProtocol::allocateImageBuffer(PxImageContext const& context,
                                             GeRectangle<int> const& region) const
 {
-    return {getImageFormat().getPixelFormat(), region};
+    IxPixelFormat const format = getImageFormat().getPixelFormat();
+    IxTile const& target = context.getTarget();
+    bool const fits =
+        !target.isNull() && target.getBounds() == region && target.getPixelFormat() == format;
+    return fits ? target : IxTile(format, region);
 }
 
 PxImageNode::PxImageNode(Init const& init, PxNodePtr<PxImageProtocol const> const& source)

@@ -29,7 +29,8 @@ public:
 protected:
     PxImageProtocol() : PxNode(Init()) {}
 
-    /// A fresh tile for the region in this node's format; its pixels are not cleared.
+    /// A tile for the region in this node's format: the context's target if that fits, else a
+    /// fresh one. Its pixels are not cleared.
     IxTile allocateImageBuffer(PxImageContext const& context, GeRectangle<int> const& region) const;
 };
 

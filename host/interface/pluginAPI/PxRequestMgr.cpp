@@ -5,6 +5,7 @@
 #include "base/Assertions.h"
 #include "base/EvEventManager.h"
 #include "base/HostException.h"
+#include "pluginAPI/PxSubmitter.h"
 
 #include <system_error>
 #include <typeinfo>
@@ -50,6 +51,16 @@ private:
     std::string text;
 };
 
+/// Tells a submitter that a request was cancelled.
+class PxRequestMgr::CancelEvent : public EvRequestEvent {
+public:
+    void execute() override
+    {
+        constexpr bool isCancelled = true;
+        PxSubmitter::tellLoss(isCancelled, "");
+    }
+};
+
 /// Brings a request that was released while it ran to the user-interface thread, to die there with
 /// the event.
 class PxRequestMgr::ReleaseEvent : public EvRequestEvent {
@@ -93,6 +104,7 @@ void PxRequestMgr::submit(PxRequest* request, int priority)
     std::lock_guard const lock(mutex);
     Assertions::check(findRecord(request) == nullptr, "findRecord(request) == nullptr");
     QueuePlace const place(priority, ++nbSubmitted);
+    EvSource const source = PxSubmitter::describeNext(nbSubmitted);
     records.try_emplace(request);
     try {
         queue.emplace(place, request);
@@ -105,7 +117,9 @@ void PxRequestMgr::submit(PxRequest* request, int priority)
     // Nothing below throws: the manager is the owner from here on.
     Record& record = records.at(request);
     record.place = place;
+    record.source = source;
     record.request = OPtr<PxRequest>(request);
+    PxSubmitter::keepNewest(source);
     workAvailable.notify_one();
 }
 
@@ -121,10 +135,20 @@ void PxRequestMgr::cancel(PxRequest* request)
     if (record == nullptr) {
         return;
     }
-    record->isCancelled = true;
+    bool const isOpen =
+        record->state == State::Queued || (record->state == State::Running && !record->hasPosted);
+    // A failure has been told, or will be.
+    bool const isLoss =
+        isOpen && !std::exchange(record->isCancelled, true) && record->failure == nullptr;
+    EvSource const source = record->source;
     if (record->state == State::Queued) {
         queue.erase(record->place);
         setState(*request, State::Cancelled);
+    }
+    lock.unlock();
+    if (isLoss && source.owner != 0) {
+        EvSourceScope const comesOf(source);
+        EvEventManager::getInstance().post(makeOwned<CancelEvent>());
     }
 }
 
@@ -210,8 +234,9 @@ void PxRequestMgr::runWorker()
             return;
         }
         PxRequest& request = takeNext();
+        EvSource const source = findRecord(&request)->source;
         lock.unlock();
-        execute(request);
+        execute(request, source);
         lock.lock();
     }
 }
@@ -225,13 +250,15 @@ PxRequest& PxRequestMgr::takeNext()
     return request;
 }
 
-void PxRequestMgr::execute(PxRequest& request)
+void PxRequestMgr::execute(PxRequest& request, EvSource const& source)
 {
+    EvSourceScope const comesOf(source);
     runStep(request, &PxRequest::performExecute);
     runStep(request, &PxRequest::completeExecution);
     if (beginPosting(request)) {
         runStep(request, &PxRequest::postResult);
         std::lock_guard const lock(mutex);
+        findRecord(&request)->hasPosted = true;
         setState(request, State::Running);
     }
     runStep(request, &PxRequest::performCleanUp);
@@ -321,6 +348,10 @@ std::exception_ptr PxRequestMgr::getFailure(PxRequest const& request)
 // On the user-interface thread. Without a reporter the failure becomes the event's own.
 void PxRequestMgr::reportFailure(std::string const& text)
 {
+    constexpr bool isCancelled = false;
+    if (PxSubmitter::tellLoss(isCancelled, text)) {
+        return;
+    }
     if (!failureReporter) {
         throw HostException(text);
     }

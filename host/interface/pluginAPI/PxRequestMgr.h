@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/EvEventManager.h"
 #include "base/OPtr.h"
 #include "pluginAPI/PxRequest.h"
 
@@ -42,7 +43,12 @@ public:
 /// lives on names the same request, dead or alive, until it is given back.
 ///
 /// Failures: what a request's step throws is kept for PxRequest::getFailure and reported once, by
-/// an event, on the user-interface thread.
+/// an event, on the user-interface thread: to the submitter in whose scope it was submitted (see
+/// PxSubmitter), else to the failure reporter. A submitter also learns of cancelled requests. All
+/// events that a request posts come of it.
+///
+/// All that the manager has for the user-interface thread comes by events, for which the event
+/// manager wakes a program's own loop.
 ///
 /// All operations are for the user-interface thread unless they say otherwise; on a worker thread
 /// submit, cancel, release, wait and shutDown are assertion failures. A request that the manager
@@ -93,6 +99,7 @@ public:
 private:
     friend class PxRequest;
     class FailureEvent;
+    class CancelEvent;
     class ReleaseEvent;
 
     enum class State { Queued, Running, Posting, Finished, Cancelled };
@@ -102,8 +109,10 @@ private:
     struct Record {
         OPtr<PxRequest> request;
         QueuePlace place;
+        EvSource source; // what its events come of
         State state = State::Queued;
         bool isCancelled = false;
+        bool hasPosted = false;
         bool isReleased = false;
         std::exception_ptr failure;
     };
@@ -116,7 +125,7 @@ private:
     void startWorkerIfNeeded();
     void runWorker();
     PxRequest& takeNext();
-    void execute(PxRequest& request);
+    void execute(PxRequest& request, EvSource const& source);
     void runStep(PxRequest& request, Step step);
     void keepFailure(PxRequest const& request, std::exception_ptr failure);
     bool beginPosting(PxRequest const& request);

@@ -33,7 +33,72 @@ bool isIn(Names const& names, OIIO::string_view name)
 
 bool isExif(OIIO::string_view name)
 {
-    return OIIO::Strutil::starts_with(name, "Exif:") || OIIO::Strutil::starts_with(name, "GPS:");
+    return OIIO::Strutil::starts_with(name, "Exif:") || OIIO::Strutil::starts_with(name, "GPS:") ||
+           name == "ExposureTime" || name == "FNumber";
+}
+
+/// How samples are stored or what the library works out from that.
+bool isStorage(OIIO::string_view name)
+{
+    constexpr std::array<OIIO::string_view, 5> prefixes = {
+        "oiio:", "tiff:", "png:", "jpeg:", "dpx:"};
+    return isIn(storageNames, name) || name == compressionName || name == "planarconfig" ||
+           std::any_of(prefixes.begin(), prefixes.end(), [&](OIIO::string_view prefix) {
+               return OIIO::Strutil::starts_with(name, prefix);
+           });
+}
+
+bool isTakenByConversion(OIIO::ParamValue const& attribute, FileKind target)
+{
+    bool const takesOrientation = target == FileKind::Tiff || target == FileKind::Jpeg;
+    return (attribute.name() == profileName && target != FileKind::Exr) ||
+           (attribute.name() == orientationName && takesOrientation);
+}
+
+/// Where a file of IPTC data says the same twice: the library writes the second one into the place
+/// of the first too, and reads them both.
+struct Twin {
+    OIIO::string_view iptc;
+    OIIO::string_view plain;
+};
+constexpr std::array<Twin, 4> twins = {{{"IPTC:Creator", "Artist"},
+                                        {"IPTC:Caption", "ImageDescription"},
+                                        {"IPTC:CopyrightNotice", "Copyright"},
+                                        {"IPTC:OriginatingProgram", "Software"}}};
+
+/// The library ends the process when it is to write an empty text as IPTC.
+void dropEmptyTexts(OIIO::ImageSpec& target)
+{
+    auto const isIptc = [](OIIO::string_view name) {
+        return OIIO::Strutil::starts_with(name, "IPTC:") ||
+               std::any_of(twins.begin(), twins.end(),
+                           [&](Twin const& twin) { return twin.plain == name; });
+    };
+    auto const isEmpty = [&](OIIO::ParamValue const& attribute) {
+        return attribute.type() == OIIO::TypeString && attribute.get_string().empty() &&
+               isIptc(attribute.name());
+    };
+    auto& attributes = target.extra_attribs;
+    attributes.erase(std::remove_if(attributes.begin(), attributes.end(), isEmpty),
+                     attributes.end());
+}
+
+/// Takes out of the lists of IPTC what their twins add again: else they grow with every copy.
+void dropTwins(OIIO::ImageSpec& target)
+{
+    for (Twin const& twin : twins) {
+        std::string list(target.get_string_attribute(twin.iptc));
+        std::string const added(target.get_string_attribute(twin.plain));
+        if (added.empty() || !OIIO::Strutil::ends_with(list, added)) {
+            continue;
+        }
+        list.resize(list.size() - added.size());
+        if (list.empty()) {
+            target.erase_attribute(twin.iptc);
+        } else if (OIIO::Strutil::ends_with(list, "; ")) {
+            target.attribute(twin.iptc, list.substr(0, list.size() - 2));
+        }
+    }
 }
 
 } // namespace
@@ -49,6 +114,12 @@ void copyAllAttributes(OIIO::ImageSpec const& source, FileKind kind, OIIO::Image
             target.extra_attribs.push_back(attribute);
         }
     }
+    if (kind == FileKind::Jpeg) {
+        dropTwins(target);
+    }
+    if (kind == FileKind::Jpeg || kind == FileKind::Tiff) {
+        dropEmptyTexts(target);
+    }
     target.x = source.x;
     target.y = source.y;
     target.full_x = source.full_x;
@@ -59,13 +130,44 @@ void copyAllAttributes(OIIO::ImageSpec const& source, FileKind kind, OIIO::Image
 
 void copyLookAttributes(OIIO::ImageSpec const& source, FileKind kind, OIIO::ImageSpec& target)
 {
-    bool const takesOrientation = kind == FileKind::Tiff || kind == FileKind::Jpeg;
     for (OIIO::ParamValue const& attribute : source.extra_attribs) {
-        if (attribute.name() == profileName ||
-            (takesOrientation && attribute.name() == orientationName)) {
+        if (isTakenByConversion(attribute, kind)) {
             target.extra_attribs.push_back(attribute);
         }
     }
+}
+
+std::vector<std::string> listLost(OIIO::ImageSpec const& source, OIIO::ImageSpec const& written)
+{
+    std::vector<std::string> names;
+    for (OIIO::ParamValue const& attribute : source.extra_attribs) {
+        OIIO::ParamValue const* const kept = written.find_attribute(attribute.name());
+        std::string const text = attribute.get_string();
+        bool const isKept = text.empty() || (kept != nullptr && kept->get_string() == text);
+        if (!isKept && !isStorage(attribute.name())) {
+            names.emplace_back(attribute.name());
+        }
+    }
+    return names;
+}
+
+std::vector<std::string> listLostByConversion(OIIO::ImageSpec const& source, FileKind target)
+{
+    // The first says what is so without it; the others come of the first ones' absence.
+    constexpr std::array<OIIO::string_view, 4> plain = {"PixelAspectRatio", "ResolutionUnit",
+                                                        "XResolution", "YResolution"};
+    std::vector<std::string> names;
+    for (OIIO::ParamValue const& attribute : source.extra_attribs) {
+        OIIO::string_view const name = attribute.name();
+        bool const isUpright = name == orientationName && attribute.get_int() == 1;
+        bool const isOfProfile =
+            OIIO::Strutil::starts_with(name, profileName) && name != profileName;
+        if (!isStorage(name) && !isIn(plain, name) && !isUpright && !isOfProfile &&
+            !isTakenByConversion(attribute, target)) {
+            names.emplace_back(name);
+        }
+    }
+    return names;
 }
 
 void suppressDate(FileKind kind, OIIO::ImageSpec& target)
@@ -83,13 +185,6 @@ void clearOwnName(FileKind kind, OIIO::ImageSpec const& written, OIIO::Filesyste
     if (kind == FileKind::Dpx && written.find_attribute(softwareName) == nullptr) {
         stream.pwrite(creator.data(), creator.size(), creatorOffset);
     }
-}
-
-bool losesExif(OIIO::ImageSpec const& source, FileKind kind)
-{
-    return kind == FileKind::Tiff &&
-           std::any_of(source.extra_attribs.begin(), source.extra_attribs.end(),
-                       [](OIIO::ParamValue const& attribute) { return isExif(attribute.name()); });
 }
 
 bool isComplaintAboutExif(std::string const& error, FileKind kind)

@@ -10,17 +10,17 @@ namespace {
 
 class OiioModuleImplementation : public OiioModule {
 public:
-    std::unique_ptr<ImageSource> open(std::filesystem::path const& file, ReadOptions const& options,
-                                      MediaNote const& note) override
+    std::unique_ptr<ImageSource> open(std::filesystem::path const& file,
+                                      ReadOptions const& options) override
     {
-        return std::make_unique<OiioReader>(file, options, note);
+        return std::make_unique<OiioReader>(file, options);
     }
 
     std::unique_ptr<ImageSink> create(std::filesystem::path const& file, ImageSource& source,
-                                      IxPixelFormat const& format, bool keepsInputDepth,
-                                      MediaNote const& note) override
+                                      IxPixelFormat const& format, WriteOptions const& options,
+                                      MediaReport const& report) override
     {
-        return std::make_unique<OiioWriter>(file, source, format, keepsInputDepth, note);
+        return std::make_unique<OiioWriter>(file, source, format, options, report);
     }
 
     void setThreads(int threads) override

@@ -3,11 +3,13 @@
 #include "media/oiio/OiioReader.h"
 
 #include "media/ErrorText.h"
+#include "media/oiio/HeldPixels.h"
+#include "media/oiio/OiioAttributes.h"
 #include "media/oiio/PngOutline.h"
-#include "media/oiio/QuietLibraries.h"
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <numeric>
@@ -37,7 +39,7 @@ std::optional<FileKind> kindOf(OIIO::string_view formatName)
     return found == kindNames.end() ? std::nullopt : std::optional(found->kind);
 }
 
-int indexOfChannel(OIIO::ImageSpec const& spec, char const* name)
+int indexOfChannel(OIIO::ImageSpec const& spec, std::string const& name)
 {
     auto const found = std::find(spec.channelnames.begin(), spec.channelnames.end(), name);
     return found == spec.channelnames.end() ? -1
@@ -57,35 +59,54 @@ Rational toAspect(float ratio)
 
 } // namespace
 
-OiioReader::OiioReader(std::filesystem::path const& file, ReadOptions const& options,
-                       MediaNote const& note)
-    : path(file)
+OiioReader::OiioReader(std::filesystem::path const& file, ReadOptions const& options) : path(file)
 {
     if (!options.layer.empty()) {
         throwReadError(ImageFailure::Request, path, "only EXR files have layers");
     }
     open();
     check(options.mostBytes);
-    chooseChannels();
+    if (options.maskChannel && !options.maskChannel->empty()) {
+        chooseMaskChannel(*options.maskChannel);
+    } else {
+        chooseChannels();
+    }
     describe();
-    noteLosses(note);
+    findLosses();
 }
 
 OiioReader::~OiioReader() = default;
 
 void OiioReader::open()
 {
+    if (std::optional<AnnouncedSize> const beyond = findSizeBeyondFile(path)) {
+        throwReadError(ImageFailure::File, path,
+                       "the file is damaged or incomplete: it announces " +
+                           std::to_string(beyond->width) + " x " + std::to_string(beyond->height) +
+                           " pixels but is too short for them");
+    }
+    if (hasImpossibleUserData(path)) {
+        throwReadError(ImageFailure::File, path,
+                       "the file is damaged (its user data are longer than the file)");
+    }
+    if (hasShortStrips(path)) {
+        throwReadError(ImageFailure::File, path,
+                       "the file is incomplete: pixels are missing; make or copy it again");
+    }
     PngOutline const png = outlinePng(path);
     if (png.isPng && !png.isComplete) {
         // The library would notice too late for some of its memory to be given back.
         throwReadError(ImageFailure::File, path,
                        "the file is incomplete: pixels are missing; make or copy it again");
     }
-    QuietLibraries const quiet(png.isPng ? std::optional(FileKind::Png) : std::nullopt);
     OIIO::ImageSpec config;
     // Without this, colour under low alpha is lost.
     config.attribute("oiio:UnassociatedAlpha", 1);
+    errno = 0;
     input = OIIO::ImageInput::open(path.string(), &config);
+    if (int const error = errno; input == nullptr && (error == EMFILE || error == ENFILE)) {
+        throwSystemReadError(error, path);
+    }
     if (input == nullptr) {
         std::string const detail = trimLibraryText(OIIO::geterror(), path);
         throwReadError(ImageFailure::File, path,
@@ -145,6 +166,19 @@ void OiioReader::chooseChannels()
     }
 }
 
+/// As the alpha of a picture of alpha alone.
+void OiioReader::chooseMaskChannel(std::string const& name)
+{
+    int const index = indexOfChannel(spec, name);
+    if (index < 0) {
+        throwReadError(ImageFailure::Request, path,
+                       "it has no channel " + quoteName(name) + "; there are " +
+                           quoteList(spec.channelnames));
+    }
+    hasAlpha = true;
+    channels = {index};
+}
+
 void OiioReader::describe()
 {
     IxPixelFormat::Depth depth = IxPixelFormat::FLOAT32;
@@ -183,19 +217,24 @@ void OiioReader::describe()
         std::min(spec.tile_height > 0 ? spec.tile_height : rowsOfPlainFiles, spec.height);
 }
 
-void OiioReader::noteLosses(MediaNote const& note)
+std::vector<std::string> OiioReader::listMetadata(FileKind target) const
+{
+    return listLostByConversion(spec, target);
+}
+
+void OiioReader::findLosses()
 {
     std::string const name = "\"" + path.string() + "\"";
     std::set<int> const used(channels.begin(), channels.end());
     if (used.size() < static_cast<std::size_t>(spec.nchannels)) {
-        note(name + " has " + std::to_string(spec.nchannels) +
-             " channels; only colour and alpha are processed and kept");
+        losses.push_back(name + " has " + std::to_string(spec.nchannels) +
+                         " channels; only colour and alpha are kept");
     }
     if (kind == FileKind::Png) {
         return; // holds one picture
     }
     if (input->seek_subimage(1, 0)) {
-        note(name + " holds several pictures; only the first is processed");
+        losses.push_back(name + " holds several pictures; only the first is kept");
     }
     input->geterror();
     if (!input->seek_subimage(0, 0)) {
@@ -232,7 +271,6 @@ void OiioReader::readRows(int top, int rows)
 {
     samples.resize(static_cast<std::size_t>(spec.width) * static_cast<std::size_t>(rows) *
                    static_cast<std::size_t>(spec.nchannels) * sampleType.size());
-    QuietLibraries const quiet(kind);
     int const begin = spec.y + top;
     bool isRead = false;
     if (spec.tile_width > 0) {

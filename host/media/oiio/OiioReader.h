@@ -1,7 +1,7 @@
 #pragma once
 
-#include "media/ImageFiles.h"
 #include "media/ImageFormats.h"
+#include "media/MediaOptions.h"
 #include "media/MediaSource.h"
 
 #include <OpenImageIO/imageio.h>
@@ -16,22 +16,26 @@
 class OiioReader : public MediaSource {
 public:
     /// Opens the file and checks it. Throws ImageFileError.
-    OiioReader(std::filesystem::path const& file, ReadOptions const& options,
-               MediaNote const& note);
+    OiioReader(std::filesystem::path const& file, ReadOptions const& options);
     ~OiioReader() override;
 
     ImageInfo const& getInfo() const override { return info; }
-    int getRowsPerBlock() const override { return rowsPerBlock; }
+    int getRowsPerBlock() const override
+    {
+        return alignRows(rowsPerBlock, rowsMultiple, spec.height);
+    }
     GeRectangle<int> getStripBounds(int index, int rows) const override;
     void fetchStrip(GeRectangle<int> const& bounds, ImageStrip& strip) override;
 
     bool isLuminanceOnly() const override { return isLuminance; }
-    bool hasFurtherChannels() const override { return false; } // said at opening
+    bool hasFurtherChannels() const override { return false; } // listLosses says so
+    std::vector<std::string> listLosses() const override { return losses; }
     void takePlainStrips() override {}
+    void alignStrips(int rows) override { rowsMultiple = rows; }
 
     OIIO::ImageSpec const& getSpec() const { return spec; }
-    /// The file's kind if it is one that can be written.
-    std::optional<FileKind> getKind() const { return kind; }
+    std::optional<FileKind> getKind() const override { return kind; }
+    std::vector<std::string> listMetadata(FileKind target) const override;
     /// Significant bits of a sample as stored.
     int getBits() const { return bits; }
 
@@ -39,8 +43,9 @@ private:
     void open();
     void check(std::size_t mostBytes) const;
     void chooseChannels();
+    void chooseMaskChannel(std::string const& name);
     void describe();
-    void noteLosses(MediaNote const& note);
+    void findLosses();
     void readRows(int top, int rows);
     void storeRow(std::byte const* samples, std::byte* row) const;
 
@@ -53,7 +58,9 @@ private:
     bool isLuminance = false;
     bool hasAlpha = false;
     int bits = 8;
+    std::vector<std::string> losses;
     ImageInfo info;
     int rowsPerBlock = 1;
+    int rowsMultiple = 1;
     std::vector<std::byte> samples; ///< of one strip, all channels
 };

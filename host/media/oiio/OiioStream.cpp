@@ -3,18 +3,15 @@
 #include "media/oiio/OiioStream.h"
 
 #include "media/ErrorText.h"
+#include "media/ImageTarget.h"
 
 #include <algorithm>
 #include <cerrno>
 
-OiioStream::OiioStream(TemporaryFile const& temporaryFile)
+OiioStream::OiioStream(TemporaryFile& temporaryFile)
     : IOProxy(temporaryFile.getTarget().filename().string(), Write), temporary(temporaryFile),
-      handle(std::fopen(temporaryFile.getPath().c_str(), "w+be"))
+      handle(takeImageStream(temporaryFile))
 {
-    if (handle == nullptr) {
-        int const error = errno;
-        throwSystemWriteError(error, temporary.getTarget());
-    }
 }
 
 OiioStream::~OiioStream()

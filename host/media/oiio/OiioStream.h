@@ -1,6 +1,6 @@
 #pragma once
 
-#include "media/TemporaryFile.h"
+#include "files/TemporaryFile.h"
 
 #include <OpenImageIO/filesystem.h>
 #include <cstdio>
@@ -9,8 +9,8 @@
 /// first error is kept here and reported by finish(). One thread at a time.
 class OiioStream : public OIIO::Filesystem::IOProxy {
 public:
-    /// Opens the temporary file and empties it; throws ImageFileError.
-    explicit OiioStream(TemporaryFile const& temporary);
+    /// Takes the stream of the file; throws ImageFileError.
+    explicit OiioStream(TemporaryFile& temporary);
     ~OiioStream() override;
 
     /// Not "file": the JPEG writer takes everything of that name for the library's own class.

@@ -3,18 +3,20 @@
 #include "media/oiio/OiioWriter.h"
 
 #include "media/ErrorText.h"
+#include "media/ImageTarget.h"
 #include "media/PixelRows.h"
 #include "media/oiio/OiioAttributes.h"
-#include "media/oiio/QuietLibraries.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <half.h>
 
 namespace {
 
 constexpr std::size_t rgbaComponents = 4;
 constexpr std::uint64_t mostPixels = 1ULL << 33; // of a display window, which may be nonsense
+constexpr int longestJpegSide = 65500;           // the library's limit
 constexpr int paddingRows = 16;                  // written at a time
 
 /// Weights of ITU-R BT.709.
@@ -43,6 +45,11 @@ bool isSameToTheBit(float a, float b)
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
+std::string formatSize(GeRectangle<int> const& window)
+{
+    return std::to_string(window.getWidth()) + " x " + std::to_string(window.getHeight());
+}
+
 std::string describeDepth(OutputDepth const& depth)
 {
     return std::to_string(depth.bits) + "-bit integers";
@@ -51,12 +58,12 @@ std::string describeDepth(OutputDepth const& depth)
 } // namespace
 
 OiioWriter::OiioWriter(std::filesystem::path const& file, ImageSource& source,
-                       IxPixelFormat const& resultFormat, bool keepsInputDepth,
-                       MediaNote const& mediaNote)
-    : note(mediaNote), kind(findFileKind(file).value()), format(resultFormat),
+                       IxPixelFormat const& resultFormat, WriteOptions const& options,
+                       MediaReport const& mediaReport)
+    : report(mediaReport), kind(findFileKind(file).value()), format(resultFormat),
       dataWindow(source.getInfo().dataWindow), displayWindow(source.getInfo().displayWindow),
       isSourcePremultiplied(source.getInfo().format.isPremultiplied()), nextRow(displayWindow.y0),
-      temporary(file), stream(temporary)
+      temporary(makeTemporaryImage(file)), stream(temporary)
 {
     auto* const media = dynamic_cast<MediaSource*>(&source);
     if (media != nullptr) {
@@ -64,19 +71,25 @@ OiioWriter::OiioWriter(std::filesystem::path const& file, ImageSource& source,
     }
     try {
         planChannels(media);
-        planSamples(source, keepsInputDepth);
+        planSamples(source, options.keepsInputDepth);
         planAttributes(source);
         open();
     } catch (...) {
         rethrowAsWriteError(file, stream.getSystemError());
     }
-    noteLosses(media);
+    reportLosses(media);
 }
 
-OiioWriter::~OiioWriter()
+OiioWriter::~OiioWriter() = default;
+
+void OiioOutputCloser::operator()(OIIO::ImageOutput* output) const noexcept
 {
-    QuietLibraries const quiet(kind); // an unfinished file is complained about
-    output.reset();
+    try {
+        output->close();
+    } catch (...) {
+        return; // its destructor would throw the same once more
+    }
+    delete output;
 }
 
 void OiioWriter::planChannels(MediaSource const* source)
@@ -94,7 +107,7 @@ void OiioWriter::planChannels(MediaSource const* source)
 void OiioWriter::planSamples(ImageSource const& source, bool keepsInputDepth)
 {
     auto const* const reader = dynamic_cast<OiioReader const*>(&source);
-    SampleStorage const storage = source.getInfo().storage;
+    SampleStorage const storage = storageToKeep(source);
     int const sourceBits = reader != nullptr                 ? reader->getBits()
                            : storage == SampleStorage::UInt8 ? 8
                                                              : 16;
@@ -104,6 +117,12 @@ void OiioWriter::planSamples(ImageSource const& source, bool keepsInputDepth)
     if (displayWindow.isEmpty() || pixels > mostPixels) {
         throwWriteError(ImageFailure::Request, temporary.getTarget(),
                         "the source's display window is too large for this kind of file");
+    }
+    if (kind == FileKind::Jpeg &&
+        std::max(displayWindow.getWidth(), displayWindow.getHeight()) > longestJpegSide) {
+        throwWriteError(ImageFailure::Request, temporary.getTarget(),
+                        "JPEG holds at most " + std::to_string(longestJpegSide) +
+                            " pixels in a row or column; choose another file format");
     }
     spec = OIIO::ImageSpec(displayWindow.getWidth(), displayWindow.getHeight(),
                            static_cast<int>(channels), typeOf(depth.storage));
@@ -117,7 +136,8 @@ void OiioWriter::planAttributes(ImageSource const& source)
 {
     auto const* const reader = dynamic_cast<OiioReader const*>(&source);
     if (reader != nullptr && reader->getKind() == kind) {
-        copyAllAttributes(reader->getSpec(), kind, spec);
+        sourceSpec = reader->getSpec();
+        copyAllAttributes(sourceSpec, kind, spec);
         spec.tile_width = reader->getSpec().tile_width;
         spec.tile_height = reader->getSpec().tile_height;
     } else {
@@ -129,10 +149,10 @@ void OiioWriter::planAttributes(ImageSource const& source)
             copyLookAttributes(reader->getSpec(), kind, spec);
         }
     }
-    if (reader != nullptr && losesExif(reader->getSpec(), kind)) {
-        note("\"" + temporary.getTarget().string() + "\" cannot keep the Exif data of its source");
-    }
     suppressDate(kind, spec);
+    if (kind == FileKind::Tiff && depth.storage == SampleStorage::Half) {
+        spec.attribute("tiff:half", 1); // without it, the library writes float
+    }
     if (kind == FileKind::Dpx) {
         spec.attribute("oiio:BitsPerSample", depth.bits);
     }
@@ -143,29 +163,32 @@ void OiioWriter::planAttributes(ImageSource const& source)
     }
 }
 
-void OiioWriter::noteLosses(MediaSource const* source) const
+void OiioWriter::reportLosses(MediaSource const* source) const
 {
     std::string const name = "\"" + temporary.getTarget().string() + "\"";
-    if (!(dataWindow == displayWindow)) {
-        note(name + " gets the display window of " + std::to_string(displayWindow.getWidth()) +
-             " x " + std::to_string(displayWindow.getHeight()) +
-             " pixels: this kind of file has no data window");
+    if (!displayWindow.contains(dataWindow)) {
+        report.warn(name + " gets the display window of " + formatSize(displayWindow) +
+                    " pixels; pixels outside of it are left out");
+    } else if (!(dataWindow == displayWindow)) {
+        report.note(name + " gets the display window of " + formatSize(displayWindow) +
+                    " pixels: this kind of file has no data window");
     }
     if (source != nullptr && source->hasFurtherChannels()) {
-        note(name + " holds colour and alpha only: this kind of file has no further channels");
+        report.warn(name +
+                    " holds colour and alpha only: this kind of file has no further channels");
     }
     if (format.getComponents() == IxPixelFormat::RGBA && kind == FileKind::Jpeg) {
-        note(name + " holds no alpha: this kind of file has none");
+        report.warn(name + " holds no alpha: this kind of file has none");
     }
     if (depth.isReduced) {
-        note(name + " holds " + describeDepth(depth) +
-             ": values are clamped to 0 to 1 and rounded");
+        report.note(name + " holds " + describeDepth(depth) +
+                    ": values are clamped to 0 to 1 and rounded");
     }
 }
 
 void OiioWriter::open()
 {
-    output = OIIO::ImageOutput::create(temporary.getPath().string());
+    output.reset(OIIO::ImageOutput::create(temporary.getPath().string()).release());
     if (output == nullptr || !output->set_ioproxy(&stream)) {
         throwWriteError(ImageFailure::Surroundings, temporary.getTarget(),
                         "this installation of OpenImageIO cannot write this kind of file");
@@ -199,7 +222,6 @@ void OiioWriter::writeStrip(IxTile const& result, ImageStrip const&)
         return;
     }
     try {
-        QuietLibraries const quiet(kind);
         padTo(top);
         std::size_t const rowBytes = static_cast<std::size_t>(spec.scanline_bytes());
         bytes.assign(rowBytes * static_cast<std::size_t>(bottom - top), std::byte{});
@@ -291,6 +313,12 @@ void OiioWriter::storeSamples(std::span<float const> stored, std::byte* samples)
         }
         return;
     case SampleStorage::Half:
+        for (float const value : stored) {
+            std::uint16_t const bits = imath_float_to_half(value);
+            std::memcpy(samples, &bits, sizeof bits);
+            samples += sizeof bits;
+        }
+        return;
     case SampleStorage::Float: std::memcpy(samples, stored.data(), stored.size_bytes()); return;
     }
 }
@@ -327,7 +355,6 @@ void OiioWriter::padTo(int y)
 void OiioWriter::finish()
 {
     try {
-        QuietLibraries const quiet(kind);
         padTo(displayWindow.y1);
         bool const isClosed = output->close();
         std::string const error = output->geterror();
@@ -341,10 +368,11 @@ void OiioWriter::finish()
         rethrowAsWriteError(temporary.getTarget(), stream.getSystemError());
     }
     check();
-    temporary.publish();
+    publishImage(temporary);
     if (hasLostColour) {
-        note("\"" + temporary.getTarget().string() +
-             "\" holds luminance only, as its source did: the colour of the result is not in it");
+        report.warn(
+            "\"" + temporary.getTarget().string() +
+            "\" holds luminance only, as its source did: the colour of the result is not in it");
     }
 }
 
@@ -357,5 +385,10 @@ void OiioWriter::check() const
         OIIO::geterror();
         throwWriteError(ImageFailure::Surroundings, temporary.getTarget(),
                         "what was written does not read back; the disk may be full or faulty");
+    }
+    std::vector<std::string> const lost = listLost(sourceSpec, written->spec());
+    if (!lost.empty()) {
+        report.warn(quoteName(temporary.getTarget().string()) +
+                    " lacks metadata of its source, or has it otherwise: " + quoteList(lost));
     }
 }

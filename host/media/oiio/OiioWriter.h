@@ -1,15 +1,22 @@
 #pragma once
 
-#include "media/ImageFiles.h"
+#include "files/TemporaryFile.h"
+#include "media/MediaOptions.h"
+#include "media/MediaReport.h"
 #include "media/OutputDepth.h"
-#include "media/TemporaryFile.h"
 #include "media/oiio/OiioReader.h"
 #include "media/oiio/OiioStream.h"
+#include "runtime/engine/ImageSink.h"
 
 #include <OpenImageIO/imageio.h>
 #include <memory>
 #include <span>
 #include <vector>
+
+/// Closes what was not finished. An output of which that fails is left where it is.
+struct OiioOutputCloser {
+    void operator()(OIIO::ImageOutput* output) const noexcept;
+};
 
 /// Writes PNG, TIFF, JPEG and DPX. These have no windows: they get the display window, what lies
 /// outside of the data window 0.
@@ -23,7 +30,7 @@ class OiioWriter : public ImageSink {
 public:
     /// Begins the file; see createImage.
     OiioWriter(std::filesystem::path const& file, ImageSource& source, IxPixelFormat const& format,
-               bool keepsInputDepth, MediaNote const& note);
+               WriteOptions const& options, MediaReport const& mediaReport);
     ~OiioWriter() override;
 
     void writeStrip(IxTile const& result, ImageStrip const& strip) override;
@@ -33,7 +40,7 @@ private:
     void planChannels(MediaSource const* source);
     void planSamples(ImageSource const& source, bool keepsInputDepth);
     void planAttributes(ImageSource const& source);
-    void noteLosses(MediaSource const* source) const;
+    void reportLosses(MediaSource const* source) const;
     void open();
     bool isStraightCopy() const;
     void fillRow(IxTile const& result, int y, std::byte* row);
@@ -44,7 +51,7 @@ private:
     [[noreturn]] void fail() const;
     void check() const;
 
-    MediaNote note;
+    MediaReport report;
     FileKind kind;
     IxPixelFormat format;
     GeRectangle<int> dataWindow;
@@ -55,10 +62,11 @@ private:
     std::size_t channels = 0; ///< of the file
     OutputDepth depth;
     OIIO::ImageSpec spec;
-    int nextRow = 0; ///< of the display window, in picture coordinates
+    OIIO::ImageSpec sourceSpec; ///< of a source of the same kind
+    int nextRow = 0;            ///< of the display window, in picture coordinates
     std::vector<float> values;
     std::vector<std::byte> bytes;
     TemporaryFile temporary;
     OiioStream stream;
-    std::unique_ptr<OIIO::ImageOutput> output; ///< ends before the stream
+    std::unique_ptr<OIIO::ImageOutput, OiioOutputCloser> output; ///< ends before the stream
 };

@@ -83,6 +83,20 @@ void checkCurvePoints(std::string const& name, CurvePoints const& points)
     }
 }
 
+void checkDrawnCurve(std::string const& name, CurvePoints const& points)
+{
+    checkCurvePoints(name, points);
+    std::string const wanted = "; give at least two keys, one right of the other";
+    if (points.empty()) {
+        throw ValueError("the curve \"" + name + "\" has no key" + wanted);
+    }
+    float const first = points[1].x;
+    if (points[points.size() - 2].x == first) {
+        throw ValueError("the curve \"" + name + "\" has keys at x " + formatNumber(first) +
+                         " alone" + wanted);
+    }
+}
+
 CurvePoints makeSmoothCurve(std::vector<GePoint2<double>> const& keys)
 {
     std::vector<double> const slopes = limitedSlopes(keys);

@@ -9,6 +9,9 @@
 /// keys' x do not run back. No point at all is a shape without a curve and passes.
 void checkCurvePoints(std::string const& name, CurvePoints const& points);
 
+/// The same for a curve that somebody has drawn: throws also unless it has keys at two places.
+void checkDrawnCurve(std::string const& name, CurvePoints const& points);
+
 /// A smooth curve through at least one key with non-decreasing x (two keys at one x are a step).
 /// Handles lie a third of a segment away in x; their slopes are limited so that between two keys y
 /// never leaves the keys' range. Source of the limit: F. N. Fritsch, R. E. Carlson, "Monotone

@@ -51,6 +51,9 @@ public:
     /// at least 1.
     virtual int getRowsPerBlock() const = 0;
 
+    /// Bytes that a row of a strip has besides its tile's; roughly.
+    virtual std::size_t getFurtherBytesPerRow() const { return 0; }
+
     /// Bounds of strip `index` for strips of `rows` rows, in the order in which the file is read
     /// and written best (bottom to top for a decreasing line order). `rows` is a multiple of
     /// getRowsPerBlock(). Strips meet without overlap and cover the data window.

@@ -1,10 +1,6 @@
 #pragma once
 
-#include "pluginAPI/PxImageProtocol.h"
-#include "runtime/engine/ImageSink.h"
-#include "runtime/engine/ImageSource.h"
-#include "runtime/engine/MaskFeed.h"
-#include "runtime/engine/SourceImageNode.h"
+#include "runtime/engine/RenderPool.h"
 
 #include <atomic>
 #include <functional>
@@ -25,17 +21,10 @@ struct RenderOptions {
     std::atomic<bool> const* cancelled = nullptr;
 };
 
-/// The render was asked to stop. Nothing is wrong.
-class RenderCancelled {};
-
-/// Sends a picture from `source` through `chain` to `sink`, strip by strip: reading, processing and
-/// writing overlap, and there are never more strips on the way than workers, so memory grows with
-/// the picture's width and the number of threads, not with its height. Strips are read and written
-/// in the source's order, one at a time; the chain is evaluated on worker threads, several strips
-/// at once. The pixels do not depend on the number of threads or the size of strips.
-///
-/// `sourceNode` is the start of `chain`. The caller's thread waits; it is no worker. Throws what
-/// reading, the chain and writing throw, and RenderCancelled; `sink` is then not finished.
+/// Sends a picture from `source` through `chain` to `sink` on workers of its own and waits for its
+/// end; see RenderPool. Memory grows with the picture's width and the number of threads, not with
+/// its height. Throws what reading, the chain and writing throw, and RenderCancelled; `sink` is
+/// then not finished.
 void renderImage(PxImageProtocol const& chain, SourceImageNode& sourceNode, ImageSource& source,
                  ImageSink& sink, RenderOptions const& options);
 

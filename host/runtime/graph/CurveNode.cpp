@@ -46,16 +46,9 @@ RCShdPtr<PiInput> CurveNode::findInput(std::string const& name, bool mustExist) 
     return {};
 }
 
-RCShdPtr<PiValue> CurveNode::findValue(std::string const& name, bool mustExist) const
+RCShdPtr<PiValue> CurveNode::findValue(std::string const& name, bool) const
 {
-    if (name == curve->getName()) {
-        return curve;
-    }
-    if (mustExist) {
-        throw UnknownNameError("the curve \"" + curve->getName() + "\" has no value \"" + name +
-                               "\"");
-    }
-    return {};
+    return name == curve->getName() ? curve : RCShdPtr<HostValue>();
 }
 
 RCWeakPtr<PiNodeController> CurveNode::getController() const

@@ -3,9 +3,11 @@
 #include "runtime/graph/HostNode.h"
 
 #include "base/Assertions.h"
+#include "base/EvEventManager.h"
 #include "internalAPI/PiValueChangeInterface.h"
 #include "pluginAPI/PiImageModifier.h"
 #include "runtime/graph/CurveNode.h"
+#include "runtime/graph/FinishedPixel.h"
 #include "runtime/graph/HostGraph.h"
 #include "runtime/graph/HostSockets.h"
 #include "runtime/graph/InputNodeBuilder.h"
@@ -18,43 +20,41 @@ namespace {
 
 /// The value behind an input of a plain type, at the default that its policy gives.
 RCShdPtr<HostValue> makeInputValue(std::string const& name, PiSocketType const& type,
-                                   RCShdPtr<PiInputPolicy const> const& policy,
-                                   ValueObserver* observer)
+                                   RCShdPtr<PiInputPolicy const> const& policy, ValueOwner* owner)
 {
     switch (type.getCode()) {
     case PiSocketType::Switch: {
         auto const* const given = dynamic_cast<PiSwitchInputPolicy const*>(policy.get());
         bool const isOn = given != nullptr && given->isOnByDefault();
-        return makeShared<HostTypedValue<bool>>(name, isOn, policy, observer);
+        return makeShared<HostTypedValue<bool>>(name, isOn, policy, owner);
     }
     case PiSocketType::Double: {
         auto const* const given = dynamic_cast<PiRangeInputPolicy<double> const*>(policy.get());
         double const number = given != nullptr ? given->getDefault() : 0.0;
-        return makeShared<HostTypedValue<double>>(name, number, policy, observer);
+        return makeShared<HostTypedValue<double>>(name, number, policy, owner);
     }
     case PiSocketType::IntegerEnumeration: {
         auto const* const given = dynamic_cast<PiEnumPolicy const*>(policy.get());
         int const choice = given != nullptr ? given->getDefault() : 0;
-        return makeShared<HostTypedValue<int>>(name, choice, policy, observer);
+        return makeShared<HostTypedValue<int>>(name, choice, policy, owner);
     }
     case PiSocketType::Curve:
-        return makeShared<HostValue>(name, Animated<CurvePoints>(CurvePoints()), policy, observer);
+        return makeShared<HostValue>(name, Animated<CurvePoints>(CurvePoints()), policy, owner);
     case PiSocketType::Image: return {};
     }
     Assertions::throwProgramAborted(__FILE__, __LINE__, "type.getCode()");
 }
 
 RCShdPtr<HostValue> makeStoredValue(std::string const& name, PiValueType const& type,
-                                    ValueObserver* observer)
+                                    ValueOwner* owner)
 {
     using Policy = RCShdPtr<PiInputPolicy const>;
     switch (type.getCode()) {
     case PiValueType::Boolean:
-        return makeShared<HostTypedValue<bool>>(name, false, Policy(), observer);
-    case PiValueType::Double:
-        return makeShared<HostTypedValue<double>>(name, 0.0, Policy(), observer);
-    case PiValueType::Integer: return makeShared<HostTypedValue<int>>(name, 0, Policy(), observer);
-    case PiValueType::DoubleArray: return makeShared<HostArrayValue>(name, observer);
+        return makeShared<HostTypedValue<bool>>(name, false, Policy(), owner);
+    case PiValueType::Double: return makeShared<HostTypedValue<double>>(name, 0.0, Policy(), owner);
+    case PiValueType::Integer: return makeShared<HostTypedValue<int>>(name, 0, Policy(), owner);
+    case PiValueType::DoubleArray: return makeShared<HostArrayValue>(name, owner);
     }
     Assertions::throwProgramAborted(__FILE__, __LINE__, "type.getCode()");
 }
@@ -71,6 +71,13 @@ int findWidestAffect(PiToolProtocol const& tool)
     }
     return modifier->canAffectColour() ? PiImageModifierTypes::AffectColour
                                        : PiImageModifierTypes::AffectAlpha;
+}
+
+bool isMaskedTool(PiToolProtocol const& tool)
+{
+    auto const* const modifier = dynamic_cast<PiImageModifierProtocol const*>(&tool);
+    return modifier != nullptr &&
+           modifier->getMaskingMode() == PiImageModifierTypes::MaskAfterChain;
 }
 
 template <typename T>
@@ -116,7 +123,7 @@ HostNode::~HostNode() noexcept(false)
     leaveGraph();
     // The undo history and value nodes may keep the values.
     for (ValueSlot const& slot : values) {
-        slot.value->forgetObserver();
+        slot.value->forgetOwner();
     }
 }
 
@@ -132,13 +139,10 @@ RCShdPtr<PiInput> HostNode::findInput(std::string const& name, bool mustExist) c
     return {};
 }
 
-RCShdPtr<PiValue> HostNode::findValue(std::string const& name, bool mustExist) const
+// The caller's own check names the type of what it misses.
+RCShdPtr<PiValue> HostNode::findValue(std::string const& name, bool) const
 {
-    RCShdPtr<HostValue> const value = getValue(name);
-    if (value.isNull() && mustExist) {
-        throw UnknownNameError("the tool has no value \"" + name + "\"");
-    }
-    return value;
+    return getValue(name);
 }
 
 void HostNode::resetInputs()
@@ -177,20 +181,14 @@ void HostNode::notifyLoaded()
 
 void HostNode::setValues(NodeValues const& states)
 {
-    for (auto const& [name, state] : states) {
-        RCShdPtr<HostValue> const value = getValue(name);
-        if (value.isNull()) {
-            throw ValueError("the tool has no value \"" + name + "\"");
-        }
-        value->check(state);
-    }
-    RCShdPtr<HostNode> const self(this); // whoever is told of a change may let the node go
-    for (ValueSlot const& slot : values) {
-        auto const found = states.find(slot.name);
-        if (found != states.end()) {
-            slot.value->setState(found->second);
-        }
-    }
+    setValues(states, ChangeCause::Edit);
+}
+
+void HostNode::load(NodeValues const& saved)
+{
+    NodeValues states = saved;
+    states.merge(getDefaultValues(tool)); // keeps what is saved
+    setValues(states, ChangeCause::Load);
 }
 
 PxStrongHndl<PxNode const> HostNode::buildChain(PxNodePtr<PxImageProtocol const> const& source,
@@ -210,13 +208,22 @@ CoRgbaColorTyped<float> HostNode::finishPixel(PxTimeContext const& time,
                                               CoRgbaColorTyped<float> const& source,
                                               CoRgbaColorTyped<float> const& processed) const
 {
-    if (evaluate<bool>(*this, PiImageModifier::getMuteValueName(), timeOfMute)) {
+    constexpr float withoutMask = 1.0F;
+    return finishMaskedPixel(*this, time, source, processed, withoutMask);
+}
+
+CoRgbaColorTyped<float> finishMaskedPixel(HostNode const& node, PxTimeContext const& time,
+                                          CoRgbaColorTyped<float> const& source,
+                                          CoRgbaColorTyped<float> const& processed, float maskShare)
+{
+    if (evaluate<bool>(node, PiImageModifier::getMuteValueName(), timeOfMute)) {
         return source;
     }
-    double const mix =
-        isMasked() ? evaluate<double>(*this, PiImageModifier::getMixInputName(), time.getTime())
-                   : 1.0;
-    return blendPixel(source, processed, static_cast<float>(mix));
+    if (!isMaskedTool(node.getTool())) {
+        return processed;
+    }
+    double const mix = evaluate<double>(node, PiImageModifier::getMixInputName(), time.getTime());
+    return blendPixel(source, processed, maskShare * static_cast<float>(mix));
 }
 
 void HostNode::leaveGraph()
@@ -227,26 +234,50 @@ void HostNode::leaveGraph()
     }
 }
 
-void HostNode::valueChanged(HostValue& value, ValueState const& before)
+bool HostNode::recordChange(HostValue& value, std::shared_ptr<ValueState const> const& before)
 {
-    if (!isAlive) {
-        return;
+    if (isAlive && graph != nullptr) {
+        graph->getHistory().record(value, before);
     }
+    return isAlive;
+}
+
+void HostNode::tellChange(ValueChange const& change)
+{
     RCShdPtr<HostNode> const self(this); // whoever is told of the change may let the node go
-    if (graph != nullptr) {
-        graph->getHistory().record(value, before, *value.getState());
-    }
     auto* const listener = dynamic_cast<PiValueChangeInterface*>(controller.get());
     if (listener != nullptr) {
-        listener->valueChanged(RCShdPtr<PiValue>(&value));
+        try {
+            listener->valueChanged(change.value);
+        } catch (...) {
+            EvEventManager::getInstance().postCurrentException();
+        }
+    }
+    handlers.call(change);
+}
+
+void HostNode::setValues(NodeValues const& states, ChangeCause cause)
+{
+    for (auto const& [name, state] : states) {
+        RCShdPtr<HostValue> const value = getValue(name);
+        if (value.isNull()) {
+            throw ValueError("the tool has no value \"" + name + "\"");
+        }
+        value->check(state);
+    }
+    RCShdPtr<HostNode> const self(this); // whoever is told of a change may let the node go
+    ChangeBatch const batch(cause);
+    for (ValueSlot const& slot : values) {
+        auto const found = states.find(slot.name);
+        if (found != states.end()) {
+            slot.value->setState(found->second);
+        }
     }
 }
 
 bool HostNode::isMasked() const
 {
-    auto const* const modifier = dynamic_cast<PiImageModifierProtocol const*>(&tool);
-    return modifier != nullptr &&
-           modifier->getMaskingMode() == PiImageModifierTypes::MaskAfterChain;
+    return isMaskedTool(tool);
 }
 
 PiToolInterface& HostNode::getToolInterface() const
@@ -285,6 +316,7 @@ void HostNode::addStoredValue(PiDeclaration const& declaration)
     if (name == PiImageModifier::getAffectValueName()) {
         value->setState(Animated<int>(findWidestAffect(tool)));
     }
+    value->forbidKeyframes();
     addValue(name, true, value);
 }
 

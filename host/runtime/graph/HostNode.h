@@ -6,7 +6,7 @@
 #include "pluginAPI/PiToolProtocol.h"
 #include "pluginAPI/PxTimeContext.h"
 #include "primitives/CoColor.h"
-#include "runtime/values/HostValue.h"
+#include "runtime/values/ValueChange.h"
 
 #include <map>
 #include <string>
@@ -20,7 +20,7 @@ using NodeValues = std::map<std::string, ValueState>;
 
 /// One tool in a graph, built from the tool's description: its inputs, the values behind them, the
 /// values that it stores, and a curve node for every curve input. User-interface thread.
-class HostNode : public PiNode, private ValueObserver {
+class HostNode : public PiNode, private ValueOwner {
 public:
     /// A value and where it comes from.
     struct ValueSlot {
@@ -56,9 +56,16 @@ public:
     void notifyCreated();
     void notifyLoaded();
 
-    /// Sets the named values to these states; the controller is told of each change. Throws
+    /// Sets the named values to these states; the changes are told when all are made. Throws
     /// ValueError, having changed nothing, if one of them is unknown or not accepted.
     void setValues(NodeValues const& states);
+
+    /// The same for all values: those that `saved` does not name go to their defaults.
+    void load(NodeValues const& saved);
+
+    /// Subscribes to changes of all values, until the handler leaves or dies, or the node goes.
+    void addHandler(ValueHandler* handler) { handlers.addHandler(handler); }
+    void removeHandler(ValueHandler* handler) { handlers.removeHandler(handler); }
 
     /// The chain that turns pictures of `source` into the tool's, or leaves them as they are while
     /// the node is muted. A tool that is masked is blended with the source by "Mix" and, unless it
@@ -76,7 +83,9 @@ public:
     void leaveGraph();
 
 private:
-    void valueChanged(HostValue& value, ValueState const& before) override;
+    bool recordChange(HostValue& value, std::shared_ptr<ValueState const> const& before) override;
+    void tellChange(ValueChange const& change) override;
+    void setValues(NodeValues const& states, ChangeCause cause);
     PiToolInterface& getToolInterface() const;
     bool isMasked() const;
     RCShdPtr<PiInput> addInput(std::string const& prefix,
@@ -91,6 +100,7 @@ private:
     std::map<std::string, RCShdPtr<PiInput>> inputs; // top-level
     std::vector<ValueSlot> values;
     std::vector<RCShdPtr<CurveNode>> curveNodes;
+    CbDispatcher<ValueChange const> handlers;
     NodeValues inputDefaults;
     bool isAlive = false; // notifyCreated or notifyLoaded has been called
 };

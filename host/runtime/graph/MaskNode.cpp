@@ -61,15 +61,27 @@ class Shares {
 public:
     /// A mask of which nothing lies under the picture is a null tile; without a mask there is none
     /// at all.
-    Shares(IxTile const* maskTile, float mixValue)
-        : isMasked(maskTile != nullptr), guard(isMasked ? *maskTile : IxTile()), mix(mixValue)
+    Shares(IxTile const* maskTile, MaskUse maskUse, float mixValue)
+        : guard(maskTile != nullptr ? *maskTile : IxTile()), use(maskUse), mix(mixValue),
+          outside(maskTile != nullptr ? maskShareOf({}, IxPixelFormat::ALPHA, use) * mix : mix)
     {
     }
 
     /// Fills `shares` for the pixels from `x` on.
     void fill(int x, int y, std::vector<float>& shares)
     {
-        std::fill(shares.begin(), shares.end(), isMasked ? 0.0F : mix);
+        place(x, y, shares);
+        isEffective = isEffective || std::any_of(shares.begin(), shares.end(),
+                                                 [](float share) { return share > 0.0F; });
+    }
+
+    /// Whether the mask let something through so far; also if it is the mix that lets nothing.
+    bool hadEffect() const { return isEffective || mix == 0.0F; }
+
+private:
+    void place(int x, int y, std::vector<float>& shares)
+    {
+        std::fill(shares.begin(), shares.end(), outside);
         GeRectangle<int> const& bounds = guard.getTile().getBounds();
         int const first = std::max(x, bounds.x0);
         int const end = std::min(x + static_cast<int>(shares.size()), bounds.x1);
@@ -78,19 +90,18 @@ public:
         }
         PixelRun const run{guard, first, y, static_cast<std::size_t>(end - first)};
         run.read(pixels);
-        bool const hasAlpha = run.getFormat().getComponents() != IxPixelFormat::RGB;
         for (std::size_t pixel = 0; pixel < pixels.size(); ++pixel) {
-            float const value = hasAlpha ? pixels[pixel].alpha : pixels[pixel].red;
-            float const limited = value > 0.0F ? std::min(value, 1.0F) : 0.0F;
-            shares[static_cast<std::size_t>(first - x) + pixel] = limited * mix;
+            shares[static_cast<std::size_t>(first - x) + pixel] =
+                maskShareOf(pixels[pixel], run.getFormat().getComponents(), use) * mix;
         }
     }
 
-private:
-    bool isMasked;
     IxReadGuard guard;
+    MaskUse use;
     float mix;
+    float outside; ///< the share where the mask has no pixels
     std::vector<Pixel> pixels;
+    bool isEffective = false;
 };
 
 /// Blends two tiles into a new one of the second's format and place, which lies within the first.
@@ -122,6 +133,12 @@ IxTile blendTiles(IxReadGuard const& source, IxReadGuard const& processed, Share
     return blended;
 }
 
+/// Null for none.
+MaskMeaning const* findMeaning(PxNodePtr<PxImageProtocol const> const& mask)
+{
+    return mask.isNull() ? nullptr : dynamic_cast<MaskMeaning const*>(&*mask);
+}
+
 class MaskNode : public PxImageNode {
 public:
     MaskNode(Init const& init, PxNodePtr<PxNode const> const& chainOutput,
@@ -129,7 +146,8 @@ public:
              PxNodePtr<PxImageProtocol const> const& maskSource)
         : PxNode(init), PxImageNode(init, imageSource), source(imageSource),
           chain(castNode<PxImageProtocol const>(chainOutput)),
-          mix(castNode<PxAnimValueProtocol<double> const>(mixValue)), mask(maskSource)
+          mix(castNode<PxAnimValueProtocol<double> const>(mixValue)), mask(maskSource),
+          meaning(findMeaning(maskSource))
     {
     }
 
@@ -162,8 +180,15 @@ public:
         PxImageResult const unprocessed = source->computeImage(context);
         validity.narrow(unprocessed.getValidity());
         IxTile const maskTile = mask.isNull() ? IxTile() : computeMask(*mask, context, validity);
-        Shares shares(mask.isNull() ? nullptr : &maskTile, static_cast<float>(mixNow.getValue()));
-        return {blendTiles(unprocessed.getTileGuard(), processed.getTileGuard(), shares), validity};
+        MaskUse const use = meaning == nullptr ? MaskUse::AsIs : meaning->getMaskUse();
+        Shares shares(mask.isNull() ? nullptr : &maskTile, use,
+                      static_cast<float>(mixNow.getValue()));
+        IxTile const blended =
+            blendTiles(unprocessed.getTileGuard(), processed.getTileGuard(), shares);
+        if (meaning != nullptr) {
+            meaning->noteBlended(shares.hadEffect());
+        }
+        return {blended, validity};
     }
 
     PxImageFormat computeImageFormat() const override { return chain->getImageFormat(); }
@@ -173,6 +198,7 @@ private:
     PxNodePtr<PxImageProtocol const> chain;
     PxNodePtr<PxAnimValueProtocol<double> const> mix;
     PxNodePtr<PxImageProtocol const> mask;
+    MaskMeaning const* meaning; ///< of `mask`, as long as that
 };
 
 } // namespace
@@ -182,6 +208,14 @@ PxStrongHndl<PxNode const> addMask(PxNodePtr<PxNode const> const& chain, PxStron
                                    PxNodePtr<PxImageProtocol const> const& mask)
 {
     return PxStrongHndl<PxNode const>(makeNode<MaskNode>(chain, mix, source, mask).get());
+}
+
+float maskShareOf(CoRgbaColorTyped<float> const& pixel, IxPixelFormat::Components components,
+                  MaskUse use)
+{
+    float const value = components == IxPixelFormat::RGB ? pixel.red : pixel.alpha;
+    float const share = value > 0.0F ? std::min(value, 1.0F) : 0.0F;
+    return use == MaskUse::Inverted ? 1.0F - share : share;
 }
 
 CoRgbaColorTyped<float> blendPixel(CoRgbaColorTyped<float> const& source,

@@ -13,13 +13,31 @@ namespace {
 
 constexpr bool runsForAUser = true;
 
+/// The linker has no codes for what is not the library's fault.
+std::string explainLinkerError(std::string const& message)
+{
+    for (char const* const lack : {"failed to map segment", "annot allocate", "out of memory",
+                                   "annot create shared object", "cannot map zero-fill"}) {
+        if (message.find(lack) != std::string::npos) {
+            return "out of memory; close other programs (" + message + ")";
+        }
+    }
+    if (message.find("oo many open files") != std::string::npos) {
+        return "too few file descriptors; raise the limit, as by ulimit -n (" + message + ")";
+    }
+    return message;
+}
+
 /// The dynamic linker's message without the path that it starts with.
 std::string takeLinkerError(std::filesystem::path const& library)
 {
     char const* const text = dlerror();
     std::string message = text == nullptr ? "unknown reason" : text;
     std::string const prefix = library.string() + ": ";
-    return message.starts_with(prefix) ? message.substr(prefix.size()) : message;
+    if (message.starts_with(prefix)) {
+        message.erase(0, prefix.size());
+    }
+    return explainLinkerError(message);
 }
 
 std::filesystem::path getProgramFolder()

@@ -1,13 +1,17 @@
 #include "runtime/project/Project.h"
 
+#include "files/FileError.h"
+#include "files/OrdinaryFile.h"
+#include "files/TemporaryFile.h"
+#include "runtime/graph/ValueNames.h"
 #include "runtime/project/ProjectValues.h"
+#include "runtime/values/NearestNames.h"
 
+#include <array>
 #include <cerrno>
-#include <fstream>
-#include <iterator>
+#include <cstdio>
+#include <memory>
 #include <set>
-#include <system_error>
-#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -86,46 +90,26 @@ void checkHead(Json const& project, PiToolProtocol const& tool)
     }
 }
 
-[[noreturn]] void failSystem(std::filesystem::path const& file)
+/// `name` is no value of the node.
+[[noreturn]] void throwUnknownName(std::string const& name, HostNode const& node)
 {
-    throw std::system_error(errno, std::generic_category(), file.string());
+    std::string const text = "\"values\" names \"" + name + "\", which ";
+    ValueSlots const members = findValues(node, name);
+    if (members.empty()) {
+        throw ProjectError(text + "the tool does not have" +
+                           suggestNames(name, listValueNames(node),
+                                        "a new project of \"remapcolor project\" has all names"));
+    }
+    std::string const& first = members.front().name;
+    throw ProjectError(
+        text + (members.size() == 1 ? "is written" : "is a group; name its members, such as") +
+        " \"" + first + "\"");
 }
 
-/// Where a chain of symbolic links ends, whether there is a file or not.
-std::filesystem::path followLinks(std::filesystem::path file)
-{
-    constexpr int mostLinks = 40; // the system's own limit
-    for (int link = 0; std::filesystem::is_symlink(file); ++link) {
-        if (link == mostLinks) {
-            throw std::system_error(std::make_error_code(std::errc::too_many_symbolic_link_levels),
-                                    file.string());
-        }
-        file = file.parent_path() / std::filesystem::read_symlink(file);
-    }
-    return file;
-}
-
-/// Removes a file unless it is kept.
-class TemporaryText {
-public:
-    explicit TemporaryText(std::filesystem::path const& target)
-        : file(target.parent_path() /
-               ("." + target.filename().string() + "." + std::to_string(getpid()) + ".tmp"))
-    {
-    }
-    TemporaryText(TemporaryText const&) = delete;
-    TemporaryText& operator=(TemporaryText const&) = delete;
-    ~TemporaryText()
-    {
-        std::error_code ignored;
-        std::filesystem::remove(file, ignored);
-    }
-
-    std::filesystem::path const& getFile() const { return file; }
-
-private:
-    std::filesystem::path file;
+struct StreamCloser {
+    void operator()(std::FILE* stream) const { std::fclose(stream); }
 };
+using Stream = std::unique_ptr<std::FILE, StreamCloser>;
 
 } // namespace
 
@@ -152,8 +136,7 @@ NodeValues readProject(std::string const& text, HostNode const& pattern)
     for (auto const& member : project["values"].items()) {
         RCShdPtr<HostValue> const value = pattern.getValue(member.key());
         if (value.isNull()) {
-            throw ProjectError("\"values\" names \"" + member.key() +
-                               "\", which the tool does not have");
+            throwUnknownName(member.key(), pattern);
         }
         values.emplace(member.key(),
                        valueFromJson(member.value(), *value, "the value \"" + member.key() + "\""));
@@ -163,28 +146,29 @@ NodeValues readProject(std::string const& text, HostNode const& pattern)
 
 void saveTextFile(std::filesystem::path const& file, std::string const& text)
 {
-    std::filesystem::path const target = followLinks(file);
-    TemporaryText const temporary(target);
+    TemporaryFile temporary(file);
+    Stream stream(temporary.takeStream());
     errno = 0;
-    std::ofstream stream(temporary.getFile(), std::ios::binary);
-    stream << text;
-    stream.close();
-    if (!stream) {
-        failSystem(file);
+    bool const isWritten = std::fwrite(text.data(), 1, text.size(), stream.get()) == text.size() &&
+                           std::fflush(stream.get()) == 0;
+    bool const isClosed = std::fclose(stream.release()) == 0;
+    if (!isWritten || !isClosed) {
+        throw FileError(errno != 0 ? errno : EIO);
     }
-    std::filesystem::rename(temporary.getFile(), target);
+    temporary.publish();
 }
 
 std::string loadTextFile(std::filesystem::path const& file)
 {
-    if (std::filesystem::is_directory(file)) {
-        throw std::system_error(std::make_error_code(std::errc::is_a_directory), file.string());
-    }
+    Stream const stream(::fdopen(openOrdinaryFile(file), "rb"));
+    std::string text;
+    std::array<char, 65536> part{};
     errno = 0;
-    std::ifstream stream(file, std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    if (!stream.is_open() || stream.bad()) {
-        failSystem(file);
+    while (std::size_t const got = std::fread(part.data(), 1, part.size(), stream.get())) {
+        text.append(part.data(), got);
+    }
+    if (std::ferror(stream.get()) != 0) {
+        throw FileError(errno != 0 ? errno : EIO);
     }
     return text;
 }

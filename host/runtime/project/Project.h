@@ -18,9 +18,9 @@ public:
 ///   {"format": "remap-color-project", "version": 1, "tool": NAME, "schema": NUMBER,
 ///    "values": {NAME: VALUE, ...}}
 ///
-/// VALUE is a number, a boolean, an enumeration's label, a list of numbers (in which the texts
-/// "inf", "-inf" and "nan" stand for themselves), a curve {"points": [[x, y], ... three per key]},
-/// or keyframes {"keys": [[time, VALUE], ...]}. User-interface thread.
+/// VALUE is a number, a boolean, an enumeration's label, a list of finite numbers, a curve
+/// {"points": [[x, y], ... three per key]}, or keyframes {"keys": [[time, VALUE], ...]}.
+/// User-interface thread.
 std::string writeProject(HostNode const& node);
 
 /// The values that a project's text names. `pattern` is a node of the tool that the project is for;
@@ -30,8 +30,8 @@ std::string writeProject(HostNode const& node);
 NodeValues readProject(std::string const& text, HostNode const& pattern);
 
 /// Writes text to a file that appears under its name only when it is complete. A symbolic link is
-/// followed: what it leads to is replaced, not the link. Throws std::system_error.
+/// followed: what it leads to is replaced, not the link. Throws FileError.
 void saveTextFile(std::filesystem::path const& file, std::string const& text);
 
-/// The whole of a file. Throws std::system_error.
+/// The whole of a file. Throws FileError.
 std::string loadTextFile(std::filesystem::path const& file);

@@ -165,16 +165,6 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr std::array<std::pair<char const*, double>, 3> numberTexts = {
     {{"inf", infinity}, {"-inf", -infinity}, {"nan", std::numeric_limits<double>::quiet_NaN()}}};
 
-double listedNumberFromJson(Json const& json, std::string const& place)
-{
-    for (auto const& [text, number] : numberTexts) {
-        if (json == text) {
-            return number;
-        }
-    }
-    return json.is_number() ? json.get<double>() : (fail(place, "a list of numbers"), 0.0);
-}
-
 /// Makes a state of the kind that it is shown.
 struct StateReader {
     Json const& json;
@@ -191,7 +181,8 @@ struct StateReader {
     {
         Vector<double> numbers;
         for (Json const& number : json.is_array() ? json : Json::array({nullptr})) {
-            numbers.push_back(listedNumberFromJson(number, place));
+            numbers.push_back(number.is_number() ? number.get<double>()
+                                                 : (fail(place, "a list of finite numbers"), 0.0));
         }
         return numbers;
     }
@@ -238,7 +229,7 @@ ValueState valueFromJson(nlohmann::ordered_json const& json, HostValue const& va
 {
     ValueState state = std::visit(StateReader{json, value, place}, *value.getState());
     try {
-        value.check(state);
+        value.checkGiven(state);
     } catch (ValueError const& error) {
         throw ProjectError(place + ": " + error.what());
     }

@@ -80,6 +80,14 @@ public:
 
     bool isAnimated() const { return animated; }
 
+    /// Whether it is the same at all times.
+    bool isConstant() const
+    {
+        return std::all_of(keys.begin(), keys.end(), [this](Keyframe<T> const& key) {
+            return key.value == keys.front().value;
+        });
+    }
+
     /// One key at time 0 for a constant.
     std::vector<Keyframe<T>> const& getKeys() const { return keys; }
 

@@ -4,8 +4,10 @@
 
 #include "runtime/curves/CurveShapes.h"
 #include "runtime/values/NumberText.h"
+#include "runtime/values/ValueChange.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -70,11 +72,69 @@ void checkChoice(std::string const& name, int value, PiInputPolicy const* policy
     }
 }
 
+bool isSameNumber(double a, double b)
+{
+    return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
+}
+
+template <typename T>
+bool isSameValue(T a, T b)
+{
+    return isSameNumber(a, b);
+}
+
+bool isSameValue(CurvePoints const& a, CurvePoints const& b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](auto const& p, auto const& q) {
+        return isSameNumber(p.x, q.x) && isSameNumber(p.y, q.y);
+    });
+}
+
+/// Compares with a state of the same kind.
+struct StateComparison {
+    ValueState const& other;
+
+    template <typename T>
+    bool operator()(Animated<T> const& state) const
+    {
+        auto const& animated = std::get<Animated<T>>(other);
+        auto const& keys = state.getKeys();
+        return state.isAnimated() == animated.isAnimated() &&
+               std::equal(keys.begin(), keys.end(), animated.getKeys().begin(),
+                          animated.getKeys().end(), [](auto const& p, auto const& q) {
+                              return isSameNumber(p.time, q.time) && isSameValue(p.value, q.value);
+                          });
+    }
+    bool operator()(Vector<double> const& numbers) const
+    {
+        auto const& others = std::get<Vector<double>>(other);
+        return std::equal(numbers.begin(), numbers.end(), others.begin(), others.end(),
+                          isSameNumber);
+    }
+};
+
+bool hasKeyframes(ValueState const& state)
+{
+    return std::visit(
+        [](auto const& held) {
+            if constexpr (requires { held.isAnimated(); }) {
+                return held.isAnimated();
+            }
+            return false;
+        },
+        state);
+}
+
 } // namespace
 
+bool isSameState(ValueState const& a, ValueState const& b)
+{
+    return a.index() == b.index() && std::visit(StateComparison{b}, a);
+}
+
 HostValue::HostValue(std::string fullName, ValueState initial,
-                     RCShdPtr<PiInputPolicy const> inputPolicy, ValueObserver* valueObserver)
-    : name(std::move(fullName)), policy(std::move(inputPolicy)), observer(valueObserver),
+                     RCShdPtr<PiInputPolicy const> inputPolicy, ValueOwner* valueOwner)
+    : name(std::move(fullName)), policy(std::move(inputPolicy)), owner(valueOwner),
       current(std::make_shared<ValueState const>(std::move(initial)))
 {
 }
@@ -87,24 +147,43 @@ std::shared_ptr<ValueState const> HostValue::getState() const
 
 void HostValue::setState(ValueState state)
 {
-    auto const before = getState();
     check(state);
-    bool const isChange = state != *before;
+    restore(std::make_shared<ValueState const>(std::move(state)));
+}
+
+void HostValue::restore(std::shared_ptr<ValueState const> state)
+{
+    RCShdPtr<HostValue> const self(this); // whoever is told may let the value go
+    auto const before = getState();
+    if (isSameState(*state, *before)) {
+        return;
+    }
     {
-        // Taken over in any case: 0 and -0 are equal but not the same.
-        auto next = std::make_shared<ValueState const>(std::move(state));
         std::lock_guard const lock(mutex);
-        current = std::move(next);
+        current = state;
     }
-    if (isChange && observer != nullptr) {
-        observer->valueChanged(*this, *before);
+    if (owner == nullptr || owner->recordChange(*this, before)) {
+        tellChange(*this, before, std::move(state));
     }
+}
+
+void HostValue::tell(ValueChange const& change)
+{
+    if (owner != nullptr) {
+        owner->tellChange(change);
+    }
+    handlers.call(change);
 }
 
 void HostValue::check(ValueState const& candidate) const
 {
     if (candidate.index() != getState()->index()) {
         throw ValueError(quote(name) + " holds another kind of value");
+    }
+    auto const* const choices = dynamic_cast<PiEnumPolicy const*>(policy.get());
+    bool const isConstant = !takesKeyframes || (choices != nullptr && !choices->isAnimatable());
+    if (isConstant && hasKeyframes(candidate)) {
+        throw ValueError(quote(name) + " cannot be animated");
     }
     if (auto const* const numbers = std::get_if<Animated<double>>(&candidate)) {
         for (auto const& key : numbers->getKeys()) {
@@ -114,13 +193,28 @@ void HostValue::check(ValueState const& candidate) const
         for (auto const& key : integers->getKeys()) {
             checkChoice(name, key.value, policy.get());
         }
-        auto const* const choices = dynamic_cast<PiEnumPolicy const*>(policy.get());
-        if (choices != nullptr && !choices->isAnimatable() && integers->isAnimated()) {
-            throw ValueError(quote(name) + " cannot be animated");
-        }
     } else if (auto const* const curves = std::get_if<Animated<CurvePoints>>(&candidate)) {
         for (auto const& key : curves->getKeys()) {
             checkCurvePoints(name, key.value);
+        }
+    }
+}
+
+void HostValue::checkGiven(ValueState const& candidate) const
+{
+    check(candidate);
+    if (auto const* const curves = std::get_if<Animated<CurvePoints>>(&candidate)) {
+        for (auto const& key : curves->getKeys()) {
+            checkDrawnCurve(name, key.value);
+        }
+    } else if (auto const* const numbers = std::get_if<Vector<double>>(&candidate)) {
+        std::size_t const length = std::get<Vector<double>>(*getState()).size();
+        bool const isFinite = std::all_of(numbers->begin(), numbers->end(),
+                                          [](double number) { return std::isfinite(number); });
+        if (!isFinite || (length > 0 && numbers->size() != length)) {
+            throw ValueError(quote(name) + " takes " +
+                             (length > 0 ? std::to_string(length) + " " : "") + "finite numbers" +
+                             (isFinite ? ", not " + std::to_string(numbers->size()) : ""));
         }
     }
 }

@@ -2,6 +2,7 @@
 
 #include "base/HostException.h"
 #include "base/RCShdPtr.h"
+#include "callbacks/CbDispatcher.h"
 #include "pluginAPI/PiInputPolicy.h"
 #include "pluginAPI/PiValue.h"
 #include "runtime/values/Animated.h"
@@ -12,9 +13,13 @@
 #include <string>
 #include <variant>
 
-/// Everything that a value of a node can be.
+/// Everything that a value of a node can be. Two states are the same when their bits are: see
+/// isSameState.
 using ValueState = std::variant<Animated<bool>, Animated<int>, Animated<double>,
                                 Animated<CurvePoints>, Vector<double>>;
+
+/// Whether nothing distinguishes the two: 0 and -0 differ, a NaN is itself.
+bool isSameState(ValueState const& a, ValueState const& b);
 
 /// A value that an input does not take. The text names the input and what it takes.
 class ValueError : public HostException {
@@ -22,24 +27,33 @@ public:
     using HostException::HostException;
 };
 
-/// Told of every change of a value, before and after it happens.
-class ValueObserver {
-public:
-    virtual ~ValueObserver() noexcept(false) = default;
+class HostValue;
+struct ValueChange;
 
-    /// `value` now has another state than `before`. User-interface thread.
-    virtual void valueChanged(class HostValue& value, ValueState const& before) = 0;
+using ValueHandler = CbHandler<ValueChange const>;
+
+/// Whoever values belong to.
+class ValueOwner {
+public:
+    virtual ~ValueOwner() noexcept(false) = default;
+
+    /// `value` has been changed; nobody knows yet. Returns whether it is to be told.
+    virtual bool recordChange(HostValue& value,
+                              std::shared_ptr<ValueState const> const& before) = 0;
+
+    /// The change's turn to be told, before the value's own handlers.
+    virtual void tellChange(ValueChange const& change) = 0;
 };
 
 /// A value that the host keeps for a node. Changed on the user-interface thread; any thread may
 /// take a snapshot of its state.
 class HostValue : public virtual PiValue {
 public:
-    /// `observer` may be null; otherwise it lives until forgetObserver is called. The initial state
+    /// `valueOwner` may be null; otherwise it lives until forgetOwner is called. The initial state
     /// decides what kind of value it is for good; `policy` may be empty and must accept the initial
     /// state.
     HostValue(std::string fullName, ValueState initial, RCShdPtr<PiInputPolicy const> inputPolicy,
-              ValueObserver* valueObserver);
+              ValueOwner* valueOwner);
 
     std::string getName() const override { return name; }
     RCShdPtr<PiInputPolicy const> const& getPolicy() const { return policy; }
@@ -47,20 +61,40 @@ public:
     /// The state at this moment, which never changes afterwards. Any thread.
     std::shared_ptr<ValueState const> getState() const;
 
-    /// Takes `state` over, and tells the observer if it differs. Throws ValueError, having changed
-    /// nothing, for another kind of value and for what the policy does not allow.
+    /// Takes `state` over, and tells whom it concerns if it differs (see ValueChange.h). Throws
+    /// ValueError, having changed nothing, for another kind of value and for what the policy does
+    /// not allow.
     void setState(ValueState state);
 
-    /// Nobody is told of changes any more: the observer is about to go.
-    void forgetObserver() { observer = nullptr; }
+    /// The same with a state that the value had before.
+    void restore(std::shared_ptr<ValueState const> state);
+
+    /// Subscribes to changes, until the handler leaves or dies, or the value goes.
+    void addHandler(ValueHandler* handler) { handlers.addHandler(handler); }
+    void removeHandler(ValueHandler* handler) { handlers.removeHandler(handler); }
+
+    /// Tells the owner and the handlers. For the queue of changes.
+    void tell(ValueChange const& change);
+
+    /// The owner is about to go.
+    void forgetOwner() { owner = nullptr; }
 
     /// Throws what setState would throw.
     void check(ValueState const& candidate) const;
 
+    /// The same for what a person gives, who also means a curve with keys at two places or more,
+    /// and a list of finite numbers that is as long as the value's own, if that is not empty.
+    void checkGiven(ValueState const& candidate) const;
+
+    /// From now on keyframes are refused: whoever reads the value has no time.
+    void forbidKeyframes() { takesKeyframes = false; }
+
 private:
     std::string name;
     RCShdPtr<PiInputPolicy const> policy;
-    ValueObserver* observer;
+    ValueOwner* owner;
+    CbDispatcher<ValueChange const> handlers;
+    bool takesKeyframes = true;
     mutable std::mutex mutex;
     std::shared_ptr<ValueState const> current; // locked by mutex; what it points to never changes
 };
@@ -70,9 +104,8 @@ template <typename T>
 class HostTypedValue : public HostValue, public PiTypedValue<T> {
 public:
     HostTypedValue(std::string fullName, T initial, RCShdPtr<PiInputPolicy const> inputPolicy,
-                   ValueObserver* valueObserver)
-        : HostValue(std::move(fullName), Animated<T>(initial), std::move(inputPolicy),
-                    valueObserver)
+                   ValueOwner* valueOwner)
+        : HostValue(std::move(fullName), Animated<T>(initial), std::move(inputPolicy), valueOwner)
     {
     }
 
@@ -86,8 +119,8 @@ public:
 /// A list of doubles as plug-ins see it.
 class HostArrayValue : public HostValue, public PiTypedValueArray<double> {
 public:
-    HostArrayValue(std::string fullName, ValueObserver* valueObserver)
-        : HostValue(std::move(fullName), Vector<double>(), {}, valueObserver)
+    HostArrayValue(std::string fullName, ValueOwner* valueOwner)
+        : HostValue(std::move(fullName), Vector<double>(), {}, valueOwner)
     {
     }
 

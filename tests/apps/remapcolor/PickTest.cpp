@@ -1,15 +1,17 @@
 // "pick" and masking as their users meet them: what "render" makes of a pixel is the reference.
 
-#include "Program.h"
+#include "apps/remapcolor/Program.h"
 
 #include <ImfChannelList.h>
 #include <ImfFrameBuffer.h>
 #include <ImfHeader.h>
 #include <ImfInputFile.h>
 #include <ImfOutputFile.h>
+#include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <limits>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 namespace {
@@ -64,18 +66,19 @@ protected:
             pixels[index] = {9.0F, 9.0F, 9.0F, index % width < width / 2 ? 1.5F : 0.0F};
         }
         write("mask.exr", pixels);
+        write("dot.exr", pixels, 2);
     }
 
-    void write(char const* name, std::vector<Pixel>& pixels) const
+    void write(char const* name, std::vector<Pixel>& pixels, int rows = height) const
     {
-        Imath::Box2i const window({left, top}, {left + width - 1, top + height - 1});
+        Imath::Box2i const window({left, top}, {left + width - 1, top + rows - 1});
         Imf::Header header(window, window);
         for (char const* channel : {"R", "G", "B", "A"}) {
             header.channels().insert(channel, Imf::Channel(Imf::FLOAT));
         }
         Imf::OutputFile file((folder.path / name).c_str(), header);
         file.setFrameBuffer(makeFrame(pixels));
-        file.writePixels(height);
+        file.writePixels(rows);
     }
 
     std::vector<Pixel> read(char const* name) const
@@ -120,8 +123,15 @@ TEST_F(PickTest, GivesWhatRenderMakesOfThePixel)
     std::vector<Names> const looks = {
         {},
         {"-s", "Linear.Gamma=2.2", "--curve", "rgb=0,0 0.4,0.7 1,1", "--mix", "0.3"},
-        {"--mode", "EXRDisplay", "-s", "EXRDisplay.Exposure=1.25@-1,2@0", "--no-adjust"},
-        {"-s", "Mute=true", "-s", "Linear.Gamma=3"}};
+        {"--mode", "EXRDisplay", "-s", "EXRDisplay.Exposure=1.25@-1,2@9", "--no-adjust", "--frame",
+         "3.5"},
+        {"--curve", "green=0,0 1,1 @-2 | 0,0.1 1,3 @2", "--frame", "-1"},
+        {"-s", "Mute=true", "-s", "Linear.Gamma=3"},
+        {"-s", "Linear.Gamma=2.2", "--mask", "mask.exr", "--mix", "0.3"},
+        {"--mode", "EXRDisplay", "--mask", "mask.exr", "--mask-invert"},
+        // 9.0 of R is 1; below its two rows it is 0.
+        {"-s", "Linear.Gamma=3", "--mask", "dot.exr", "--mask-channel", "R"},
+        {"-s", "Linear.Gamma=3", "--mask", "dot.exr", "--mask-invert", "--mix", "0.7"}};
     for (Names const& look : looks) {
         Names const render = {"render", "in.exr", "-o", "out.exr", "--depth", "32"};
         ASSERT_EQ(run(render, look).status, 0);
@@ -140,6 +150,47 @@ TEST_F(PickTest, GivesWhatRenderMakesOfThePixel)
     }
 }
 
+TEST_F(PickTest, AreasSumUpWhatRenderMakesOfThem)
+{
+    Names const look = {"-s", "Linear.Gamma=2.2", "--mask", "mask.exr", "--mix", "0.6"};
+    ASSERT_EQ(run({"render", "in.exr", "-o", "out.exr", "--depth", "32"}, look).status, 0);
+    // All but the first column and the last row; and what of an area lies within the picture.
+    ProgramResult const result =
+        run({"pick", "in.exr", "-2,5,3,39", "-3,5", "-9,40,7,99", "--json"}, look);
+    ASSERT_EQ(result.errors.size(), 1U);
+    EXPECT_NE(result.errors[0].find("has pixels in -3,40,1,5 only"), std::string::npos);
+    auto const picks = nlohmann::json::parse(result.output);
+    ASSERT_EQ(picks.size(), 3U);
+    EXPECT_EQ(picks[1]["pixel"], (std::vector<int>{-3, 5}));
+    EXPECT_EQ(picks[2]["area"], (std::vector<int>{-3, 40, 1, 5}));
+    for (std::string const side : {"in", "out"}) {
+        std::vector<Pixel> const pixels = read(side == "in" ? "in.exr" : "out.exr");
+        double sum = 0.0;
+        float least = infinity;
+        float greatest = -infinity;
+        for (std::size_t index = 0; index < pixels.size() - width; ++index) {
+            if (index % width != 0) {
+                sum += pixels[index].g;
+                least = std::min(least, pixels[index].g);
+                greatest = std::max(greatest, pixels[index].g);
+            }
+        }
+        auto const& green = picks[0][side]["green"];
+        EXPECT_EQ(green["mean"], sum / (3 * 39));
+        EXPECT_EQ(green["least"], least);
+        EXPECT_EQ(green["greatest"], greatest);
+    }
+    // The odd pixel is counted, and no more.
+    auto const odd =
+        nlohmann::json::parse(run({"pick", "in.exr", "-3,5,1,2", "--json"}, {}).output);
+    EXPECT_EQ(odd["in"]["blue"]["nan"], 1);
+    EXPECT_EQ(odd["in"]["red"]["inf"], 1);
+    EXPECT_EQ(odd["in"]["blue"]["mean"], 0.1F);
+    auto const lone =
+        nlohmann::json::parse(run({"pick", "in.exr", "-3,5,1,1", "--json"}, {}).output);
+    EXPECT_TRUE(lone["in"]["red"]["mean"].is_null());
+}
+
 TEST_F(PickTest, FailuresAreOneLineAndTheRightStatus)
 {
     struct Case {
@@ -153,6 +204,12 @@ TEST_F(PickTest, FailuresAreOneLineAndTheRightStatus)
         {{"pick", "in.exr", "1,5"}, 2, "goes from -3,5 to 0,44"},
         {{"pick", "in.exr", "0,45"}, 2, "no pixel 0,45"},
         {{"pick", "in.exr", "0,5", "--frame", "x"}, 2, "--frame"},
+        {{"pick", "in.exr", "0,5", "7,7,0,1"}, 2, "X,Y,W,H"},
+        {{"pick", "in.exr", "0,5", "1,5,2147483647,9"}, 2, "no pixel 1,5,2147483647,9"},
+        {{"pick", "in.exr", "0,5", "--mask-invert"}, 2, "add --mask FILE"},
+        {{"pick", "in.exr", "0,5", "--mask", "mask.exr", "--mask-channel", "Q"},
+         2,
+         "no channel \"Q\"; there are \"A\", \"B\""},
         {{"pick", "none.exr", "0,5"}, 1, "no such file"},
         {{"render", "in.exr", "-o", "o.exr", "--mask", "none.exr"}, 1, "none.exr"},
         {{"render", "in.exr", "-o", "mask.exr", "--mask", "mask.exr"}, 2, "the mask itself"},
@@ -164,7 +221,7 @@ TEST_F(PickTest, FailuresAreOneLineAndTheRightStatus)
         EXPECT_NE(result.errors[0].find(wrong.complaint), std::string::npos) << result.errors[0];
         EXPECT_EQ(result.output, "");
     }
-    EXPECT_EQ(folder.list(), (Names{"in.exr", "mask.exr"}));
+    EXPECT_EQ(folder.list(), (Names{"dot.exr", "in.exr", "mask.exr"}));
 }
 
 TEST_F(PickTest, MaskLimitsTheResultToItsAlpha)

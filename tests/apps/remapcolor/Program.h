@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdio>
 #include <fstream>
+#include <functional>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,8 +20,10 @@ struct ProgramResult {
 class Program {
 public:
     /// Starts it; standard output goes to the file `outputFile` instead if that is not empty.
-    Program(TestFolder const& folder, std::vector<std::string> const& arguments,
-            std::filesystem::path const& outputFile = {})
+    /// `prepare` runs in the new process before.
+    Program(
+        TestFolder const& folder, std::vector<std::string> const& arguments,
+        std::filesystem::path const& outputFile = {}, std::function<void()> const& prepare = [] {})
         : output(outputFile.empty() ? streams.path / "output" : outputFile)
     {
         // Programs and tests are built into one folder.
@@ -39,6 +42,7 @@ public:
                                  std::freopen(errors.c_str(), "w", stderr) != nullptr &&
                                  ::chdir(folder.path.c_str()) == 0;
             if (isReady) {
+                prepare();
                 ::execv(words[0], const_cast<char* const*>(words.data()));
             }
             ::_exit(127);

@@ -2,12 +2,14 @@
 
 #include "callbacks/CbDispatcher.h"
 
+#include "base/EvEventManager.h"
 #include "primitives/CoColor.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 namespace {
@@ -115,6 +117,18 @@ TEST_F(CbDispatcherTest, HandlerMayDestroyItselfWhileItIsCalled)
 
     EXPECT_EQ("xA", called());
     EXPECT_EQ("A", called());
+}
+
+TEST_F(CbDispatcherTest, HandlerThatThrowsIsReportedAndTheOthersAreCalled)
+{
+    first.onCall = [](Pixel&) { throw std::runtime_error("cannot draw"); };
+    dispatcher.addHandler(&first);
+    dispatcher.addHandler(&second);
+
+    EXPECT_EQ("AB", called());
+    EvEventManager::getInstance().processEvents();
+    EXPECT_EQ(std::vector<std::string>{"cannot draw"},
+              EvEventManager::getInstance().takeFailures());
 }
 
 TEST_F(CbDispatcherTest, EitherSideUnlinksWhenItDies)

@@ -6,6 +6,7 @@
 #include <ImfMultiPartOutputFile.h>
 
 #include <csignal>
+#include <cstring>
 #include <random>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -16,8 +17,62 @@ using FailuresTest = MediaTest;
 
 void open(std::filesystem::path const& file)
 {
-    openImage(file, {}, [](std::string const&) {});
+    openImage(file, {});
 }
+
+/// Little-endian numbers within a file's bytes.
+std::uint64_t numberAt(std::string const& bytes, std::size_t place)
+{
+    std::uint64_t number = 0;
+    std::memcpy(&number, &bytes.at(place), sizeof number);
+    return number;
+}
+void putNumber(std::string& bytes, std::size_t place, std::uint32_t number)
+{
+    std::memcpy(&bytes.at(place), &number, sizeof number);
+}
+
+/// The table of chunks: its first entry leads to just behind it.
+std::size_t findTable(std::string const& exr)
+{
+    constexpr std::size_t mostBytes = 300 * 8;
+    for (std::size_t place = exr.find("screenWindowWidth"); place + 8 < exr.size(); ++place) {
+        std::uint64_t const first = numberAt(exr, place);
+        if (first > place && first <= place + mostBytes && (first - place) % 8 == 0) {
+            return place;
+        }
+    }
+    ADD_FAILURE() << "no table";
+    return 0;
+}
+
+/// A change that makes a sound EXR file announce more than it holds.
+struct Lie {
+    char const* name;
+    std::function<void(std::string& exr)> tell;
+    bool isNarrow = false; ///< less than what the compression's units may hold
+};
+void widen(std::string& exr, std::uint32_t xMax)
+{
+    putNumber(exr, exr.find("dataWindow") + 11 + 6 + 4 + 8, xMax);
+}
+Lie const lies[] = {
+    {"a little wider", [](std::string& exr) { widen(exr, 44); }, true},
+    {"twice as wide", [](std::string& exr) { widen(exr, 2 * 37 - 1); }, true},
+    {"very wide", [](std::string& exr) { widen(exr, 1'000'000); }},
+    {"an empty block",
+     [](std::string& exr) {
+         bool const isTiled = exr.find("tiledesc") != std::string::npos;
+         putNumber(exr, numberAt(exr, findTable(exr)) + (isTiled ? 16 : 4), 0);
+     }},
+    {"one block for two",
+     [](std::string& exr) {
+         std::size_t const table = findTable(exr);
+         exr.replace(table + 8, 8, exr, table, 8);
+     }},
+    {"a block in the header", [](std::string& exr) { putNumber(exr, findTable(exr) + 8, 100); }},
+    {"a block that is missing", [](std::string& exr) { exr.resize(exr.size() - 1); }},
+};
 
 /// Lets files grow to `bytes` only: what a full disk looks like to a writer.
 class FileSizeLimit {
@@ -69,7 +124,7 @@ TEST_F(FailuresTest, UnsupportedExrFilesSayWhy)
     saveBytes(in, "a text");
     expectReason("does not begin as");
     writeExr(in, {});
-    errorOf([&] { openImage(in, {.mostBytes = 1000}, {}); }, ImageFailure::File);
+    errorOf([&] { openImage(in, {.mostBytes = 1000}); }, ImageFailure::File);
     std::string bytes = loadBytes(in);
     bytes[bytes.find("dataWindow") + 11 + 6 + 4 + 14] = 0x10; // the last row is one of a million
     saveBytes(in, bytes);
@@ -95,6 +150,62 @@ TEST_F(FailuresTest, TruncatedFilesEndInErrors)
         std::filesystem::remove(cut);
     }
     EXPECT_EQ(folder.list().size(), 3U);
+}
+
+TEST_F(FailuresTest, WhatAnExrFileAnnouncesIsHeldAgainstWhatItHolds)
+{
+    std::map<std::string, float> const flat = {{"R", 0.5F}, {"G", 0.25F}, {"B", 0.F}};
+    for (int compression = 0; compression < Imf::NUM_COMPRESSION_METHODS; ++compression) {
+        for (int const tileSize : {0, 16}) {
+            for (auto const& values : {flat, {}}) {
+                if (tileSize != 0 && values.empty()) {
+                    continue; // noise is stored as it is, alike in rows and tiles
+                }
+                writeExr(file("in.exr"), {.compression = static_cast<Imf::Compression>(compression),
+                                          .tileSize = tileSize,
+                                          .dataWindow = {{0, 0}, {36, 269}},
+                                          .values = values});
+                std::string const honest = loadBytes(file("in.exr"));
+                copyImage(file("in.exr"), file("out.exr"));
+                std::filesystem::remove(file("out.exr"));
+                for (Lie const& lie : lies) {
+                    // PIZ reads zeros where its bits end: a wider picture, but the same each time.
+                    if (compression == Imf::PIZ_COMPRESSION && lie.isNarrow) {
+                        continue;
+                    }
+                    SCOPED_TRACE(std::to_string(compression) + " " + std::to_string(tileSize) +
+                                 (values.empty() ? " noise: " : " flat: ") + lie.name);
+                    std::string bytes = honest;
+                    lie.tell(bytes);
+                    saveBytes(file("in.exr"), bytes);
+                    errorOf([&] { copyImage(file("in.exr"), file("out.exr")); },
+                            ImageFailure::File);
+                    EXPECT_EQ(folder.list().size(), 1U);
+                }
+            }
+        }
+    }
+}
+
+TEST_F(FailuresTest, WhatOtherFilesAnnounceIsHeldAgainstTheirLength)
+{
+    using namespace std::string_literals;
+    struct Case {
+        char const* name;
+        std::size_t place;
+        std::string width; ///< 2^24 as the file writes it; empty: the file is cut instead
+    };
+    for (auto const& [name, place, width] :
+         {Case{"a.png", 16, "\1\0\0\0"s}, Case{"a.dpx", 772, "\0\0\0\1"s}, Case{"cut.dpx", 0, ""},
+          Case{"a.tif", 12, "\4\0\1\0\0\0\0\0\0\1"s}}) {
+        SCOPED_TRACE(name);
+        writeOther(file(name), 40, 3, 8, std::string(std::size_t{40} * 40 * 3, 'x'));
+        std::string bytes = loadBytes(file(name));
+        bytes.replace(place, width.size(), width);
+        saveBytes(file(name), bytes.substr(0, bytes.size() - (width.empty() ? 100 : 0)));
+        expectLineWith("too short for them",
+                       errorOf([&] { open(file(name)); }, ImageFailure::File));
+    }
 }
 
 TEST_F(FailuresTest, DamagedHeadersEndInErrorsOrPictures)

@@ -1,8 +1,12 @@
 // Pictures that are not EXR, and the ways between them and EXR.
 
+#include "media/ErrorText.h"
 #include "support/MediaSupport.h"
 
+#include <ImfStringAttribute.h>
+#include <array>
 #include <bit>
+#include <cmath>
 #include <cstring>
 #include <random>
 
@@ -130,12 +134,89 @@ TEST_F(OtherFilesTest, WindowsBecomeTheDisplayWindow)
     }
 }
 
-TEST_F(OtherFilesTest, LossesAreNoted)
+TEST_F(OtherFilesTest, WhatIsMissingIsAWarningAndWhatDiffersANote)
 {
-    using Case = std::pair<char const*, std::size_t>;
-    writeExr(file("in.exr"), {.channels = {{"R"}, {"G"}, {"B"}, {"A"}}});
-    for (auto const& [name, notes] :
-         {Case{"a.png", 1}, Case{"a.tif", 0}, Case{"a.jpg", 2}, Case{"a.dpx", 1}}) {
-        EXPECT_EQ(copyImage(file("in.exr"), file(name)).size(), notes) << name;
+    Imath::Box2i const larger{{-1, 0}, {36, 52}}; // than what is shown
+    Imath::Box2i const smaller{{1, 0}, {36, 52}};
+    struct Case {
+        char const* name;
+        std::vector<TestChannel> channels;
+        Imath::Box2i dataWindow;
+        std::vector<std::string> reports; ///< how each begins after the file's name
+    };
+    std::vector<TestChannel> const rgba = {{"R"}, {"G"}, {"B"}, {"A"}};
+    for (auto const& [name, channels, window, reports] : std::vector<Case>{
+             {"a.tif", rgba, {{0, 0}, {36, 52}}, {}},
+             {"a.png", rgba, smaller, {"gets the display window", "holds 16-bit integers"}},
+             {"a.dpx", rgba, larger, {"warning: gets the display", "holds 16-bit integers"}},
+             {"a.jpg",
+              {{"R"}, {"A"}, {"Z"}},
+              {{0, 0}, {36, 52}},
+              {"warning: holds colour", "warning: holds no alpha", "holds 8-bit integers"}}}) {
+        writeExr(file("in.exr"), {.channels = channels, .dataWindow = window});
+        std::vector<std::string> said = copyImage(file("in.exr"), file(name));
+        ASSERT_EQ(said.size(), reports.size()) << name;
+        for (std::size_t index = 0; index < said.size(); ++index) {
+            std::string const file = quoteName(this->file(name).string()) + " ";
+            said[index].erase(said[index].find(file), file.size());
+            EXPECT_TRUE(said[index].starts_with(reports[index])) << said[index];
+        }
+    }
+}
+
+TEST_F(OtherFilesTest, MetadataStayTheSameHoweverOftenAFileIsCopied)
+{
+    std::string const samples = randomBytes(16 * 32 * 3);
+    OtherAttributes const attributes = {
+        {"Artist", "Me"},          {"Copyright", "us"},
+        {"ImageDescription", "x"}, {"Software", "soft"},
+        {"IPTC:City", "Town"},     {"IPTC:Creator", "Me; You"},
+        {"Keywords", "a; b"},      {"DateTime", "2020:01:02 03:04:05"}};
+    for (char const* const kind : {"jpg", "tif", "png", "dpx"}) {
+        std::string const name = std::string(".") + kind;
+        writeOther(file("0" + name), 16, 3, 8, samples, attributes);
+        OtherAttributes const first = loadOtherAttributes(file("0" + name));
+        for (int pass = 0; pass < 10; ++pass) {
+            auto const said =
+                copyImage(file(std::to_string(pass) + name), file(std::to_string(pass + 1) + name));
+            EXPECT_TRUE(said.empty()) << said.front();
+        }
+        EXPECT_EQ(loadOtherAttributes(file("10" + name)), first) << kind;
+    }
+}
+
+TEST_F(OtherFilesTest, MetadataThatAreLostAreNamed)
+{
+    writeOther(file("in.jpg"), 1, 3, 8, "abc", {{"Artist", "Me"}, {"IPTC:City", "Town"}});
+    writeExr(file("in.exr"), {.addAttributes = [](Imf::Header& header) {
+                 header.insert("comments", Imf::StringAttribute("x"));
+             }});
+    for (auto const& [from, to, lost] :
+         {std::array{"in.jpg", "out.exr", "\"IPTC:Creator\", \"IPTC:City\""},
+          std::array{"in.exr", "out.tif", "\"comments\""}}) {
+        auto const said = copyImage(file(from), file(to), {.depth = IxPixelFormat::FLOAT32});
+        ASSERT_EQ(said.size(), 1U) << to;
+        EXPECT_TRUE(said[0].starts_with("warning: ") && said[0].find(lost) != said[0].npos)
+            << said[0];
+    }
+}
+
+TEST_F(OtherFilesTest, TiffIsHalfWhereHalfIsAskedForOrTheSourceIs)
+{
+    writeExr(file("in.exr"), {});
+    copyImage(file("in.exr"), file("kept.tif"));
+    EXPECT_EQ(loadOtherAttributes(file("kept.tif"))["type"], "float");
+    EXPECT_TRUE(
+        copyImage(file("in.exr"), file("half.tif"), {.depth = IxPixelFormat::FLOAT16}).empty());
+    copyImage(file("half.tif"), file("again.tif"));
+    std::vector<float> const values = loadValues(file("in.exr"));
+    for (char const* const name : {"half.tif", "again.tif"}) {
+        EXPECT_EQ(loadOtherAttributes(file(name))["type"], "half") << name;
+        std::vector<float> const halves = loadValues(file(name));
+        ASSERT_EQ(halves.size(), values.size());
+        for (std::size_t index = 0; index < values.size(); ++index) {
+            bool const isNan = std::isnan(values[index]) && std::isnan(halves[index]);
+            EXPECT_TRUE(isNan || halves[index] == values[index]) << name << " " << index;
+        }
     }
 }

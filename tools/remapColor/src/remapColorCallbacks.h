@@ -8,6 +8,7 @@
 #include "primitives/CoColor.h"
 #include "remapColorExport.h"
 
+// Types in parentheses are none. NOLINTBEGIN(bugprone-macro-parentheses)
 // clang-format off
 #define REMAPCOLOR_COLOUR_CALLBACKS(INSTANTIATE, COLOUR)                                           \
     INSTANTIATE CbDispatcher<COLOUR const>::CbDispatcher();                                        \
@@ -58,5 +59,6 @@
     REMAPCOLOR_PIXEL_CALLBACKS(INSTANTIATE, CoRgbaColorTyped<float>)                               \
     REMAPCOLOR_EMPTY_CALLBACKS(INSTANTIATE)
 // clang-format on
+// NOLINTEND(bugprone-macro-parentheses)
 
 REMAPCOLOR_CALLBACKS(extern template REMAPCOLOR_EXPORT)

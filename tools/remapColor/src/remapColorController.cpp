@@ -315,7 +315,7 @@ std::string RemapColorController::getCurveName(RemapColorTool::Channel channel)
         return {};
     }
     return RemapColorNames::join(RemapColorNames::adjustCurve,
-                                 RemapColorNames::channels[static_cast<std::size_t>(channel)]);
+                                 RemapColorNames::channelNames[static_cast<std::size_t>(channel)]);
 }
 
 void RemapColorController::registerModeFactory(RCShdPtr<ModeFactory> const& factory, int index)

@@ -12,8 +12,11 @@
 // addInstanceDataFactory (its package depends on InInit<VxInit::remapColorVxtool>, so that it is
 // started after the tool and shut down before it), and the host calls createWidgetInstanceData with
 // the panel's main container. The maker is then called with the controller; what it returns lives
-// as long as the host keeps it with the widget. The controller may die before that: hold it through
-// the weak handle that getNode()->getController() gives.
+// as long as the host keeps it with the widget. The controller may die before that: keep the
+// reference that the maker got, and beside it the RCWeakPtr<PiNodeController> that
+// getNode()->getController() gives; use the reference while a handle locked from it lives. An
+// RCWeakPtr<RemapColorController> or a dynamic_cast does not link: the class's type record stays
+// inside this library.
 //
 // Unless a function says otherwise: user-interface thread only; a missing node, value or connection
 // throws the host's null-pointer exception naming what is missing.

@@ -4,6 +4,7 @@
 
 #include "base/Assertions.h"
 #include "base/RCExUtil.h"
+#include "remapColorSteps.h"
 
 #include <algorithm>
 #include <cmath>
@@ -22,7 +23,7 @@ constexpr float degenerateHandleLength = std::numeric_limits<float>::epsilon();
 constexpr float smallestRange = std::numeric_limits<float>::min();
 
 using Point = GePoint2<float>;
-using RemapColorRowKernels::EndLine;
+using RemapColorSteps::EndLine;
 
 void check(bool holds, int line, char const* expression)
 {
@@ -173,13 +174,6 @@ public:
     }
     virtual ~InExtrapolator() = default;
 
-    /// The difference is formed in float, the rest in double: tables and lines meet bit for bit.
-    float map(float value) const
-    {
-        return static_cast<float>(static_cast<double>(keyY) -
-                                  static_cast<double>(keyX - value) * static_cast<double>(slope));
-    }
-
     EndLine getLine() const { return {slope, keyX, keyY}; }
 
 private:
@@ -196,13 +190,6 @@ public:
     {
     }
     virtual ~OutExtrapolator() = default;
-
-    /// As below the table, with the difference and the sign the other way round.
-    float map(float value) const
-    {
-        return static_cast<float>(static_cast<double>(keyY) +
-                                  static_cast<double>(value - keyX) * static_cast<double>(slope));
-    }
 
     EndLine getLine() const { return {slope, keyX, keyY}; }
 
@@ -246,7 +233,7 @@ RemapColorCurveLUTUtils::ScanlineLut::~ScanlineLut()
     inExtrapolator.reset();
 }
 
-RemapColorRowKernels::CurveTable RemapColorCurveLUTUtils::ScanlineLut::getTable() const
+RemapColorSteps::CurveTable RemapColorCurveLUTUtils::ScanlineLut::getTable() const
 {
     return {lut.data(),
             lutScale,
@@ -256,25 +243,9 @@ RemapColorRowKernels::CurveTable RemapColorCurveLUTUtils::ScanlineLut::getTable(
             outExtrapolator->getLine()};
 }
 
-float RemapColorCurveLUTUtils::ScanlineLut::map(float value) const
-{
-    float const position = lutScale * value + lutOffset;
-    if (0.0F > position) {
-        return inExtrapolator->map(value);
-    }
-    if (position > static_cast<float>(lut.size() - 2)) {
-        return outExtrapolator->map(value);
-    }
-    float const valid = position > 0.0F ? position : 0.0F; // a NaN reads entry 0
-    auto const entry = static_cast<int>(valid);
-    float const share = valid - static_cast<float>(entry);
-    auto const index = static_cast<std::size_t>(entry);
-    return (1.0F - share) * lut[index] + share * lut[index + 1];
-}
-
 void RemapColorCurveLUTUtils::ScanlineLut::processScanline(float& out, float value)
 {
-    out = map(value);
+    out = RemapColorSteps::adjust(value, getTable());
 }
 
 void RemapColorCurveLUTUtils::ScanlineLut::processCurve(Vector<GePoint2<float>>& out,
@@ -282,6 +253,6 @@ void RemapColorCurveLUTUtils::ScanlineLut::processCurve(Vector<GePoint2<float>>&
 {
     out.reserve(out.size() + in.size());
     for (Point const& point : in) {
-        out.push_back({point.x, map(point.y)});
+        out.push_back({point.x, RemapColorSteps::adjust(point.y, getTable())});
     }
 }

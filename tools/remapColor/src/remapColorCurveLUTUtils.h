@@ -5,9 +5,12 @@
 #include "primitives/BzFunctionCurve.h"
 #include "primitives/GePoint2.h"
 #include "remapColorExport.h"
-#include "remapColorRowKernels.h"
 
 #include <memory>
+
+namespace RemapColorSteps {
+struct CurveTable;
+} // namespace RemapColorSteps
 
 /// Adjustment curves as lookup tables: sampling a Bezier function curve, and mapping values through
 /// the samples. Any thread; nothing here keeps state between calls.
@@ -34,35 +37,28 @@ public:
 /// runs through the curve's end key in the direction of that key's tangent handle. An end handle
 /// that lies on its key gives no direction: values beyond that end become 0, whatever the key.
 ///
-/// With u = lutScale * value + lutOffset and N entries:
-///   u < 0        keyY - (keyX - value) * slope    (below; double, differences in float)
-///   u > N - 2    keyY + (value - keyX) * slope    (above; double, differences in float)
-///   otherwise    (1 - f) * lut[i] + f * lut[i + 1], i = trunc(u), f = u - i
-/// NaN gives entry 0, and so does every value for a table over a single x.
+/// The mapping is RemapColorSteps::adjust; NaN gives entry 0, and so does every value for a table
+/// over a single x. Other libraries may derive from it.
 /// Immutable after construction; several threads may map at once.
-class RemapColorCurveLUTUtils::ScanlineLut {
+class REMAPCOLOR_EXPORT RemapColorCurveLUTUtils::ScanlineLut {
 public:
     /// Takes the table that curveToLUT sampled from `curve`, over [lutMin, lutMax]. The curve is
     /// only read. Throws the null-pointer exception for an empty curve.
-    REMAPCOLOR_EXPORT ScanlineLut(RCShdPtr<BzFunctionCurve>& curve, Vector<float> lut, float lutMin,
-                                  float lutMax);
-    REMAPCOLOR_EXPORT virtual ~ScanlineLut();
+    ScanlineLut(RCShdPtr<BzFunctionCurve>& curve, Vector<float> lut, float lutMin, float lutMax);
+    virtual ~ScanlineLut();
 
     /// Maps `value` into `out`.
-    REMAPCOLOR_EXPORT void processScanline(float& out, float value);
+    void processScanline(float& out, float value);
 
     /// Appends each point of `in`, in order, with the same x and its y mapped, to `out`.
-    REMAPCOLOR_EXPORT void processCurve(Vector<GePoint2<float>>& out,
-                                        Vector<GePoint2<float>> const& in);
+    void processCurve(Vector<GePoint2<float>>& out, Vector<GePoint2<float>> const& in);
 
-    /// What the row kernels need of it; valid as long as this object.
-    RemapColorRowKernels::CurveTable getTable() const;
+    /// What the mapping needs of it; valid as long as this object.
+    RemapColorSteps::CurveTable getTable() const;
 
 private:
     class InExtrapolator;
     class OutExtrapolator;
-
-    float map(float value) const;
 
     float lutOffset; ///< table position of value 0
     float lutScale;  ///< table intervals per unit of value

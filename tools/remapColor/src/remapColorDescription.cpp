@@ -36,7 +36,7 @@ RCShdPtr<PiEnumPolicy const> describeDepths()
 PiStructuredPolicyDescriptor describeCurves()
 {
     PiStructuredPolicyDescriptor curves;
-    for (std::string const& channel : RemapColorNames::channels) {
+    for (std::string const& channel : RemapColorNames::channelNames) {
         curves.add(channel, PiSocketType::Curve, PiSocketType::Single);
     }
     return curves;

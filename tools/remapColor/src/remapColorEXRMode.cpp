@@ -10,8 +10,12 @@
 #include "remapColorRowKernels.h"
 #include "remapColorTransferUtils.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
+#include <numbers>
+#include <span>
 
 namespace {
 
@@ -21,7 +25,7 @@ using RemapColorNames::nbParams;
 using RemapColorRowKernels::Pixel;
 
 constexpr double exposureOffset = 2.47393;
-constexpr double kneeTargetStops = 3.5;
+constexpr double kneeTarget = 8.0 * std::numbers::sqrt2; // 2^3.5, the double next to it
 constexpr int nbBisections = 30;
 /// Range and default of one parameter.
 struct ParamRange {
@@ -62,11 +66,18 @@ float findKneeFactor(double x, float y)
     return (f0 + f1) * 0.5F;
 }
 
-/// Working values of the three channels and the transfer of a value:
-///   d = max(v - defog, 0)
-///   e = d * exposureFactor,                     exposureFactor = 2^(exposure + 2.47393)
-///   e = kneeLow + knee(e - kneeLow, kneeFactor) where e > kneeLow = 2^(knee low)
-///   result = e^invGamma * 84.66 / 255
+/// 2^stops as the platform's `powf` gives it: next to a knee high of 3.5 the difference of two such
+/// numbers decides, to the last bit.
+float exposedLight(float stops)
+{
+    return std::pow(2.0F, stops);
+}
+
+/// Working values of the three channels, and the transfer before and after the adjusted curves:
+/// expose, compress, power and display of RemapColorSteps, with
+///   exposureFactor = 2^(exposure + 2.47393)
+///   kneeLow        = 2^(knee low)
+///   invGamma       = 1 / gamma, kept finite
 /// The knee brings 2^(knee high) to 2^3.5. The result is not clamped: the adjusted curves and the
 /// output depth decide what becomes of values above 1.
 /// Source of the transform: F. Kainz, R. Bogart, D. Hess, "The OpenEXR Image File Format", in "GPU
@@ -76,43 +87,52 @@ public:
     void setChannel(int channel, float exposure, float defogAmount, float kneeHigh,
                     float kneeLowStops, float gamma)
     {
-        using RemapColorPower::powerOfTwo;
-        exposureFactor[channel] =
-            static_cast<float>(powerOfTwo(static_cast<double>(exposure) + exposureOffset));
-        kneeLow[channel] = static_cast<float>(powerOfTwo(static_cast<double>(kneeLowStops)));
-        auto const kneeEnd = static_cast<float>(powerOfTwo(static_cast<double>(kneeHigh)));
-        auto const span = static_cast<double>(kneeEnd - kneeLow[channel]);
-        auto const target =
-            static_cast<float>(powerOfTwo(kneeTargetStops) - static_cast<double>(kneeLow[channel]));
+        exposureFactor[channel] = static_cast<float>(
+            RemapColorPower::powerOfTwo(static_cast<double>(exposure) + exposureOffset));
+        kneeLow[channel] = exposedLight(kneeLowStops);
+        auto const span = static_cast<double>(exposedLight(kneeHigh) - kneeLow[channel]);
+        auto const target = static_cast<float>(kneeTarget - static_cast<double>(kneeLow[channel]));
         kneeFactor[channel] = findKneeFactor(span, target);
         invGamma[channel] =
             RemapColorPower::PreparedPower(RemapColorTransferUtils::invertGamma(gamma));
         invGamma[channel].makeTables();
         defog[channel] = defogAmount;
     }
+    /// The same working values in all three channels.
+    void setAllChannels(float exposure, float defogAmount, float kneeHigh, float kneeLowStops,
+                        float gamma)
+    {
+        setChannel(0, exposure, defogAmount, kneeHigh, kneeLowStops, gamma);
+        for (int channel = 1; channel < nbChannels; ++channel) {
+            exposureFactor[channel] = exposureFactor[0];
+            kneeLow[channel] = kneeLow[0];
+            kneeFactor[channel] = kneeFactor[0];
+            invGamma[channel] = invGamma[0];
+            defog[channel] = defog[0];
+        }
+    }
     void setAdjustedCurves(RCShdPtr<RemapColorController::AdjustedCurveScanline> const& stage)
     {
         adjustedCurves = stage;
     }
 
-    /// Without the adjusted curves.
-    float transferValue(int channel, float value) const
+    /// Before the adjusted curves.
+    void transferColour(std::span<Pixel> row) const
     {
-        Pixel const in{value, value, value, 1.0F};
-        Pixel out;
-        RemapColorRowKernels::chosenKernels().display(*this, nullptr, &in, {&out}, 1);
-        std::array const colour{out.red, out.green, out.blue};
-        return colour[static_cast<std::size_t>(channel)];
+        RemapColorRowKernels::chosenKernels().display(*this, nullptr, row.data(), {row.data()},
+                                                      row.size());
     }
 
+    /// Step by step; throws the null-pointer exception without adjusted curves.
     Pixel transferPixel(Pixel const& in) const
     {
-        Pixel out;
-        transferRow({&in, 1}, {&out});
-        return out;
+        Pixel transferred = in;
+        transferColour({&transferred, 1});
+        return adjustedCurves->processPixel(transferred);
     }
 
-    /// Throws the null-pointer exception without adjusted curves, when the row is transferred.
+    /// All steps in one kernel. Throws the null-pointer exception without adjusted curves, when the
+    /// row is transferred.
     void transferRow(PiPixelLoopOneSource::SourceRow source,
                      RemapColorRowKernels::RowTarget destination) const
     {
@@ -222,7 +242,7 @@ void RemapColorEXRMode::describeInputs(PiToolPolicyDescriptor& descriptor)
     }
 
     std::array<PiStructuredPolicyDescriptor, nbParams> params;
-    for (std::string const& channel : RemapColorNames::channels) {
+    for (std::string const& channel : RemapColorNames::channelNames) {
         for (int param = 0; param < nbParams; ++param) {
             params[param].add(channel, PiSocketType::Double, policies[param], PiSocketType::Single);
         }
@@ -230,10 +250,10 @@ void RemapColorEXRMode::describeInputs(PiToolPolicyDescriptor& descriptor)
 
     PiStructuredPolicyDescriptor mode;
     for (int param = 0; param < nbParams; ++param) {
-        mode.add(Names::params[param], params[param], PiSocketType::Single);
+        mode.add(Names::paramNames[param], params[param], PiSocketType::Single);
     }
 
-    for (std::string const& link : Names::links) {
+    for (std::string const& link : Names::linkNames) {
         descriptor.stores(link, PiValueType::Boolean);
     }
     descriptor.requires_(Names::modeName, mode, PiSocketType::Single);
@@ -247,10 +267,10 @@ PxStrongHndl<> RemapColorEXRMode::createModeProcNode(RCShdPtr<PiNode> const& nod
     auto const inputs = castShared<PiStructuredInput>(node->findInput(Names::modeName, true));
     for (int param = 0; param < nbParams; ++param) {
         auto const members =
-            castShared<PiStructuredInput>(inputs->findMember(Names::params[param], false));
+            castShared<PiStructuredInput>(inputs->findMember(Names::paramNames[param], false));
         for (int channel = 0; channel < nbChannels; ++channel) {
             valueNodes[param][channel] = builder.getInputNode(
-                members->findMember(RemapColorNames::channels[channel], false));
+                members->findMember(RemapColorNames::channelNames[channel], false));
         }
     }
     return PxStrongHndl<>(makeNode<ProcNode>(source, valueNodes, builder).get());
@@ -258,7 +278,7 @@ PxStrongHndl<> RemapColorEXRMode::createModeProcNode(RCShdPtr<PiNode> const& nod
 
 void RemapColorEXRMode::resetLinks(RCShdPtr<PiNode> const& node)
 {
-    switchOn(node, Names::links);
+    switchOn(node, Names::linkNames);
 }
 
 std::string RemapColorEXRMode::getName()
@@ -268,12 +288,12 @@ std::string RemapColorEXRMode::getName()
 
 std::string RemapColorEXRMode::getChannelName(int channel)
 {
-    return RemapColorNames::channels[channel];
+    return RemapColorNames::channelNames[channel];
 }
 
 std::string RemapColorEXRMode::getParamName(int param)
 {
-    return Names::params[param];
+    return Names::paramNames[param];
 }
 
 std::string RemapColorEXRMode::getInputName(int param, int channel)
@@ -286,9 +306,20 @@ void RemapColorEXRMode::computeCurve(GeInterval<float> const& range, int samples
                                      float defog, float kneeHigh, float kneeLow, float gamma,
                                      Vector<GePoint2<float>>& points)
 {
+    RemapColorTransferUtils::samplePositions(range, samples, points);
     EXRDisplayProcessBase process;
-    constexpr int anyChannel = 0;
-    process.setChannel(anyChannel, exposure, defog, kneeHigh, kneeLow, gamma);
-    RemapColorTransferUtils::sampleTransfer(
-        range, samples, points, [&](float x) { return process.transferValue(anyChannel, x); });
+    process.setAllChannels(exposure, defog, kneeHigh, kneeLow, gamma);
+    std::span<GePoint2<float>> rest(points);
+    while (!rest.empty()) {
+        std::array<Pixel, 64> row; // a sample in the red of each
+        std::size_t const nbTaken = std::min(rest.size(), row.size());
+        for (std::size_t sample = 0; sample < nbTaken; ++sample) {
+            row[sample].red = rest[sample].x;
+        }
+        process.transferColour(std::span(row).first(nbTaken));
+        for (std::size_t sample = 0; sample < nbTaken; ++sample) {
+            rest[sample].y = row[sample].red;
+        }
+        rest = rest.subspan(nbTaken);
+    }
 }

@@ -8,6 +8,7 @@
 #include "remapColorNodeUtils.h"
 #include "remapColorParamNodes.h"
 #include "remapColorRowKernels.h"
+#include "remapColorSteps.h"
 #include "remapColorTransferUtils.h"
 
 #include <algorithm>
@@ -73,15 +74,23 @@ using RemapColorRowKernels::KernelSet;
 // power comes before the curves, the clamp after them.
 struct LinearFunction {
     static constexpr auto kernel = &KernelSet::line;
+    static constexpr auto beforeCurves = kernel;
+    static constexpr bool clamps = false;
 };
 struct LinearGammaFunction {
     static constexpr auto kernel = &KernelSet::linePower;
+    static constexpr auto beforeCurves = kernel;
+    static constexpr bool clamps = false;
 };
 struct LinearClampFunction {
     static constexpr auto kernel = &KernelSet::lineClamp;
+    static constexpr auto beforeCurves = LinearFunction::kernel;
+    static constexpr bool clamps = true;
 };
 struct LinearGammaClampFunction {
     static constexpr auto kernel = &KernelSet::linePowerClamp;
+    static constexpr auto beforeCurves = LinearGammaFunction::kernel;
+    static constexpr bool clamps = true;
 };
 
 /// Working values of the three channels, and the transfer before and after the adjusted curves.
@@ -108,15 +117,23 @@ public:
         adjustedCurves = stage;
     }
 
+    /// Step by step; throws the null-pointer exception without adjusted curves.
     template <typename Function>
     Pixel transferPixel(Pixel const& in) const
     {
-        Pixel out;
-        transferRow<Function>({&in, 1}, {&out});
-        return out;
+        Pixel transferred;
+        auto const kernel = RemapColorRowKernels::chosenKernels().*Function::beforeCurves;
+        kernel(*this, nullptr, &in, {&transferred}, 1);
+        Pixel const adjusted = adjustedCurves->processPixel(transferred);
+        if constexpr (!Function::clamps) {
+            return adjusted;
+        }
+        return {clampValue(0, adjusted.red), clampValue(1, adjusted.green),
+                clampValue(2, adjusted.blue), adjusted.alpha};
     }
 
-    /// Throws the null-pointer exception without adjusted curves, when the row is transferred.
+    /// All steps in one kernel. Throws the null-pointer exception without adjusted curves, when the
+    /// row is transferred.
     template <typename Function>
     void transferRow(PiPixelLoopOneSource::SourceRow source,
                      RemapColorRowKernels::RowTarget destination) const
@@ -128,6 +145,11 @@ public:
     }
 
 private:
+    float clampValue(int channel, float value) const
+    {
+        return RemapColorSteps::limit(value, clampRange[channel].low, clampRange[channel].high);
+    }
+
     RCShdPtr<RemapColorController::AdjustedCurveScanline> adjustedCurves;
 };
 
@@ -253,7 +275,7 @@ private:
 PiStructuredPolicyDescriptor describeChannels(RCShdPtr<PiInputPolicy const> const& policy)
 {
     PiStructuredPolicyDescriptor channels;
-    for (std::string const& channel : RemapColorNames::channels) {
+    for (std::string const& channel : RemapColorNames::channelNames) {
         if (policy) {
             channels.add(channel, PiSocketType::Double, policy, PiSocketType::Single);
         } else {
@@ -288,7 +310,7 @@ void RemapColorLinearMode::describeInputs(PiToolPolicyDescriptor& descriptor)
     mode.add(Names::clamp, PiSocketType::Switch, PiSwitchInputPolicy::create(true, true, false),
              PiSocketType::Single);
 
-    for (std::string const& link : Names::links) {
+    for (std::string const& link : Names::linkNames) {
         descriptor.stores(link, PiValueType::Boolean);
     }
     descriptor.requires_(Names::modeName, mode, PiSocketType::Single);
@@ -311,7 +333,7 @@ RemapColorLinearMode::createModeProcNode(RCShdPtr<PiNode> const& node, PiInputNo
 
 void RemapColorLinearMode::resetLinks(RCShdPtr<PiNode> const& node)
 {
-    switchOn(node, Names::links);
+    switchOn(node, Names::linkNames);
 }
 
 std::string RemapColorLinearMode::getName()
@@ -321,12 +343,12 @@ std::string RemapColorLinearMode::getName()
 
 std::string RemapColorLinearMode::getChannelName(int channel)
 {
-    return RemapColorNames::channels[channel];
+    return RemapColorNames::channelNames[channel];
 }
 
 std::string RemapColorLinearMode::getParamName(int param)
 {
-    return Names::params[param];
+    return Names::paramNames[param];
 }
 
 std::string RemapColorLinearMode::getInputName(int param, int channel)
@@ -346,8 +368,9 @@ void RemapColorLinearMode::computeCurve(GeInterval<float> const& range, int samp
 {
     LevelsLine const line({inMin, inMax, outMin, outMax, gamma});
     bool const isStraight = countsAsAbsent(gamma);
-    RemapColorTransferUtils::sampleTransfer(range, samples, points, [&](float x) {
-        float const y = x * line.scale + line.offset;
-        return isStraight ? y : RemapColorPower::signedPower(y, line.invGamma);
-    });
+    RemapColorTransferUtils::samplePositions(range, samples, points);
+    for (auto& [x, y] : points) {
+        y = RemapColorSteps::alongLevels(x, line.scale, line.offset);
+        y = isStraight ? y : RemapColorSteps::signedPower(y, line.invGamma);
+    }
 }

@@ -1,11 +1,10 @@
-// The processing nodes' common base and the adjusted-curve stage.
+// The processing nodes' common base.
 
 #include "remapColorModeProcNode.h"
 
+#include "remapColorCurveSampling.h"
 #include "remapColorNames.h"
 #include "remapColorNodeUtils.h"
-
-#include <utility>
 
 namespace {
 
@@ -25,42 +24,13 @@ IxPixelFormat::Depth chooseDepth(int choice, IxPixelFormat::Depth inputDepth, in
     Assertions::throwProgramAborted(RemapColorNodeUtils::controllerSourceFile, abortLine, nullptr);
 }
 
-/// Gives the curve the shape's control points. A shape that holds no curve gives one key at the
-/// origin with its handles on it. Throws the null-pointer exception for an empty shape.
-void curveFromShape(RCShdPtr<BzFunctionCurve>& curve, RCPvtEngPtr<PmShape2d> const& shape)
-{
-    if (!shape->hasControlPoints()) {
-        curve->getCtrlPoints().assign(3, GePoint2<float>{0.0F, 0.0F});
-        return;
-    }
-    Vector<GePoint2<float>> points = shape->takeControlPoints();
-    std::swap(points, curve->getCtrlPoints());
-}
-
+/// The curve of a shape. A shape that holds none gives one key at the origin with its handles on
+/// it. Throws the null-pointer exception for an empty shape.
 RCShdPtr<BzFunctionCurve> makeCurve(RCPvtEngPtr<PmShape2d> const& shape)
 {
-    auto curve = makeShared<BzFunctionCurve>(static_cast<BzFunctionCurve::InfiniteType>(3), 0);
-    curveFromShape(curve, shape);
-    return curve;
-}
-
-struct SampledCurve {
-    Vector<float> table;
-    float lutMin = 0.0F;
-    float lutMax = 0.0F;
-};
-
-/// Samples the curve from its first key to its last.
-SampledCurve sampleCurve(RCShdPtr<BzFunctionCurve>& curve)
-{
-    SampledCurve sampled;
-    sampled.table.assign(RemapColorController::AdjustedCurveScanline::tableLength, 0.0F);
-    Vector<GePoint2<float>> const& points = curve->getCtrlPoints();
-    float const rangeMin = points.empty() ? 0.0F : points[1].x;
-    float const rangeMax = points.empty() ? 0.0F : points[3 * (points.size() / 3 - 1) + 1].x;
-    RemapColorCurveLUTUtils::curveToLUT(sampled.table, rangeMin, rangeMax, curve, &sampled.lutMin,
-                                        &sampled.lutMax);
-    return sampled;
+    return RemapColorCurveSampling::makeCurve(
+        shape->hasControlPoints() ? shape->takeControlPoints()
+                                  : Vector<GePoint2<float>>(3, GePoint2<float>{0.0F, 0.0F}));
 }
 
 } // namespace
@@ -86,43 +56,9 @@ bool RemapColorNodeUtils::isLargeFloatTile(IxTile const& tile)
     IxPixelFormat const& format = tile.getPixelFormat();
     return format.getDepth() == IxPixelFormat::FLOAT32 &&
            format.getComponents() == IxPixelFormat::RGBA &&
-           tile.getRowBytes() * static_cast<std::size_t>(tile.getBounds().getHeight()) >= largeTile;
-}
-
-RemapColorController::AdjustedCurveScanline::AdjustedCurveScanline(bool isEnabled,
-                                                                   RCShdPtr<BzFunctionCurve>& red,
-                                                                   RCShdPtr<BzFunctionCurve>& green,
-                                                                   RCShdPtr<BzFunctionCurve>& blue)
-    : enabled(isEnabled)
-{
-    SampledCurve sampledRed = sampleCurve(red);
-    SampledCurve sampledGreen = sampleCurve(green);
-    SampledCurve sampledBlue = sampleCurve(blue);
-    auto const makeLut = [](RCShdPtr<BzFunctionCurve>& curve, SampledCurve& sampled) {
-        return std::make_unique<ScanlineLut>(curve, std::move(sampled.table), sampled.lutMin,
-                                             sampled.lutMax);
-    };
-    redLut = makeLut(red, sampledRed);
-    greenLut = makeLut(green, sampledGreen);
-    blueLut = makeLut(blue, sampledBlue);
-    tables = {redLut->getTable(), greenLut->getTable(), blueLut->getTable()};
-}
-
-RemapColorController::AdjustedCurveScanline::~AdjustedCurveScanline() noexcept(false) = default;
-
-CoRgbaColorTyped<float>
-RemapColorController::AdjustedCurveScanline::processPixel(CoRgbaColorTyped<float> const& in) const
-{
-    CoRgbaColorTyped<float> pixel = in;
-    processRow({&pixel, 1});
-    return pixel;
-}
-
-void RemapColorController::AdjustedCurveScanline::processRow(PiPixelLoopOneSource::Row row) const
-{
-    if (enabled) {
-        RemapColorRowKernels::chosenKernels().curves(tables.data(), row.data(), row.size());
-    }
+           format.getBytesPerPixel() * static_cast<std::size_t>(tile.getBounds().getWidth()) *
+                   static_cast<std::size_t>(tile.getBounds().getHeight()) >=
+               largeTile;
 }
 
 RemapColorController::ModeProcNode::ModeProcNode(

@@ -23,7 +23,7 @@ inline std::string const channelDisplay = "Channel Display";
 inline std::string const curveDisplay = "Curve Display";
 inline std::string const plotColor = "Plot Color";
 inline std::string const plotColorEnabled = "Plot Color Enabled";
-inline std::array<std::string, nbChannels> const channels = {"Red", "Green", "Blue"};
+inline std::array<std::string, nbChannels> const channelNames = {"Red", "Green", "Blue"};
 
 /// The full name of a member: its parent's full name, a full stop and its own name.
 inline std::string join(std::string const& parent, std::string const& member)
@@ -40,10 +40,10 @@ inline std::string const minimum = "Min";
 inline std::string const maximum = "Max";
 inline std::string const gamma = "Gamma";
 inline std::string const clamp = "Clamp";
-inline std::array<std::string, nbParams> const params = {
+inline std::array<std::string, nbParams> const paramNames = {
     join(inputLevel, minimum), join(inputLevel, maximum), join(outputLevel, minimum),
     join(outputLevel, maximum), gamma};
-inline std::array<std::string, nbParams> const links = {
+inline std::array<std::string, nbParams> const linkNames = {
     "InputMinLink", "InputMaxLink", "OutputMinLink", "OutputMaxLink", "LinearGammaLink"};
 
 } // namespace Linear
@@ -51,11 +51,11 @@ inline std::array<std::string, nbParams> const links = {
 namespace ExrDisplay {
 
 inline std::string const modeName = "EXRDisplay";
-inline std::array<std::string, nbParams> const params = {"Exposure", "Defog", "Knee High",
-                                                         "Knee Low", "Gamma"};
-/// Knee low comes before knee high, unlike in `params`: links are addressed by name only.
-inline std::array<std::string, nbParams> const links = {"ExposureLink", "DefogLink", "KneeLowLink",
-                                                        "KneeHighLink", "GammaLink"};
+inline std::array<std::string, nbParams> const paramNames = {"Exposure", "Defog", "Knee High",
+                                                             "Knee Low", "Gamma"};
+/// Knee low comes before knee high, unlike in `paramNames`: links are addressed by name only.
+inline std::array<std::string, nbParams> const linkNames = {
+    "ExposureLink", "DefogLink", "KneeLowLink", "KneeHighLink", "GammaLink"};
 
 } // namespace ExrDisplay
 

@@ -22,14 +22,13 @@ inline float invertGamma(float gamma)
     return 1.0F / (gamma > guard ? gamma : guard);
 }
 
-/// Replaces `points` by (x, transfer(x)) for x from the range's minimum in steps of its width over
+/// Replaces `points` by (x, x) for x from the range's minimum in steps of its width over
 /// `samples`, as long as x is not beyond the maximum. x is the running sum in float, so there are
 /// as many points as samples or one more. An empty range (maximum below minimum or NaN) gives no
 /// point. A negative number of samples throws std::length_error. Does not end if the step is too
 /// small to move x: callers pass a range of some width and a moderate number of samples.
-template <typename Transfer>
-void sampleTransfer(GeInterval<float> const& range, int samples, Vector<GePoint2<float>>& points,
-                    Transfer const& transfer)
+inline void samplePositions(GeInterval<float> const& range, int samples,
+                            Vector<GePoint2<float>>& points)
 {
     points.clear();
     points.reserve(static_cast<std::size_t>(static_cast<std::int64_t>(samples)));
@@ -39,7 +38,7 @@ void sampleTransfer(GeInterval<float> const& range, int samples, Vector<GePoint2
     }
     float x = range.minimum;
     do {
-        points.push_back({x, transfer(x)});
+        points.push_back({x, x});
         x = x + step;
     } while (range.maximum >= x);
 }

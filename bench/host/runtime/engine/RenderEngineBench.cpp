@@ -6,8 +6,8 @@
 
 #include "pluginAPI/IxSampleConversion.h"
 #include "pluginAPI/PxRequestMgr.h"
-#include "remapcolor/NodeRequest.h"
-#include "remapcolor/ToolSession.h"
+#include "remapcolor/options/NodeRequest.h"
+#include "remapcolor/session/ToolSession.h"
 #include "support/Looks.h"
 
 #include <benchmark/benchmark.h>

@@ -6,8 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
 #include <memory>
+#include <semaphore>
 #include <stdexcept>
 #include <thread>
 
@@ -32,6 +34,7 @@ struct EvEventManagerTest : ::testing::Test {
     {
         manager.discardEvents();
         manager.setFailureReporter({});
+        manager.setWakeUp({});
         manager.takeFailures();
     }
     void post(std::function<void()> work) { manager.post(makeOwned<TestEvent>(std::move(work))); }
@@ -117,6 +120,64 @@ TEST_F(EvEventManagerTest, EveryEventOfEveryThreadRunsInItsThreadsOrder)
         nbProcessed += manager.processEvents();
     }
     EXPECT_EQ(std::vector<int>(nbThreads, nbEvents), next);
+}
+
+TEST_F(EvEventManagerTest, WakesOnceForWhatWaitsAndNeverAfterItWasExchanged)
+{
+    std::atomic<int> nbWakeUps = 0;
+    postLetter('a');
+    manager.setWakeUp([&] { ++nbWakeUps; });
+    EXPECT_EQ(1, nbWakeUps); // something waited already
+    postLetter('b');
+    EXPECT_EQ(1, nbWakeUps);
+    post([this] { postLetter('d'); }); // waits for the next time
+    manager.processEvents();
+    EXPECT_EQ(2, nbWakeUps);
+    std::thread([this] { manager.post(makeOwned<TestEvent>([this] { log += 'e'; })); }).join();
+    EXPECT_EQ(2, nbWakeUps);
+    EXPECT_EQ(2, manager.processEvents());
+    EXPECT_EQ("abde", log);
+
+    // A thread that is inside the former one is waited for.
+    std::binary_semaphore isInside{0};
+    std::binary_semaphore mayLeave{0};
+    std::atomic<bool> hasLeft = false;
+    manager.setWakeUp([&] {
+        isInside.release();
+        mayLeave.acquire();
+        hasLeft = true;
+    });
+    std::thread poster([this] { manager.post(makeOwned<TestEvent>([] {})); });
+    isInside.acquire();
+    std::thread opener([&] { mayLeave.release(); });
+    manager.setWakeUp({});
+    EXPECT_TRUE(hasLeft);
+    poster.join();
+    opener.join();
+    postLetter('f');
+    EXPECT_EQ(2, nbWakeUps);
+}
+
+TEST_F(EvEventManagerTest, EventsKnowWhatTheyComeOf)
+{
+    auto const expectSource = [](std::uint64_t owner, std::uint64_t number) {
+        auto const source = EvSource::getCurrent();
+        EXPECT_EQ(owner, source.owner);
+        EXPECT_EQ(number, source.number);
+    };
+    post([&] { expectSource(0, 0); });
+    {
+        EvSourceScope const outer({7, 1});
+        EvSourceScope const inner({7, 2});
+        post([&] {
+            expectSource(7, 2);
+            post([&] { expectSource(7, 2); }); // what it sets off in turn
+        });
+    }
+    post([&] { expectSource(0, 0); });
+    EXPECT_EQ(3, manager.processEvents());
+    EXPECT_EQ(1, manager.processEvents());
+    expectSource(0, 0);
 }
 
 } // namespace

@@ -165,6 +165,24 @@ TEST_F(PxRequestMgrTest, QueuedRequestThatIsCancelledOrReleasedNeverRuns)
     EXPECT_EQ("", request->steps);
 }
 
+TEST_F(PxRequestMgrTest, CancelWaitsForAResultThatIsBeingPosted)
+{
+    std::binary_semaphore isPosting{0};
+    std::binary_semaphore mayPost{0};
+    bool hasPosted = false;
+    auto request = makeOwned<TestRequest>();
+    request->postWork = [&] {
+        isPosting.release();
+        mayPost.acquire();
+        hasPosted = true;
+    };
+    auto* const posting = submit(std::move(request));
+    isPosting.acquire();
+    std::jthread const opener([&] { mayPost.release(); });
+    manager().cancel(posting);
+    EXPECT_TRUE(hasPosted);
+}
+
 TEST_F(PxRequestMgrTest, FailuresAreKeptAndEachIsReportedOnceToTheReporterOrTheEventManager)
 {
     for (bool const hasReporter : {true, false}) {

@@ -49,7 +49,7 @@ TEST_F(ProjectTest, EveryKindOfValueSurvives)
         {"Adjust", Animated<bool>({{1.0, true}, {2.0, false}})},
         {"Output Depth", Animated<int>(2)},
         {"Curve Display", Animated<int>(-2147483647 - 1)},
-        {"Plot Color", Vector<double>{0.25, 1e300, awkward, HUGE_VAL, -HUGE_VAL}},
+        {"Plot Color", Vector<double>{-0.25, 1e300, awkward}},
         {"Adjust Curve.Green", Animated<CurvePoints>({{1.0, first}, {5.0, second}})}};
     node->setValues(values);
     std::string const text = writeProject(*node);
@@ -82,7 +82,10 @@ TEST_F(ProjectTest, FailuresNameThePlace)
         {"{}", "\"format\" is missing"},
         {project("", "4"), "\"schema\" is 4, not 5"},
         {project(R"("Mode": "EXRDisplay", "Mode": "Linear")"), "\"Mode\" stands there twice"},
-        {project(R"("Mood": 1)"), "\"Mood\""},
+        {project(R"("Moed": 1)"), "\"Moed\", which the tool does not have; did you mean \"Mode\"?"},
+        {project(R"("EXRDisplay.Knee": 4)"),
+         "\"EXRDisplay.Knee High\" or \"EXRDisplay.Knee Low\"?"},
+        {project(R"("Linear.Gamma": 1)"), "such as \"Linear.Gamma.Red\""},
         {project(R"("Mode": "Log")"), "\"Mode\" must be one of \"Linear\", \"EXRDisplay\""},
         {project(R"("Adjust": 1)"), "\"Adjust\" must be true or false"},
         {project(R"("Linear.Gamma.Red": "2")"), "\"Linear.Gamma.Red\" must be a number"},
@@ -94,7 +97,13 @@ TEST_F(ProjectTest, FailuresNameThePlace)
         {project(R"("Adjust Curve.Red": {"points": [[0,0],[1,1],[1,1],[0,0],[0.5,0],[1,0]]})"),
          "runs back"},
         {project(R"("Curve Display": 4294967296)"), "32 bits"},
-        {project(R"("Plot Color": [1, null])"), "list of numbers"},
+        {project(R"("Plot Color": [1, null])"), "list of finite numbers"},
+        {project(R"("Plot Color": [1, 2])"), "takes 3 finite numbers, not 2"},
+        {project(R"("Plot Color": [1, 2, "inf"])"), "list of finite numbers"},
+        {project(R"("Mute": {"keys": [[1, true], [2, false]]})"), "cannot be animated"},
+        {project(R"("Adjust Curve.Red": {"points": []})"), "has no key"},
+        {project(R"("Adjust Curve.Red": {"points": [[0, 0], [1, 1], [2, 2]]})"), "x 1 alone"},
+        {project(R"("Adjust Curve.Red": {"keys": [[1, {"points": []}]]})"), "has no key"},
     };
     std::string const before = writeProject(*node);
     for (Case const& bad : cases) {

@@ -78,6 +78,16 @@ TEST(ComputeCurveTest, EqualsReferenceAndIsNeverClamped)
     }
 }
 
+TEST(ComputeCurveTest, KneesAreThePlatformsPowersOfTwo)
+{
+    // glibc's `powf` is not the nearest float at these stops; with a knee high of 3.5 the factor
+    // comes from a difference, and a bright value shows it.
+    for (float const low : {0x1.01ca5p+0F, 0x1.9d6778p+0F, 0x1.b44b6p-1F, -0x1.2a2f5p-2F,
+                            -0x1.5d8afp-1F, 0x1.dab42p+0F, -0x1.7edceep+1F}) {
+        expectReferenceCurves({1, 60000}, 4, reference::defaultLinear, {0, 0, 3.5F, low, 2.2F});
+    }
+}
+
 TEST(ComputeCurveTest, NegativeCountIsALengthErrorAndLeavesNoPoints)
 {
     Points linear{{9, 9}};

@@ -9,6 +9,7 @@
 #include "base/HostException.h"
 
 #include <cmath>
+#include <memory>
 #include <random>
 
 namespace {
@@ -146,6 +147,23 @@ TEST(ScanlineLutTest, AnyRangeAndEndHandlesEqualReference)
         Utils::ScanlineLut lut(curve, entries, minX, maxX);
         expectReference(lut, reference::makeLookup(points, {entries, minX, maxX}));
     }
+}
+
+/// What a curve editor's library may do with the class.
+struct NamedLut : Utils::ScanlineLut {
+    using ScanlineLut::ScanlineLut;
+    char const* name = "red";
+};
+
+TEST(ScanlineLutTest, OtherLibrariesDeriveFromItAndFindItsKind)
+{
+    RCShdPtr<BzFunctionCurve> curve = makeCurve({{-1, -1}, {0, 0}, {1, 1}});
+    std::unique_ptr<Utils::ScanlineLut> const lut =
+        std::make_unique<NamedLut>(curve, Vector<float>{0, 4, 4}, 0.0F, 1.0F);
+    EXPECT_NE(dynamic_cast<NamedLut*>(lut.get()), nullptr);
+    float out = 0.0F;
+    lut->processScanline(out, 0.5F);
+    EXPECT_EQ(out, 2.0F);
 }
 
 TEST(ScanlineLutTest, ProcessCurveAppendsMappedPoints)

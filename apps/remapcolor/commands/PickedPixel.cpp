@@ -1,0 +1,32 @@
+// One pixel out of a picture.
+
+#include "remapcolor/commands/PickedPixel.h"
+
+#include "pluginAPI/IxSampleConversion.h"
+
+#include <cstddef>
+#include <span>
+
+GeRectangle<int> findStrip(ImageSource const& source, int row)
+{
+    int const rows = source.getRowsPerBlock();
+    int index = 0;
+    GeRectangle<int> bounds = source.getStripBounds(index, rows);
+    while (row < bounds.y0 || row >= bounds.y1) {
+        bounds = source.getStripBounds(++index, rows);
+    }
+    return bounds;
+}
+
+CoRgbaColorTyped<float> readPixel(ImageSource& source, int x, int y)
+{
+    ImageStrip strip;
+    source.readStrip(findStrip(source, y), strip);
+    IxPixelFormat const& format = strip.colour.getPixelFormat();
+    IxReadGuard const guard(strip.colour);
+    auto const column = static_cast<std::size_t>(x - strip.colour.getBounds().x0);
+    CoRgbaColorTyped<float> pixel;
+    readPixelRow(format, guard.getRow(y) + column * format.getBytesPerPixel(),
+                 std::span(&pixel, 1));
+    return pixel;
+}

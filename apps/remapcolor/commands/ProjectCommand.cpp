@@ -1,0 +1,56 @@
+// "project": values into a project file.
+
+#include "remapcolor/commands/ProjectCommand.h"
+
+#include "remapcolor/commands/OpenFxLook.h"
+#include "remapcolor/options/CommandOptions.h"
+#include "remapcolor/reports/Failures.h"
+#include "remapcolor/session/LookNotes.h"
+#include "remapcolor/session/ProjectFiles.h"
+#include "remapcolor/session/ToolSession.h"
+#include "runtime/values/NearestNames.h"
+
+#include <string>
+#include <utility>
+
+void addProjectOptions(CommandOptions& options, ProjectRequest& request)
+{
+    addOutputOption(options, "OUT.json", "Project file to write", request.output);
+    options.addOption("--openfx", "OUT.json", "Values for the OpenFX plug-in (docs/openfx.md)",
+                      [&request](std::string const& text) { request.openFx = text; });
+    addNodeOptions(options, request.node);
+    addDepthOption(options, request.node);
+}
+
+void checkComplete(ProjectRequest const& request)
+{
+    if (request.output.empty() && request.openFx.empty()) {
+        throw UsageError("project needs a file to write; add -o OUT.json");
+    }
+    // A picture whose name slipped in here must not be lost.
+    for (auto const& [kind, file] :
+         {std::pair("project", request.output), std::pair("OpenFX look", request.openFx)}) {
+        if (!file.empty() && toLower(file.extension().string()) != ".json") {
+            throw UsageError(std::string("cannot write the ") + kind + " " + quote(file.string()) +
+                             ": its name must end in .json");
+        }
+    }
+    if (request.output == request.openFx) {
+        throw UsageError("-o and --openfx name the same file; give each its own");
+    }
+}
+
+void runProject(ProjectRequest const& request, Reporter& reporter)
+{
+    ToolSession const session(request.node);
+    reportLook(session.getNode(), listKeyTimes(session.getNode()), reporter);
+    // Refuses what it cannot express before anything is written.
+    std::string const look =
+        request.openFx.empty() ? std::string() : writeOpenFxLook(session.getNode());
+    if (!request.output.empty()) {
+        saveProject(request.output, session.getNode());
+    }
+    if (!request.openFx.empty()) {
+        saveText(request.openFx, "OpenFX look", look);
+    }
+}

@@ -1,0 +1,184 @@
+// The program's commands.
+
+#include "remapcolor/options/CommandLine.h"
+
+#include "remapcolor/options/CommandOptions.h"
+#include "remapcolor/reports/Failures.h"
+#include "runtime/values/NearestNames.h"
+
+#include <CLI/CLI.hpp>
+#include <vector>
+
+namespace {
+
+constexpr char const* helpFlag = "-h,--help";
+constexpr char const* helpDescription = "Print this help";
+
+constexpr char const* programExamples =
+    "Examples:\n"
+    "  remapcolor render in.exr -o out.exr --mode EXRDisplay -s EXRDisplay.Exposure=1.5\n"
+    "  remapcolor pick in.exr 12,40 --mode EXRDisplay\n"
+    "  remapcolor describe\n"
+    "  remapcolor render --help\n"
+    "\n"
+    "Exit status: 0 done; 1 pictures failed; 2 the command line is wrong, nothing was\n"
+    "written; 3 disk, permission, memory or installation failed; 130, 143 stopped by a signal.";
+
+constexpr char const* renderExamples =
+    "Examples:\n"
+    "  remapcolor render in.exr -o out.exr -s Linear.Gamma=2.2\n"
+    "  remapcolor render in.exr -o out.png --mode EXRDisplay --depth 8 \\\n"
+    "      -s EXRDisplay.Exposure=1.5 -s \"EXRDisplay.Knee High=4\"\n"
+    "  remapcolor render in.exr -o out.exr --curve \"rgb=0,0 0.5,0.65 1,1\"\n"
+    "  remapcolor render shot.####.exr -o out/shot.####.exr -p look.json -f 1-100\n"
+    "  remapcolor render shot.%04d.exr -o out/shot.%04d.exr --chunk 0/4 --existing skip\n"
+    "  remapcolor render in.exr -o out.exr -p look.json --mask matte.png --mix 0.5\n"
+    "  remapcolor render in.0012.exr -o out.exr -s Linear.Gamma=1@1,2@24 --frame 12\n"
+    "  remapcolor render in.png -o out.exr --depth 16    (EXR holds no 8-bit channels)\n"
+    "\n"
+    "\"remapcolor describe\" lists all inputs with their ranges and defaults.";
+
+constexpr char const* pickExamples =
+    "Examples:\n"
+    "  remapcolor pick in.exr 12,40 40,40 100,100,16,16\n"
+    "  remapcolor pick in.exr 12,40 --mode EXRDisplay -s EXRDisplay.Exposure=1.5\n"
+    "  remapcolor pick in.exr -8,0 -p look.json -f 24 --json\n"
+    "\n"
+    "The values are those of the picture and those that \"remapcolor render --depth 32\" makes\n"
+    "of them. Areas show mean, least and greatest of the finite values, and count NaN and inf.";
+
+constexpr char const* describeExamples = "Examples:\n"
+                                         "  remapcolor describe\n"
+                                         "  remapcolor describe | grep -i exposure\n"
+                                         "  remapcolor describe --json > remap-color.json";
+
+constexpr char const* projectExamples =
+    "Examples:\n"
+    "  remapcolor project -o look.json --mode EXRDisplay -s EXRDisplay.Exposure=0@1,2@24\n"
+    "  remapcolor project -p look.json -o look.json -s EXRDisplay.Gamma=2.4\n"
+    "  remapcolor project -p look.json --openfx look-ofx.json\n"
+    "  remapcolor render in.0012.exr -o out.exr -p look.json --frame 12";
+
+/// What the command-line library found wrong, in our words.
+[[noreturn]] void throwWrongOption(CLI::ParseError const& error, std::string const& command)
+{
+    std::string const text = error.what();
+    std::string const help = "; see \"remapcolor " + command + " --help\"";
+    if (dynamic_cast<CLI::ArgumentMismatch const*>(&error) == nullptr) {
+        throw UsageError(text + help);
+    }
+    std::string const name = text.substr(0, text.find_first_of(": "));
+    std::string const option = name.starts_with("-") ? name : "--" + name;
+    bool const needsValue = text.starts_with(name + ": 1 required");
+    throw UsageError(option + (needsValue ? " needs a value after it" : " takes no value") + help);
+}
+
+/// All commands with their options, for one command line.
+class CommandLine {
+public:
+    CommandLine()
+    {
+        setHelp(app, "remapcolor COMMAND [options]", programExamples);
+        app.set_help_flag(helpFlag, helpDescription);
+        app.set_version_flag("--version", "remapcolor " REMAPCOLOR_VERSION,
+                             "Print the program's version");
+        app.allow_extras();
+        app.require_subcommand(0, 1);
+        addRenderOptions(renderOptions, render);
+        addPickOptions(pickOptions, pick);
+        addDescribeOptions(describeOptions, describe);
+        addProjectOptions(projectOptions, project);
+    }
+
+    Request parse(int nbArguments, char const* const* arguments)
+    {
+        try {
+            app.parse(nbArguments, arguments);
+        } catch (CLI::CallForHelp const&) {
+            return PrintRequest{app.help()};
+        } catch (CLI::CallForVersion const&) {
+            return PrintRequest{app.version() + "\n"};
+        } catch (CLI::ParseError const& error) {
+            throwWrongOption(error, getCommandName());
+        }
+        checkCommand();
+        if (describeOptions.isChosen()) {
+            describeOptions.apply();
+            return describe;
+        }
+        if (pickOptions.isChosen()) {
+            pickOptions.apply();
+            checkComplete(pick);
+            return pick;
+        }
+        if (projectOptions.isChosen()) {
+            projectOptions.apply();
+            checkComplete(project);
+            return project;
+        }
+        renderOptions.apply();
+        checkComplete(render);
+        return render;
+    }
+
+private:
+    CLI::App* addCommand(char const* name, char const* description)
+    {
+        CLI::App* const command = app.add_subcommand(name, description)->group("Commands");
+        command->set_help_flag(helpFlag, helpDescription);
+        return command;
+    }
+
+    /// The command that the command line names; "COMMAND" where it names none.
+    std::string getCommandName() const
+    {
+        auto const given = app.get_subcommands();
+        return given.empty() ? "COMMAND" : given.front()->get_name();
+    }
+
+    /// Throws UsageError unless a command was given, and nothing before it.
+    void checkCommand() const
+    {
+        std::vector<std::string> const leftovers = app.remaining();
+        if (leftovers.empty()) {
+            if (app.get_subcommands().empty()) {
+                throw UsageError("a command is missing; see \"remapcolor --help\"");
+            }
+            return;
+        }
+        std::string const& first = leftovers.front();
+        if (first.starts_with("-")) {
+            throw UsageError("unexpected " + quote(first) +
+                             " before the command; write remapcolor COMMAND [options]");
+        }
+        std::vector<std::string> names;
+        for (CLI::App const* const command : app.get_subcommands({})) {
+            names.push_back(command->get_name());
+        }
+        throw UsageError("there is no command " + quote(first) +
+                         suggestNames(first, names, "see \"remapcolor --help\""));
+    }
+
+    CLI::App app{"Remaps the colours of pictures: levels, gamma, exposure, knee, curves."};
+    RenderRequest render;
+    PickRequest pick;
+    DescribeRequest describe;
+    ProjectRequest project;
+    CommandOptions renderOptions{*addCommand("render", "Send a picture through the tool."),
+                                 "remapcolor render INPUT -o OUTPUT [options]", renderExamples};
+    CommandOptions pickOptions{
+        *addCommand("pick", "Send pixels and areas of a picture through the tool."),
+        "remapcolor pick INPUT X,Y|X,Y,W,H... [options]", pickExamples};
+    CommandOptions describeOptions{*addCommand("describe", "List the tool's inputs."),
+                                   "remapcolor describe [options]", describeExamples};
+    CommandOptions projectOptions{*addCommand("project", "Save values as a project."),
+                                  "remapcolor project -o OUT.json [--openfx OUT.json] [options]",
+                                  projectExamples};
+};
+
+} // namespace
+
+Request parseCommandLine(int nbArguments, char const* const* arguments)
+{
+    return CommandLine().parse(nbArguments, arguments);
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "runtime/graph/HostNode.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+class CommandOptions;
+
+/// The frame that a picture stands for, which is the time of keyframed values. Empty where the
+/// command line does not say.
+using FrameChoice = std::optional<double>;
+
+/// Adds the option that fills `frame`, which lives longer than `options`. `names` as CommandOptions
+/// takes them. Its handler throws UsageError.
+void addFrameOption(CommandOptions& options, std::string const& names, FrameChoice& frame);
+
+/// The number by which a file of a sequence tells its frame: the last one in its name, but rather
+/// one that is no version ("v2").
+std::optional<long> findFrameNumber(std::filesystem::path const& file);
+
+/// The time of the node's values: `frame`, or 0 where none is given and they are the same at all
+/// times. Throws UsageError where they are not; it offers the number in the name of `input`.
+double chooseTime(HostNode const& node, FrameChoice const& frame,
+                  std::filesystem::path const& input);

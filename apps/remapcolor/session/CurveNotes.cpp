@@ -1,0 +1,222 @@
+// Keys that a curve's table misses. What a key gets is asked of the tool: a second node, at its
+// defaults but for the curves, sends a value through its curve and leaves it alone otherwise.
+
+#include "remapcolor/session/CurveNotes.h"
+
+#include "pluginAPI/IxSampleConversion.h"
+#include "remapcolor/reports/Failures.h"
+#include "remapcolor/session/ToolKeys.h"
+#include "runtime/engine/SourceImageNode.h"
+#include "runtime/graph/HostGraph.h"
+#include "runtime/graph/ValueNames.h"
+#include "runtime/values/NumberText.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstddef>
+
+namespace {
+
+using Pixel = CoRgbaColorTyped<float>;
+using Point = GePoint2<float>;
+
+constexpr std::array channels = {&Pixel::red, &Pixel::green, &Pixel::blue}; // as the curves' order
+
+/// Four digits are enough to see a miss.
+std::string formatShort(float value)
+{
+    constexpr int digits = 4;
+    std::array<char, 32> text{};
+    auto const end = std::to_chars(text.data(), text.data() + text.size(), value,
+                                   std::chars_format::general, digits)
+                         .ptr;
+    return {text.data(), end};
+}
+
+std::vector<Point> takeKeys(CurvePoints const& points)
+{
+    constexpr std::size_t pointsPerKey = 3;
+    std::vector<Point> keys;
+    for (std::size_t point = 1; point < points.size(); point += pointsPerKey) {
+        keys.push_back(points[point]);
+    }
+    return keys;
+}
+
+/// The tool's curves on their own.
+class CurveProbe {
+public:
+    explicit CurveProbe(HostNode const& node)
+        : graph(makeShared<HostGraph>()), probe(graph->createNode(node.getTool()))
+    {
+        NodeValues curves;
+        for (HostNode::ValueSlot const& slot : findValues(node, ToolKeys::adjustCurve)) {
+            curves.emplace(slot.name, *slot.value->getState());
+        }
+        probe->setValues(curves);
+    }
+
+    /// What becomes of the pixels.
+    std::vector<Pixel> send(std::vector<Pixel> const& pixels, double time) const
+    {
+        ImageInfo info;
+        info.format =
+            IxPixelFormat(IxPixelFormat::RGBA, IxPixelFormat::FLOAT32, Rational(1, 1), false);
+        info.dataWindow = {0, 0, static_cast<int>(pixels.size()), 1};
+        info.displayWindow = info.dataWindow;
+        auto const start = makeNode<SourceImageNode>(info);
+        auto const chain = castNode<PxImageProtocol const>(
+            probe->buildChain(PxNodePtr<PxImageProtocol const>(start)));
+        IxTile const tile(info.format, info.dataWindow);
+        writePixelRow(info.format, pixels, IxWriteGuard(tile).getRow(0));
+        start->addStrip(tile);
+        PxImageResult const result = chain->computeImage(PxImageContext(time, info.dataWindow));
+        IxTile const made = result.getTileGuard().getTile();
+        std::vector<Pixel> answer(pixels.size());
+        readPixelRow(made.getPixelFormat(), IxReadGuard(made).getRow(0), answer);
+        start->removeStrip(info.dataWindow);
+        return answer;
+    }
+
+private:
+    RCShdPtr<HostGraph> graph;
+    RCShdPtr<HostNode> probe;
+};
+
+/// A key and what the curve gives there.
+struct Miss {
+    Point key;
+    float got;
+    double time;
+    float error;
+};
+
+/// How far `got` is from the key; from the nearest of all keys at its x for a step.
+float measureMiss(std::vector<Point> const& keys, Point const& key, float got)
+{
+    float lowest = key.y;
+    float highest = key.y;
+    for (Point const& other : keys) {
+        if (other.x == key.x) {
+            lowest = std::min(lowest, other.y);
+            highest = std::max(highest, other.y);
+        }
+    }
+    return std::max({lowest - got, got - highest, 0.0F});
+}
+
+/// Shares alone would count the rounding of keys at 0.
+bool isNoticeable(float error, Point const& key)
+{
+    constexpr float mostError = 0.001F;
+    constexpr float mostShare = 0.01F;
+    constexpr float rounding = 1e-5F;
+    return error > mostError || (error > rounding && error > mostShare * std::abs(key.y));
+}
+
+/// The misses of one curve, the worst first.
+std::vector<Miss> findMisses(std::vector<Point> const& keys, std::vector<float> const& got,
+                             double time)
+{
+    std::vector<Miss> misses;
+    for (std::size_t key = 0; key < keys.size(); ++key) {
+        float const error = measureMiss(keys, keys[key], got[key]);
+        if (isNoticeable(error, keys[key])) {
+            misses.push_back({keys[key], got[key], time, error});
+        }
+    }
+    return misses;
+}
+
+/// One for each channel.
+using Misses = std::array<std::vector<Miss>, channels.size()>;
+
+void collect(CurveProbe const& probe, ValueSlots const& curves, double time, Misses& misses)
+{
+    std::array<std::vector<Point>, channels.size()> keys;
+    std::size_t nbKeys = 0;
+    for (std::size_t channel = 0; channel < channels.size(); ++channel) {
+        auto const state = curves[channel].value->getState();
+        keys[channel] = takeKeys(std::get<Animated<CurvePoints>>(*state).evaluate(time).getValue());
+        nbKeys = std::max(nbKeys, keys[channel].size());
+    }
+    std::vector<Pixel> pixels(nbKeys);
+    for (std::size_t channel = 0; channel < channels.size(); ++channel) {
+        for (std::size_t key = 0; key < keys[channel].size(); ++key) {
+            pixels[key].*channels[channel] = keys[channel][key].x;
+        }
+    }
+    std::vector<Pixel> const answer = probe.send(pixels, time);
+    for (std::size_t channel = 0; channel < channels.size(); ++channel) {
+        std::vector<float> got;
+        for (Pixel const& pixel : answer) {
+            got.push_back(pixel.*channels[channel]);
+        }
+        auto const found = findMisses(keys[channel], got, time);
+        misses[channel].insert(misses[channel].end(), found.begin(), found.end());
+    }
+}
+
+std::string describe(std::string const& name, std::vector<Miss> const& misses, bool isAnimated)
+{
+    Miss const& worst =
+        *std::max_element(misses.begin(), misses.end(),
+                          [](Miss const& a, Miss const& b) { return a.error < b.error; });
+    std::size_t const nbMore = misses.size() - 1;
+    return "the curve " + quote(name) + " misses its key " + formatNumber(worst.key.x) + "," +
+           formatNumber(worst.key.y) +
+           (isAnimated ? " at time " + formatNumber(worst.time) : std::string()) + ", which gets " +
+           formatShort(worst.got) +
+           (nbMore == 0 ? "" : " (and " + std::to_string(nbMore) + " more)") +
+           ": the places of its table lie evenly between its ends; end the curve nearer, it goes "
+           "on as a straight line by itself";
+}
+
+bool isConstant(HostNode::ValueSlot const& curve)
+{
+    return std::get<Animated<CurvePoints>>(*curve.value->getState()).isConstant();
+}
+
+bool isAdjusting(HostNode const& node, double time)
+{
+    auto const state = node.getValue(ToolKeys::adjust)->getState();
+    return std::get<Animated<bool>>(*state).evaluate(time).getValue();
+}
+
+} // namespace
+
+std::vector<std::string> findCurveNotes(HostNode const& node, std::vector<double> const& times)
+{
+    ValueSlots const curves = findValues(node, ToolKeys::adjustCurve);
+    if (findChangedValues(node).empty()) {
+        return {};
+    }
+    CurveProbe const probe(node);
+    Misses misses;
+    bool const areConstant = std::all_of(curves.begin(), curves.end(), isConstant);
+    for (double const time : times) {
+        if (isAdjusting(node, time)) {
+            collect(probe, curves, time, misses);
+            if (areConstant) {
+                break;
+            }
+        }
+    }
+    ValueSlots missing;
+    for (std::size_t channel = 0; channel < channels.size(); ++channel) {
+        if (!misses[channel].empty()) {
+            missing.push_back(curves[channel]);
+        }
+    }
+    std::vector<std::string> notes;
+    for (auto const& [name, first] : summarise(node, missing)) {
+        for (std::size_t channel = 0; channel < channels.size(); ++channel) {
+            if (curves[channel].value == first) {
+                notes.push_back(describe(name, misses[channel], !areConstant));
+            }
+        }
+    }
+    return notes;
+}

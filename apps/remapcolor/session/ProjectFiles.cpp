@@ -1,0 +1,48 @@
+// Project files, with failures as the user sees them.
+
+#include "remapcolor/session/ProjectFiles.h"
+
+#include "files/FileError.h"
+#include "remapcolor/reports/Failures.h"
+#include "runtime/project/Project.h"
+
+#include <string>
+
+namespace {
+
+[[noreturn]] void throwFileFailure(std::string const& action, FileError const& error)
+{
+    std::string const text = action + ": " + error.what();
+    if (error.getFault() == FileError::Fault::Request) {
+        throw UsageError(text);
+    }
+    throw SurroundingsError(text);
+}
+
+} // namespace
+
+NodeValues loadProject(std::filesystem::path const& file, HostNode const& pattern)
+{
+    std::string const action = "cannot use the project " + quote(file.string());
+    try {
+        return readProject(loadTextFile(file), pattern);
+    } catch (ProjectError const& error) {
+        throw UsageError(action + ": " + error.what());
+    } catch (FileError const& error) {
+        throwFileFailure(action, error);
+    }
+}
+
+void saveProject(std::filesystem::path const& file, HostNode const& node)
+{
+    saveText(file, "project", writeProject(node));
+}
+
+void saveText(std::filesystem::path const& file, std::string const& kind, std::string const& text)
+{
+    try {
+        saveTextFile(file, text);
+    } catch (FileError const& error) {
+        throwFileFailure("cannot write the " + kind + " " + quote(file.string()), error);
+    }
+}

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "runtime/graph/HostNode.h"
+
+#include <filesystem>
+#include <string>
+
+/// The values of a project file for nodes like `pattern`. Throws UsageError for a file that is
+/// missing or no project of this tool, SurroundingsError for one that cannot be read.
+NodeValues loadProject(std::filesystem::path const& file, HostNode const& pattern);
+
+/// Saves all values of the node; the file appears when it is complete. Throws UsageError for a
+/// missing folder, SurroundingsError for what else the system refuses.
+void saveProject(std::filesystem::path const& file, HostNode const& node);
+
+/// The same for any text; `kind` is what the user calls it.
+void saveText(std::filesystem::path const& file, std::string const& kind, std::string const& text);

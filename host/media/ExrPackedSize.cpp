@@ -1,0 +1,165 @@
+// What packed bytes can become, and whether they do.
+
+#include "media/ExrPackedSize.h"
+
+#include "media/ExrStreams.h"
+
+#include <Iex.h>
+#include <libdeflate.h>
+#include <memory>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t dwaNumbers = 11; // before a DWA chunk's data
+constexpr std::size_t numberBytes = 8;
+
+// How many bytes one packed byte can become.
+//
+// A run of RLE is 2 bytes for 128. Deflate's longest match is 258 bytes for 2 bits. PXR24 drops one
+// of a float's four bytes and deflates. PIZ codes repeat a sample of 2 bytes 255 times in 9 bits. A
+// block of B44 has 16 samples of 2 bytes in 3 bytes or more. DWA runs deflate over runs of RLE;
+// what else it does (two numbers of 2 bytes, deflated, for 64 samples of 4 bytes) comes to the
+// same.
+constexpr std::uint64_t rleExpansion = 64;
+constexpr std::uint64_t deflateExpansion = 1032;
+constexpr std::uint64_t pxr24Expansion = deflateExpansion * 4 / 3;
+constexpr std::uint64_t pizRun = 255;
+constexpr std::uint64_t pizRunBits = 9;
+constexpr std::uint64_t pizExpansion = 454; // two bytes a sample, eight bits a byte
+constexpr std::uint64_t b44Expansion = 11;
+constexpr std::uint64_t dwaExpansion = rleExpansion * deflateExpansion;
+
+/// Bytes that the runs of RLE make.
+std::uint64_t unpackedSizeOfRuns(std::span<std::byte const> packed)
+{
+    std::uint64_t size = 0;
+    for (std::size_t index = 0; index < packed.size();) {
+        int const count = static_cast<signed char>(packed[index]);
+        // A negative count of bytes as they are, or one byte less often than it is repeated by one.
+        size += static_cast<std::uint64_t>(count < 0 ? -count : count + 1);
+        index += count < 0 ? 1 + static_cast<std::size_t>(-count) : 2;
+    }
+    return size;
+}
+
+bool inflatesTo(std::span<std::byte const> packed, std::size_t size)
+{
+    struct Free {
+        void operator()(libdeflate_decompressor* tool) const { libdeflate_free_decompressor(tool); }
+    };
+    std::unique_ptr<libdeflate_decompressor, Free> const tool(libdeflate_alloc_decompressor());
+    std::vector<std::byte> unpacked(size);
+    return tool != nullptr &&
+           libdeflate_zlib_decompress(tool.get(), packed.data(), packed.size(), unpacked.data(),
+                                      size, nullptr) == LIBDEFLATE_SUCCESS;
+}
+
+/// Whether the bits of a PIZ block are enough for `raw` bytes. Before them are the range of a
+/// bitmap and its bytes, the size of what follows, three numbers, the number of bits, and a table.
+bool isPizEnough(std::span<std::byte const> packed, std::uint64_t raw)
+{
+    constexpr std::size_t bitsPlace = 16; // after the bitmap
+    if (packed.size() < 4) {
+        return false;
+    }
+    std::size_t const first = readNumber<std::uint16_t>(packed.data());
+    std::size_t const last = readNumber<std::uint16_t>(packed.data() + 2);
+    std::size_t const bitmapEnd = 4 + (first <= last ? last - first + 1 : 0);
+    if (packed.size() < bitmapEnd + bitsPlace + 4) {
+        return false;
+    }
+    std::uint64_t const bits = readNumber<std::uint32_t>(&packed[bitmapEnd + bitsPlace]);
+    return bits <= packed.size() * 8 && raw / 2 <= bits * pizRun / pizRunBits + 1;
+}
+
+/// Whether the parts that a DWA chunk announces lie in it and can make `raw` bytes.
+bool isDwaEnough(std::span<std::byte const> packed, std::uint64_t raw)
+{
+    enum Number {
+        Version,
+        UnknownRaw,
+        UnknownPacked,
+        AcPacked,
+        DcPacked,
+        RlePacked,
+        RleDeflated,
+        RleRaw,
+        AcCount,
+        DcCount
+    };
+    constexpr std::uint64_t samplesPerBlock = 64;
+    if (packed.size() < dwaNumbers * numberBytes) {
+        return false;
+    }
+    auto const numberOf = [&packed](Number which) {
+        return readNumber<std::uint64_t>(packed.data() + which * numberBytes);
+    };
+    std::uint64_t left = packed.size() - dwaNumbers * numberBytes;
+    for (Number const part : {UnknownPacked, AcPacked, DcPacked, RlePacked}) {
+        if (numberOf(part) > left) {
+            return false;
+        }
+        left -= numberOf(part);
+    }
+    std::uint64_t const blocks = numberOf(DcCount);
+    bool const areSound = numberOf(UnknownRaw) <= raw && numberOf(RleRaw) <= raw && blocks <= raw &&
+                          numberOf(AcCount) >= blocks;
+    return areSound && blocks <= numberOf(DcPacked) * deflateExpansion &&
+           numberOf(UnknownRaw) <= numberOf(UnknownPacked) * deflateExpansion &&
+           numberOf(RleDeflated) <= numberOf(RlePacked) * deflateExpansion &&
+           numberOf(RleRaw) <= numberOf(RleDeflated) * rleExpansion &&
+           raw <=
+               numberOf(UnknownRaw) + numberOf(RleRaw) + blocks * samplesPerBlock * sizeof(float);
+}
+
+} // namespace
+
+std::uint64_t mostExpansion(Imf::Compression compression)
+{
+    switch (compression) {
+    case Imf::NO_COMPRESSION: return 1;
+    case Imf::RLE_COMPRESSION: return rleExpansion;
+    case Imf::ZIPS_COMPRESSION:
+    case Imf::ZIP_COMPRESSION: return deflateExpansion;
+    case Imf::PXR24_COMPRESSION: return pxr24Expansion;
+    case Imf::PIZ_COMPRESSION: return pizExpansion;
+    case Imf::B44_COMPRESSION:
+    case Imf::B44A_COMPRESSION: return b44Expansion;
+    case Imf::DWAA_COMPRESSION:
+    case Imf::DWAB_COMPRESSION: return dwaExpansion;
+    case Imf::NUM_COMPRESSION_METHODS: break;
+    }
+    throw Iex::InputExc("unknown compression");
+}
+
+bool isCheckedByLibrary(Imf::Compression compression)
+{
+    return compression == Imf::PXR24_COMPRESSION || compression == Imf::B44_COMPRESSION ||
+           compression == Imf::B44A_COMPRESSION;
+}
+
+bool fills(std::span<std::byte const> packed, std::uint64_t size, Imf::Compression compression)
+{
+    // A block that packing would not make smaller is stored as it is.
+    if (packed.size() == size) {
+        return true;
+    }
+    if (packed.empty() || packed.size() > size) {
+        return false;
+    }
+    switch (compression) {
+    case Imf::NO_COMPRESSION: return false;
+    case Imf::RLE_COMPRESSION: return unpackedSizeOfRuns(packed) == size;
+    case Imf::ZIPS_COMPRESSION:
+    case Imf::ZIP_COMPRESSION: return inflatesTo(packed, size);
+    case Imf::DWAA_COMPRESSION:
+    case Imf::DWAB_COMPRESSION: return isDwaEnough(packed, size);
+    case Imf::PIZ_COMPRESSION: return isPizEnough(packed, size);
+    case Imf::PXR24_COMPRESSION:
+    case Imf::B44_COMPRESSION:
+    case Imf::B44A_COMPRESSION:
+    case Imf::NUM_COMPRESSION_METHODS: break;
+    }
+    return true;
+}

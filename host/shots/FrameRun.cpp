@@ -1,0 +1,159 @@
+// One frame on its way.
+
+#include "shots/FrameRun.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+namespace {
+
+[[noreturn]] void throwChanged(std::filesystem::path const& file)
+{
+    throw ImageFileError(ImageFailure::Surroundings,
+                         "cannot use \"" + file.string() +
+                             "\": it was replaced or written to while it was read; render this "
+                             "frame again");
+}
+
+} // namespace
+
+/// The sink of a frame: passes everything on, and is not finished where a source has changed.
+class FrameRun::CheckedSink : public ImageSink {
+public:
+    CheckedSink(FrameRun& owner, std::unique_ptr<ImageSink> target)
+        : run(owner), sink(std::move(target))
+    {
+    }
+    void packStrip(IxTile const& result, ImageStrip& strip) const override
+    {
+        sink->packStrip(result, strip);
+    }
+    void writeStrip(IxTile const& result, ImageStrip const& strip) override
+    {
+        sink->writeStrip(result, strip);
+    }
+    void finish() override
+    {
+        run.checkUnchanged();
+        sink->finish();
+        run.isComplete = true;
+        run.noteMaskInVain();
+    }
+
+private:
+    FrameRun& run;
+    std::unique_ptr<ImageSink> sink;
+};
+
+FrameRun::FrameRun(FrameFiles const& frame, ReadOptions const& readOptions,
+                   ReadOptions const& maskOptions)
+    : files(frame), inputStamp(readFileStamp(frame.input)),
+      source(openImage(frame.input, readOptions))
+{
+    if (files.mask.has_value()) {
+        maskStamp = readFileStamp(*files.mask);
+        mask = openImage(*files.mask, maskOptions);
+    }
+}
+
+FrameRun::~FrameRun()
+{
+    sink.reset();
+    if (!isComplete) {
+        std::error_code ignored; // a folder that others write to is not empty
+        for (auto folder = madeFolders.rbegin(); folder != madeFolders.rend(); ++folder) {
+            std::filesystem::remove(*folder, ignored);
+        }
+    }
+}
+
+double FrameRun::getMilliseconds() const
+{
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - started)
+        .count();
+}
+
+std::int64_t FrameRun::getTimeOfSources() const
+{
+    return std::max(inputStamp.written, mask == nullptr ? inputStamp.written : maskStamp.written);
+}
+
+void FrameRun::connect(HostNode& node, MaskUse maskUse)
+{
+    chain = buildFrameChain(node, source->getInfo(), mask == nullptr ? nullptr : &mask->getInfo(),
+                            maskUse);
+    if (mask != nullptr) {
+        maskFeed.emplace(*chain.mask, *mask);
+    }
+}
+
+void FrameRun::create(WriteOptions const& writeOptions, std::filesystem::path const& fixedFolder)
+{
+    auto const keep = [this](FrameMessage::Kind kind) {
+        return [this, kind](std::string const& text) {
+            std::lock_guard const lock(mutex);
+            messages.push_back({kind, text});
+        };
+    };
+    makeFolder(fixedFolder);
+    MediaReport const report = {.note = keep(FrameMessage::Kind::Note),
+                                .warn = keep(FrameMessage::Kind::Warning)};
+    sink = std::make_unique<CheckedSink>(
+        *this, createImage(files.output, *source, getPixelFormat(), writeOptions, report));
+}
+
+/// Makes what is missing of the folders below `fixedFolder`.
+void FrameRun::makeFolder(std::filesystem::path const& fixedFolder)
+{
+    std::error_code ignored;
+    std::vector<std::filesystem::path> missing;
+    std::filesystem::path folder = files.output.parent_path();
+    while (!folder.empty() && folder != fixedFolder && !std::filesystem::exists(folder, ignored)) {
+        missing.push_back(folder);
+        folder = folder.parent_path();
+    }
+    if (!std::filesystem::is_directory(fixedFolder, ignored)) {
+        return; // whoever opens the file says what is wrong
+    }
+    for (auto next = missing.rbegin(); next != missing.rend(); ++next) {
+        if (std::filesystem::create_directory(*next, ignored)) {
+            madeFolders.push_back(*next);
+        }
+    }
+}
+
+RenderJob FrameRun::getJob()
+{
+    return {*chain.end, *chain.start, *source, *sink, maskFeed.has_value() ? &*maskFeed : nullptr,
+            files.time};
+}
+
+/// On the worker that finishes.
+void FrameRun::checkUnchanged() const
+{
+    if (!(readFileStamp(files.input) == inputStamp)) {
+        throwChanged(files.input);
+    }
+    if (mask != nullptr && !(readFileStamp(*files.mask) == maskStamp)) {
+        throwChanged(*files.mask);
+    }
+}
+
+/// On the worker that finishes.
+void FrameRun::noteMaskInVain()
+{
+    if (chain.mask.isNull() || !chain.mask->isInVain()) {
+        return;
+    }
+    std::lock_guard const lock(mutex);
+    messages.push_back(
+        {FrameMessage::Kind::Note, "no effect: the mask \"" + files.mask->string() +
+                                       "\" lets nothing through where the picture is"});
+}
+
+std::vector<FrameMessage> FrameRun::takeMessages()
+{
+    std::lock_guard const lock(mutex);
+    return std::exchange(messages, {});
+}

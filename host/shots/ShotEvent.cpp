@@ -1,0 +1,170 @@
+// What is told of a shot, for programs and for people.
+
+#include "shots/ShotEvent.h"
+
+#include "runtime/values/NumberText.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+using Kind = ShotEvent::Kind;
+
+char const* nameOf(Kind kind)
+{
+    switch (kind) {
+    case Kind::Start: return "start";
+    case Kind::Frame: return "frame";
+    case Kind::Skip: return "skip";
+    case Kind::Note: return "note";
+    case Kind::Warning: return "warning";
+    case Kind::Error: return "error";
+    case Kind::End: return "end";
+    }
+    return "";
+}
+
+/// A whole number without decimals, as file names have it.
+Json frameToJson(std::optional<double> const& frame)
+{
+    if (!frame.has_value()) {
+        return nullptr;
+    }
+    auto const limit = static_cast<double>(largestFrame);
+    auto const whole = static_cast<std::int64_t>(std::clamp(*frame, -limit, limit));
+    return static_cast<double>(whole) == *frame ? Json(whole) : Json(*frame);
+}
+
+double roundMilliseconds(double milliseconds)
+{
+    return std::round(milliseconds * 10.0) / 10.0;
+}
+
+std::string formatSeconds(double milliseconds)
+{
+    constexpr double perSecond = 1000.0;
+    return formatNumber(std::round(milliseconds) / perSecond) + " s";
+}
+
+std::string quote(std::filesystem::path const& file)
+{
+    return "\"" + file.string() + "\"";
+}
+
+std::string countFrames(std::size_t count)
+{
+    return std::to_string(count) + (count == 1 ? " frame" : " frames");
+}
+
+void addSummary(Json& json, ShotSummary const& summary)
+{
+    json["rendered"] = summary.rendered;
+    json["skipped"] = summary.skipped;
+    json["failed"] = formatFrames(summary.failed);
+    json["unfinished"] = formatFrames(summary.unfinished);
+    json["ms"] = roundMilliseconds(summary.milliseconds);
+}
+
+std::string describeStart(ShotEvent const& event)
+{
+    constexpr std::size_t mebibyte = 1024 * 1024;
+    return countFrames(event.total) + " of " + quote(event.input) + " to " + quote(event.output) +
+           ", " + std::to_string(event.threads) + (event.threads == 1 ? " thread" : " threads") +
+           ", at most " + std::to_string(event.memory / mebibyte) + " MiB: " + event.frames;
+}
+
+} // namespace
+
+/// What another try may change comes first.
+void ShotSummary::addFailure(ShotFailure kind)
+{
+    if (!worst.has_value() || kind == ShotFailure::Surroundings) {
+        worst = kind;
+    } else if (*worst != kind && *worst != ShotFailure::Surroundings) {
+        worst = ShotFailure::Frames;
+    }
+}
+
+int ShotSummary::getStatus() const
+{
+    if (!worst.has_value()) {
+        return 0;
+    }
+    bool const hasSuited = rendered + skipped > 0 && *worst == ShotFailure::Request;
+    return toExitStatus(hasSuited ? ShotFailure::Frames : *worst);
+}
+
+std::string formatJson(ShotEvent const& event)
+{
+    Json json = {{"event", nameOf(event.kind)}};
+    bool const isOfShot = event.kind == Kind::Start || event.kind == Kind::End;
+    if (!isOfShot) {
+        json["frame"] = frameToJson(event.frame);
+    }
+    if (!event.input.empty()) {
+        json["input"] = event.input.string();
+        json["output"] = event.output.string();
+    }
+    switch (event.kind) {
+    case Kind::Start:
+        json["frames"] = event.frames;
+        json["threads"] = event.threads;
+        json["memory"] = event.memory;
+        break;
+    case Kind::Frame: json["ms"] = roundMilliseconds(event.milliseconds); break;
+    case Kind::Error: json["status"] = event.status; [[fallthrough]];
+    case Kind::Skip:
+    case Kind::Note:
+    case Kind::Warning: json["message"] = event.message; break;
+    case Kind::End:
+        json["status"] = event.status;
+        addSummary(json, event.summary);
+        break;
+    }
+    if (event.kind != Kind::Start) {
+        json["done"] = event.done;
+    }
+    json["total"] = event.total;
+    // File names may hold bytes that are no UTF-8.
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::string formatText(ShotEvent const& event)
+{
+    std::string const frame =
+        event.frame.has_value() ? "frame " + formatNumber(*event.frame) + ": " : "";
+    switch (event.kind) {
+    case Kind::Start: return describeStart(event);
+    case Kind::Frame:
+        return frame + "wrote " + quote(event.output) + " in " + formatSeconds(event.milliseconds);
+    case Kind::Skip: return frame + "skipped: " + event.message;
+    case Kind::Note: return "note: " + frame + event.message;
+    case Kind::Warning: return "warning: " + frame + event.message;
+    case Kind::Error: return frame + event.message;
+    case Kind::End: return formatSummary(event.summary);
+    }
+    return {};
+}
+
+std::string formatSummary(ShotSummary const& summary)
+{
+    std::string text =
+        std::to_string(summary.rendered) + " of " + countFrames(summary.total) + " rendered";
+    if (summary.skipped > 0) {
+        text += ", " + std::to_string(summary.skipped) + " skipped";
+    }
+    if (!summary.failed.empty()) {
+        text += ", " + std::to_string(summary.failed.size()) + " failed";
+    }
+    if (!summary.unfinished.empty()) {
+        text += ", " + std::to_string(summary.unfinished.size()) + " not done";
+    }
+    text += " in " + formatSeconds(summary.milliseconds);
+    std::vector<Frame> again = summary.failed;
+    again.insert(again.end(), summary.unfinished.begin(), summary.unfinished.end());
+    return again.empty() ? text : text + "; to do again: -f " + formatFrames(again);
+}
