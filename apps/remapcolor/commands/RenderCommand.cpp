@@ -210,11 +210,11 @@ int runRender(RenderRequest const& request, Reporter& reporter)
     if (!plan.gaps.empty()) {
         reporter.warn("there are gaps: no frames " + plan.gaps);
     }
+    checkOutputs(node, plan, request.existing, makeWriteOptions(request, node));
     if (request.isDryRun) {
         listPlan(plan);
         return static_cast<int>(ExitStatus::Done);
     }
-    checkOutputs(node, plan, request.existing, makeWriteOptions(request, node));
     if (plan.frames.empty()) {
         reporter.note("this chunk has no frames: the shot has " +
                       std::to_string(plan.nbFramesOfShot));
