@@ -1,6 +1,7 @@
 // remapcolor: the command line of Remap Color.
 
 #include "remapcolor/commands/DescribeCommand.h"
+#include "remapcolor/commands/LutCommand.h"
 #include "remapcolor/commands/PickCommand.h"
 #include "remapcolor/commands/RenderCommand.h"
 #include "remapcolor/options/CommandLine.h"
@@ -29,6 +30,12 @@ struct Execution {
     int operator()(DescribeRequest const& request) const
     {
         runDescribe(request);
+        return done;
+    }
+    int operator()(LutRequest const& request) const
+    {
+        reporter.configure(ProgressStyle::Auto, request.verbosity);
+        runLut(request, reporter);
         return done;
     }
     int operator()(PickRequest const& request) const

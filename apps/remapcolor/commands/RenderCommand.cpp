@@ -11,10 +11,7 @@
 #include "remapcolor/session/StopSignals.h"
 #include "remapcolor/session/ToolKeys.h"
 #include "remapcolor/session/ToolSession.h"
-#include "remapcolor/text/ValueText.h"
-#include "runtime/graph/ValueNames.h"
 #include "runtime/project/Project.h"
-#include "runtime/project/ProjectValues.h"
 #include "runtime/values/NumberText.h"
 #include "shots/FileStamp.h"
 #include "shots/MachineLimits.h"
@@ -66,17 +63,11 @@ ShotRequest completeShot(RenderRequest const& request)
 }
 
 /// Mode, mask, and every value that is not at its default.
-Reporter::Facts describeLook(HostNode const& node, RenderRequest const& request)
+Reporter::Facts describeLookAndMask(HostNode const& node, RenderRequest const& request)
 {
-    auto const mode = valueToJson(*node.getValue(ToolKeys::mode)).get<std::string>();
-    Reporter::Facts facts = {
-        {"mode", mode},
-        {"mask", request.mask.file.has_value() ? request.mask.file->string() : "none"}};
-    for (auto const& [name, first] : summarise(node, findChangedValues(node))) {
-        if (name != ToolKeys::mode) {
-            facts.emplace_back(name, formatValue(*first));
-        }
-    }
+    Reporter::Facts facts = describeLook(node);
+    facts.emplace(facts.begin() + 1, "mask",
+                  request.mask.file.has_value() ? request.mask.file->string() : "none");
     return facts;
 }
 
@@ -220,7 +211,7 @@ int runRender(RenderRequest const& request, Reporter& reporter)
                       std::to_string(plan.nbFramesOfShot));
     } else {
         reportLook(node, listTimes(plan), reporter);
-        reporter.showLook(describeLook(node, request));
+        reporter.showLook(describeLookAndMask(node, request));
     }
     return renderPlan(node, plan, makeOptions(request, node, plan, reporter), reporter);
 }

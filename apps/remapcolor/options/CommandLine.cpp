@@ -52,6 +52,16 @@ constexpr char const* describeExamples = "Examples:\n"
                                          "  remapcolor describe | grep -i exposure\n"
                                          "  remapcolor describe --json > remap-color.json";
 
+constexpr char const* lutExamples =
+    "Examples:\n"
+    "  remapcolor lut -o look.clf -p look.json\n"
+    "  remapcolor lut -o look.clf --mode EXRDisplay -s EXRDisplay.Exposure=1.5\n"
+    "  remapcolor lut -o look.cube -s Linear.Gamma=2.2 --domain 0,4 --size 16384\n"
+    "  remapcolor lut -o look.spi1d -p look.json --frame 12\n"
+    "\n"
+    "A .clf has the result of every half, exact for pictures of halves. Alpha, masks and\n"
+    "keyframes are in no table.";
+
 constexpr char const* projectExamples =
     "Examples:\n"
     "  remapcolor project -o look.json --mode EXRDisplay -s EXRDisplay.Exposure=0@1,2@24\n"
@@ -88,6 +98,7 @@ public:
         addPickOptions(pickOptions, pick);
         addDescribeOptions(describeOptions, describe);
         addProjectOptions(projectOptions, project);
+        addLutOptions(lutOptions, lut);
     }
 
     Request parse(int nbArguments, char const* const* arguments)
@@ -115,6 +126,11 @@ public:
             projectOptions.apply();
             checkComplete(project);
             return project;
+        }
+        if (lutOptions.isChosen()) {
+            lutOptions.apply();
+            checkComplete(lut);
+            return lut;
         }
         renderOptions.apply();
         checkComplete(render);
@@ -164,6 +180,7 @@ private:
     PickRequest pick;
     DescribeRequest describe;
     ProjectRequest project;
+    LutRequest lut;
     CommandOptions renderOptions{*addCommand("render", "Send a picture through the tool."),
                                  "remapcolor render INPUT -o OUTPUT [options]", renderExamples};
     CommandOptions pickOptions{
@@ -174,6 +191,8 @@ private:
     CommandOptions projectOptions{*addCommand("project", "Save values as a project."),
                                   "remapcolor project -o OUT.json [--openfx OUT.json] [options]",
                                   projectExamples};
+    CommandOptions lutOptions{*addCommand("lut", "Save the whole chain as a table."),
+                              "remapcolor lut -o OUT.clf|.cube|.spi1d [options]", lutExamples};
 };
 
 } // namespace

@@ -80,20 +80,29 @@ std::optional<long> findFrameNumber(std::filesystem::path const& file)
     return version;
 }
 
+std::string findKeyframedValue(HostNode const& node)
+{
+    for (HostNode::ValueSlot const& slot : node.getValues()) {
+        if (std::visit(ChangesOverTime(), *slot.value->getState())) {
+            return slot.name;
+        }
+    }
+    return {};
+}
+
 double chooseTime(HostNode const& node, FrameChoice const& frame,
                   std::filesystem::path const& input)
 {
     if (frame.has_value()) {
         return *frame;
     }
-    for (HostNode::ValueSlot const& slot : node.getValues()) {
-        if (std::visit(ChangesOverTime(), *slot.value->getState())) {
-            std::optional<long> const number = findFrameNumber(input);
-            throw UsageError(quote(slot.name) + " has keyframes; add --frame " +
-                             (number.has_value()
-                                  ? std::to_string(*number) + ", the number in the input's name"
-                                  : "NUMBER, the time to take"));
-        }
+    std::string const keyframed = findKeyframedValue(node);
+    if (!keyframed.empty()) {
+        std::optional<long> const number = findFrameNumber(input);
+        throw UsageError(quote(keyframed) + " has keyframes; add --frame " +
+                         (number.has_value()
+                              ? std::to_string(*number) + ", the number in the input's name"
+                              : "NUMBER, the time to take"));
     }
     return 0.0;
 }

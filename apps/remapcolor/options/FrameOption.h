@@ -20,7 +20,11 @@ void addFrameOption(CommandOptions& options, std::string const& names, FrameChoi
 /// one that is no version ("v2").
 std::optional<long> findFrameNumber(std::filesystem::path const& file);
 
+/// The first value that is not the same at all times; empty where there is none.
+std::string findKeyframedValue(HostNode const& node);
+
 /// The time of the node's values: `frame`, or 0 where none is given and they are the same at all
-/// times. Throws UsageError where they are not; it offers the number in the name of `input`.
+/// times. Throws UsageError where they are not; it offers the number in the name of `input`, which
+/// may be empty.
 double chooseTime(HostNode const& node, FrameChoice const& frame,
                   std::filesystem::path const& input);

@@ -3,27 +3,14 @@
 #include "remapcolor/options/RenderRequest.h"
 
 #include "remapcolor/options/CommandOptions.h"
+#include "remapcolor/options/NumberOptions.h"
 #include "remapcolor/options/OptionText.h"
 #include "remapcolor/options/ShotOptionText.h"
 #include "runtime/values/NumberText.h"
 
-#include <charconv>
-
 namespace {
 
 constexpr int mostThreads = 1024;
-
-int parseThreads(std::string const& text)
-{
-    int threads = 0;
-    char const* const end = text.data() + text.size();
-    auto const [stop, failure] = std::from_chars(text.data(), end, threads);
-    if (failure != std::errc() || stop != end || threads < 1 || threads > mostThreads) {
-        throw UsageError("--threads takes a whole number from 1 to " + std::to_string(mostThreads) +
-                         ", not " + quote(text));
-    }
-    return threads;
-}
 
 float parseLevel(std::string const& text)
 {
@@ -151,9 +138,10 @@ void addRenderOptions(CommandOptions& options, RenderRequest& request)
         [&request](std::string const& text) { request.compression = parseCompression(text); });
     options.addOption("--layer", "NAME", "Process the channels NAME.R, NAME.G, NAME.B of the file",
                       [&request](std::string const& text) { request.layer = text; });
-    options.addOption(
-        "-j,--threads", "N", "Workers (default: the cores this process may use)",
-        [&request](std::string const& text) { request.threads = parseThreads(text); });
+    options.addOption("-j,--threads", "N", "Workers (default: the cores this process may use)",
+                      [&request](std::string const& text) {
+                          request.threads = parseWhole("--threads", text, 1, mostThreads);
+                      });
     options.addOption("--memory", "SIZE", "Bound for pixels on their way, such as 4G",
                       [&request](std::string const& text) { request.memory = parseMemory(text); });
     addReportOptions(options, request);

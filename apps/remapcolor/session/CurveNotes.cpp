@@ -3,17 +3,15 @@
 
 #include "remapcolor/session/CurveNotes.h"
 
-#include "pluginAPI/IxSampleConversion.h"
 #include "remapcolor/reports/Failures.h"
 #include "remapcolor/session/ToolKeys.h"
-#include "runtime/engine/SourceImageNode.h"
+#include "runtime/engine/SentPixels.h"
 #include "runtime/graph/HostGraph.h"
 #include "runtime/graph/ValueNames.h"
 #include "runtime/values/NumberText.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 
@@ -23,17 +21,6 @@ using Pixel = CoRgbaColorTyped<float>;
 using Point = GePoint2<float>;
 
 constexpr std::array channels = {&Pixel::red, &Pixel::green, &Pixel::blue}; // as the curves' order
-
-/// Four digits are enough to see a miss.
-std::string formatShort(float value)
-{
-    constexpr int digits = 4;
-    std::array<char, 32> text{};
-    auto const end = std::to_chars(text.data(), text.data() + text.size(), value,
-                                   std::chars_format::general, digits)
-                         .ptr;
-    return {text.data(), end};
-}
 
 std::vector<Point> takeKeys(CurvePoints const& points)
 {
@@ -61,23 +48,7 @@ public:
     /// What becomes of the pixels.
     std::vector<Pixel> send(std::vector<Pixel> const& pixels, double time) const
     {
-        ImageInfo info;
-        info.format =
-            IxPixelFormat(IxPixelFormat::RGBA, IxPixelFormat::FLOAT32, Rational(1, 1), false);
-        info.dataWindow = {0, 0, static_cast<int>(pixels.size()), 1};
-        info.displayWindow = info.dataWindow;
-        auto const start = makeNode<SourceImageNode>(info);
-        auto const chain = castNode<PxImageProtocol const>(
-            probe->buildChain(PxNodePtr<PxImageProtocol const>(start)));
-        IxTile const tile(info.format, info.dataWindow);
-        writePixelRow(info.format, pixels, IxWriteGuard(tile).getRow(0));
-        start->addStrip(tile);
-        PxImageResult const result = chain->computeImage(PxImageContext(time, info.dataWindow));
-        IxTile const made = result.getTileGuard().getTile();
-        std::vector<Pixel> answer(pixels.size());
-        readPixelRow(made.getPixelFormat(), IxReadGuard(made).getRow(0), answer);
-        start->removeStrip(info.dataWindow);
-        return answer;
+        return sendPixels(*probe, pixels, time);
     }
 
 private:

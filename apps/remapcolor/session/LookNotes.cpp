@@ -4,10 +4,11 @@
 
 #include "pluginAPI/PiImageModifier.h"
 #include "remapcolor/reports/Failures.h"
-#include "remapcolor/reports/Reporter.h"
 #include "remapcolor/session/CurveNotes.h"
 #include "remapcolor/session/ToolKeys.h"
+#include "remapcolor/text/ValueText.h"
 #include "runtime/graph/ValueNames.h"
+#include "runtime/project/ProjectValues.h"
 #include "runtime/values/NumberText.h"
 
 #include <algorithm>
@@ -232,6 +233,18 @@ std::vector<double> listKeyTimes(HostNode const& node)
         times.insert(0.0);
     }
     return {times.begin(), times.end()};
+}
+
+Reporter::Facts describeLook(HostNode const& node)
+{
+    Reporter::Facts facts = {
+        {"mode", valueToJson(*node.getValue(ToolKeys::mode)).get<std::string>()}};
+    for (auto const& [name, first] : summarise(node, findChangedValues(node))) {
+        if (name != ToolKeys::mode) {
+            facts.emplace_back(name, formatValue(*first));
+        }
+    }
+    return facts;
 }
 
 std::vector<std::string> findLookNotes(HostNode const& node, std::vector<double> const& times)

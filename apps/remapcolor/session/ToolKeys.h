@@ -19,6 +19,7 @@ inline constexpr char const* levelMin = "Min";
 inline constexpr char const* levelMax = "Max";
 
 /// Choices of "Output Depth".
+inline constexpr int depth16 = 1;
 inline constexpr int depth32 = 2;
 inline constexpr int depthOfInput = 3;
 

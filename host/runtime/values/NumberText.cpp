@@ -26,6 +26,16 @@ std::string formatNumber(float value)
     return formatShortest(value);
 }
 
+std::string formatShort(double value)
+{
+    constexpr int digits = 4;
+    std::array<char, 32> text{};
+    auto const end = std::to_chars(text.data(), text.data() + text.size(), value,
+                                   std::chars_format::general, digits)
+                         .ptr;
+    return {text.data(), end};
+}
+
 std::optional<double> parseNumber(std::string_view text)
 {
     if (text.starts_with('+') && !text.starts_with("+-")) {

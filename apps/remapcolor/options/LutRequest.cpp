@@ -1,0 +1,66 @@
+// The options of "lut".
+
+#include "remapcolor/options/LutRequest.h"
+
+#include "remapcolor/options/CommandOptions.h"
+#include "remapcolor/options/NumberOptions.h"
+#include "remapcolor/reports/Failures.h"
+#include "runtime/values/NearestNames.h"
+
+namespace {
+
+// Within what readers of either format take.
+constexpr int leastSize = 2;
+constexpr int mostSize = 65536;
+
+LutFormat findFormat(std::filesystem::path const& file)
+{
+    std::string const extension = toLower(file.extension().string());
+    if (extension == ".clf") {
+        return LutFormat::Clf;
+    }
+    if (extension == ".cube") {
+        return LutFormat::Cube;
+    }
+    if (extension == ".spi1d") {
+        return LutFormat::Spi1d;
+    }
+    throw UsageError("cannot write the table " + quote(file.string()) +
+                     ": its name must end in .clf, .cube or .spi1d");
+}
+
+} // namespace
+
+void addLutOptions(CommandOptions& options, LutRequest& request)
+{
+    addOutputOption(options, "OUT", "Table to write: .clf, .cube or .spi1d", request.output);
+    addNodeOptions(options, request.node);
+    addDepthOption(options, request.node);
+    addFrameOption(options, "-f,--frame", request.frame);
+    options.addOption(
+        "--domain", "LO,HI",
+        "Values that a .cube or .spi1d spreads over (0,1);\n"
+        "what lies beyond gets what the ends get",
+        [&request](std::string const& text) { request.domain = parseRange("--domain", text); });
+    options.addOption("--size", "N", "Places of a .cube or .spi1d, 2 to 65536 (4096)",
+                      [&request](std::string const& text) {
+                          request.size = parseWhole("--size", text, leastSize, mostSize);
+                      });
+    addMaskOptions(options, request.mask);
+    options.addFlag("-q,--quiet", "Print warnings (what the table lacks) and errors only",
+                    [&request] { request.verbosity = Verbosity::Quiet; });
+}
+
+void checkComplete(LutRequest& request)
+{
+    if (request.output.empty()) {
+        throw UsageError("lut needs a table to write; add -o OUT.clf, OUT.cube or OUT.spi1d");
+    }
+    request.format = findFormat(request.output);
+    bool const isSpread = request.domain.has_value() || request.size.has_value();
+    if (request.format == LutFormat::Clf && isSpread) {
+        throw UsageError("--domain and --size are for .cube and .spi1d; a .clf has a place for "
+                         "every half");
+    }
+    checkComplete(request.mask);
+}
