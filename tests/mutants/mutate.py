@@ -8,8 +8,11 @@ sources (a text that is not found once, a change that does not compile) or the t
 
 import argparse
 import collections
+import json
+import os
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import time
@@ -19,7 +22,9 @@ TOP = Path(__file__).resolve().parents[2]
 TABLES = TOP / "tests" / "mutants"
 WORK = TOP / "build" / "mutate"
 TREE, BUILD = WORK / "tree", WORK / "build"
-TEST_SECONDS = 120  # a change that makes a test wait this long counts as noticed
+VERDICTS = WORK / "verdicts.jsonl"
+TEST_SECONDS = 45  # tests that take this long for a room count as having noticed
+ROOMS = ["interface", "files", "runtime", "tool", "link", "bundle", "shots", "media", "app"]
 
 Mutant = collections.namedtuple("Mutant", "room kind what file old new place")
 
@@ -100,40 +105,80 @@ def copy_sources():
             shutil.copy(source, copy)
 
 
-def run(command, log):
+def run(command, log, seconds=None):
+    """Whether the command ends well in time; what it started ends with it."""
     with open(WORK / log, "ab") as output:
-        return subprocess.run(command, stdout=output, stderr=subprocess.STDOUT).returncode == 0
+        process = subprocess.Popen(command, stdout=output, stderr=subprocess.STDOUT,
+                                   cwd=BUILD if BUILD.exists() else WORK, start_new_session=True)
+        try:
+            return process.wait(seconds) == 0
+        except subprocess.TimeoutExpired:
+            return False
+        finally:
+            if process.poll() is None:
+                os.killpg(process.pid, signal.SIGKILL)
+                process.wait()
 
 
 def configure():
+    linker = ["-DCMAKE_%s_LINKER_FLAGS=-fuse-ld=lld" % kind for kind in ("EXE", "SHARED", "MODULE")]
     return run(["cmake", "-S", TREE, "-B", BUILD, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
-                "-DCMAKE_CXX_FLAGS_DEBUG=-O1", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"], "build.log")
+                "-DCMAKE_CXX_FLAGS_DEBUG=-O1", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON",
+                *(linker if shutil.which("ld.lld") else [])], "build.log")
 
 
-def build(target="all"):
-    return run(["cmake", "--build", BUILD, "--target", target], "build.log")
+def build(*targets):
+    return run(["cmake", "--build", BUILD, "--target", *targets], "build.log")
 
 
-def tests_pass(*which):
-    return run(["ctest", "--test-dir", BUILD, "--stop-on-failure", "--timeout", str(TEST_SECONDS),
-                "-j2", "--no-tests=error", *which], "tests.log")
+def run_tests(room):
+    """The room's tests in one process, up to the first that fails; its name, or None."""
+    log = WORK / "tests.log"
+    start = log.stat().st_size if log.exists() else 0
+    if run([BUILD / "bin" / f"{room}Tests", "--gtest_fail_fast"], log.name, TEST_SECONDS):
+        return None
+    with open(log, "rb") as output:
+        output.seek(start)
+        text = output.read().decode(errors="replace")
+    failed = re.findall(r"^\[  FAILED  \] ([\w./]+)", text, re.M)
+    begun = re.findall(r"^\[ RUN      \] (\S+)", text, re.M)  # the last one did not end
+    return failed[0] if failed else begun[-1] if begun else room
 
 
 def judge(mutant):
-    """noticed, UNNOTICED, or why it could not be tried."""
+    """noticed and the test that did, UNNOTICED, or why it could not be tried."""
     copy = TREE / mutant.file
     original = copy.read_text()
     try:
         copy.write_text(change(original, mutant))
         # The room's own tests first: they are built and notice soonest.
-        for target, tests in ((mutant.room + "Tests", "-L"), ("all", "-LE")):
-            if not build(target):
-                return "does not compile"
-            if not tests_pass(tests, mutant.room):
-                return "noticed"
-        return "UNNOTICED"
+        for room in sorted(ROOMS, key=lambda room: room != mutant.room):
+            if not build(f"{room}Tests"):
+                return "does not compile", ""
+            if test := run_tests(room):
+                return "noticed", test
+        return "UNNOTICED", ""
     finally:
         copy.write_text(original)
+
+
+def read_verdicts():
+    """What earlier runs noticed, by the change's text."""
+    if not VERDICTS.exists():
+        return {}
+    kept = [json.loads(line) for line in VERDICTS.read_text().splitlines()]
+    return {tuple(verdict["change"]): verdict for verdict in kept}
+
+
+def keep_verdict(mutant, verdict, test):
+    with open(VERDICTS, "a") as output:
+        json.dump({"change": identify(mutant), "verdict": verdict, "test": test,
+                   "what": mutant.what}, output)
+        output.write("\n")
+
+
+def identify(mutant):
+    return mutant.file, mutant.old, mutant.new
 
 
 def show_shares(results, name, key):
@@ -146,9 +191,10 @@ def show_shares(results, name, key):
 
 
 def choose(options):
-    mutants = [mutant for table in sorted(TABLES.glob("*.txt")) for mutant in read_table(table)]
+    rooms = options.room or sorted(table.stem for table in TABLES.glob("*.txt"))
+    mutants = [mutant for room in rooms for mutant in read_table(TABLES / f"{room}.txt")]
     wanted = [mutant for mutant in mutants
-              if options.room in (None, mutant.room) and options.kind in (None, mutant.kind)
+              if options.kind in (None, mutant.kind)
               and (options.find is None or options.find in f"{mutant.what} {mutant.file}")]
     if not wanted:
         raise TableError("no change fits; see --list")
@@ -157,9 +203,12 @@ def choose(options):
 
 def main():
     parser = argparse.ArgumentParser(prog="scripts/mutate", description=__doc__.splitlines()[0])
-    parser.add_argument("--room", help="only the table tests/mutants/ROOM.txt")
+    parser.add_argument("--room", nargs="+", choices=[table.stem for table in TABLES.glob("*.txt")],
+                        help="only the tables tests/mutants/ROOM.txt, in this order")
     parser.add_argument("--kind", help="only changes of this kind")
     parser.add_argument("--find", metavar="TEXT", help="only changes whose description or file holds TEXT")
+    parser.add_argument("--resume", action="store_true",
+                        help="do not try again what an earlier run saw noticed")
     parser.add_argument("--list", action="store_true", help="check the tables and list the changes")
     options = parser.parse_args()
     try:
@@ -176,18 +225,28 @@ def main():
         print(f"{len(mutants)} changes")
         return 0
 
+    # A job in the background ignores these, and so would the programs that tests send them to.
+    signal.signal(signal.SIGINT, signal.default_int_handler)
+    signal.signal(signal.SIGQUIT, signal.SIG_DFL)
     WORK.mkdir(parents=True, exist_ok=True)
     copy_sources()
-    if not (configure() and build() and tests_pass()):
+    if not (configure() and build(*[f"{room}Tests" for room in ROOMS])
+            and not any([run_tests(room) for room in ROOMS])):
         print(f"the unchanged sources do not build and pass; see {WORK}/*.log", file=sys.stderr)
         return 2
+    known = read_verdicts() if options.resume else {}
     results = []
     for number, mutant in enumerate(mutants, 1):
+        earlier = known.get(identify(mutant))
+        if earlier is not None and earlier["verdict"] == "noticed":
+            results.append((mutant, "noticed"))
+            continue
         start = time.monotonic()
-        verdict = judge(mutant)
+        verdict, test = judge(mutant)
+        keep_verdict(mutant, verdict, test)
         results.append((mutant, verdict))
         print(f"{number}/{len(mutants)} {verdict:<17}{time.monotonic() - start:5.0f} s  "
-              f"{mutant.place} {mutant.what}", flush=True)
+              f"{mutant.place} {mutant.what}{test and f'  [{test}]'}", flush=True)
     show_shares(results, "room", lambda mutant: mutant.room)
     show_shares(results, "kind", lambda mutant: mutant.kind)
     for mutant, verdict in results:

@@ -119,6 +119,102 @@ TEST_F(CbDispatcherTest, HandlerMayDestroyItselfWhileItIsCalled)
     EXPECT_EQ("A", called());
 }
 
+TEST_F(CbDispatcherTest, HandlersShareTheValueAndLaterOnesSeeItsChanges)
+{
+    for (auto* const handler : {&first, &second, &third}) {
+        handler->onCall = [](Pixel& value) { value.red = 2 * value.red + 1; };
+        dispatcher.addHandler(handler);
+    }
+    second.onCall = [this](Pixel& value) {
+        EXPECT_EQ(&pixel, &value);
+        dispatcher.removeAllHandlers();
+        EXPECT_EQ(0, third.getNbDispatchers());
+    };
+    EXPECT_EQ("AB", called());
+    EXPECT_EQ(1.0F, pixel.red);
+}
+
+TEST_F(CbDispatcherTest, ACallWithinACallTakesTheListAsItIsThen)
+{
+    first.onCall = [this](Pixel& value) {
+        if (value.red == 0.0F) {
+            Pixel inner{1, 0, 0, 0};
+            dispatcher.removeHandler(&second);
+            dispatcher.addHandler(&third);
+            dispatcher.call(inner);
+            dispatcher.prependHandler(&second); // its turn in the outer call is still to come
+        }
+    };
+    dispatcher.addHandler(&first);
+    dispatcher.addHandler(&second);
+    EXPECT_EQ("AAhB", called());
+    first.onCall = {};
+    EXPECT_EQ("BAh", called());
+}
+
+/// Writes its name into `log` when called without a value, then does what the test wants done.
+class Notified : public CbHandler<CbEmptyType> {
+public:
+    Notified(std::string handlerName, std::string& sharedLog)
+        : name(std::move(handlerName)), log(sharedLog)
+    {
+    }
+    using CbHandler<CbEmptyType>::call;
+    void call(CbEmptyType&) override
+    {
+        log += name;
+        onCall();
+    }
+
+    std::function<void()> onCall = [] {};
+
+private:
+    std::string name;
+    std::string& log;
+};
+
+TEST(CbDispatcherWithoutValueTest, CallsThoseWhoAreStillThereWhateverAnotherThrows)
+{
+    std::string log;
+    CbDispatcher<CbEmptyType> dispatcher;
+    Notified first("A", log);
+    Notified second("B", log);
+    Notified added("c", log);
+    auto doomed = std::make_unique<Notified>("x", log);
+    first.onCall = [&] {
+        doomed.reset();
+        dispatcher.addHandler(&added);
+        throw std::runtime_error("cannot draw");
+    };
+    for (auto* const handler : {&first, doomed.get(), &second}) {
+        dispatcher.addHandler(handler);
+    }
+    dispatcher.call();
+    EXPECT_EQ("AB", log);
+    dispatcher.removeHandler(&second);
+    dispatcher.call();
+    EXPECT_EQ("ABAc", log);
+    EvEventManager::getInstance().processEvents();
+    EXPECT_EQ(std::vector<std::string>(2, "cannot draw"),
+              EvEventManager::getInstance().takeFailures());
+}
+
+TEST_F(CbDispatcherTest, CallWithoutTheValueThatHandlersTakeIsReportedOncePerHandler)
+{
+    EvEventManager& events = EvEventManager::getInstance();
+    for (std::size_t nbHandlers = 0; nbHandlers < 3; ++nbHandlers) {
+        dispatcher.call();
+        EXPECT_EQ(static_cast<int>(nbHandlers), events.processEvents());
+        auto const failures = events.takeFailures();
+        ASSERT_EQ(nbHandlers, failures.size());
+        for (auto const& failure : failures) {
+            EXPECT_NE(std::string::npos, failure.find("T is CbEmptyType")) << failure;
+        }
+        dispatcher.addHandler(nbHandlers == 0 ? &first : &second);
+    }
+    EXPECT_EQ("", log);
+}
+
 TEST_F(CbDispatcherTest, HandlerThatThrowsIsReportedAndTheOthersAreCalled)
 {
     first.onCall = [](Pixel&) { throw std::runtime_error("cannot draw"); };
@@ -129,6 +225,27 @@ TEST_F(CbDispatcherTest, HandlerThatThrowsIsReportedAndTheOthersAreCalled)
     EvEventManager::getInstance().processEvents();
     EXPECT_EQ(std::vector<std::string>{"cannot draw"},
               EvEventManager::getInstance().takeFailures());
+}
+
+TEST_F(CbDispatcherTest, AResetHandlerLeavesEveryDispatcherAndMayComeBack)
+{
+    PixelDispatcher others[3];
+    for (auto& other : others) {
+        other.addHandler(&first);
+        other.addHandler(&second);
+    }
+    dispatcher.addHandler(&first);
+    others[1].removeAllHandlers();
+    EXPECT_EQ(3, first.getNbDispatchers());
+    EXPECT_EQ(2, second.getNbDispatchers());
+    first.reset();
+    EXPECT_EQ(0, first.getNbDispatchers());
+    EXPECT_TRUE(dispatcher.isEmpty() && others[1].isEmpty());
+    EXPECT_EQ(1, others[0].getNbHandlers());
+    EXPECT_EQ(1, others[2].getNbHandlers());
+    dispatcher.addHandler(&first);
+    EXPECT_EQ("A", called());
+    EXPECT_FALSE(dispatcher.isHandlerSubscribed(nullptr));
 }
 
 TEST_F(CbDispatcherTest, EitherSideUnlinksWhenItDies)

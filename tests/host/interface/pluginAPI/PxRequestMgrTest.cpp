@@ -165,22 +165,94 @@ TEST_F(PxRequestMgrTest, QueuedRequestThatIsCancelledOrReleasedNeverRuns)
     EXPECT_EQ("", request->steps);
 }
 
+/// Runs `call`, which must not return before `letThrough` has run; on another thread that runs as
+/// soon as the call has had time to return too early.
+void expectToWait(std::function<void()> const& call, std::function<void()> const& letThrough)
+{
+    std::binary_semaphore hasReturned{0};
+    bool isTooEarly = false;
+    {
+        std::jthread const opener([&] {
+            isTooEarly = hasReturned.try_acquire_for(30ms);
+            letThrough();
+        });
+        call();
+        hasReturned.release();
+    }
+    EXPECT_FALSE(isTooEarly);
+}
+
 TEST_F(PxRequestMgrTest, CancelWaitsForAResultThatIsBeingPosted)
 {
     std::binary_semaphore isPosting{0};
     std::binary_semaphore mayPost{0};
-    bool hasPosted = false;
     auto request = makeOwned<TestRequest>();
     request->postWork = [&] {
         isPosting.release();
         mayPost.acquire();
-        hasPosted = true;
     };
     auto* const posting = submit(std::move(request));
     isPosting.acquire();
-    std::jthread const opener([&] { mayPost.release(); });
-    manager().cancel(posting);
-    EXPECT_TRUE(hasPosted);
+    expectToWait([&] { manager().cancel(posting); }, [&] { mayPost.release(); });
+    manager().wait(posting);
+    EXPECT_EQ("ecpu", posting->steps);
+}
+
+TEST_F(PxRequestMgrTest, WaitLastsToTheEndOfARunningRequestAndACancelledOnePostsNothing)
+{
+    for (bool const isCancelled : {false, true}) {
+        Halt halt;
+        auto* const running = submitNew([&] { halt(); });
+        halt.started.acquire();
+        if (isCancelled) {
+            manager().cancel(running);
+            manager().cancel(running); // twice is once
+        }
+        expectToWait([&] { manager().wait(running); }, [&] { halt.mayFinish.release(); });
+        EXPECT_EQ(isCancelled ? "ecu" : "ecpu", running->steps);
+        manager().cancel(running); // too late: nothing
+        manager().wait(running);
+        EXPECT_EQ(nullptr, running->getFailure());
+    }
+}
+
+TEST_F(PxRequestMgrTest, WorkersMayNotUseTheManager)
+{
+    std::atomic<int> nbRefused = 0;
+    TestRequest other;
+    manager().wait(submitNew([&] {
+        std::function<void()> const uses[] = {
+            [&] { manager().submit(&other, 0); }, [&] { manager().cancel(&other); },
+            [&] { manager().release(&other); }, [&] { manager().wait(&other); },
+            [&] { manager().shutDown(); }};
+        for (auto const& use : uses) {
+            try {
+                use();
+            } catch (AssertionFailure const&) {
+                ++nbRefused;
+            }
+        }
+    }));
+    EXPECT_EQ(5, nbRefused);
+    EXPECT_THROW(manager().submit(nullptr, 0), NullPointerException);
+}
+
+TEST_F(PxRequestMgrTest, AReleasedRequestRunsToItsEndAndDiesWithAnEvent)
+{
+    Halt halt;
+    std::string steps;
+    auto request = makeOwned<TestRequest>([&] { halt(); });
+    request->postWork = [&] { steps += 'p'; };
+    auto* const running = submit(std::move(request));
+    halt.started.acquire();
+    manager().release(running);
+    EXPECT_EQ(1, nbAlive);
+    halt.mayFinish.release();
+    ASSERT_TRUE(events().waitForEvents(30s));
+    EXPECT_EQ(1, nbAlive);
+    events().processEvents();
+    EXPECT_EQ(0, nbAlive);
+    EXPECT_EQ("p", steps);
 }
 
 TEST_F(PxRequestMgrTest, FailuresAreKeptAndEachIsReportedOnceToTheReporterOrTheEventManager)
@@ -195,7 +267,7 @@ TEST_F(PxRequestMgrTest, FailuresAreKeptAndEachIsReportedOnceToTheReporterOrTheE
         request->completeWork = [] { throw 2; };
         auto* const submitted = submit(std::move(request));
         manager().wait(submitted);
-        EXPECT_EQ("ecpu", submitted->steps);
+        EXPECT_EQ("ecpu", submitted->steps); // each step has its turn whatever fails
         EXPECT_THROW(std::rethrow_exception(submitted->getFailure()), std::runtime_error);
         EXPECT_TRUE(reports.empty());
         EXPECT_EQ(2, events().processEvents());
@@ -210,26 +282,24 @@ TEST_F(PxRequestMgrTest, FailuresAreKeptAndEachIsReportedOnceToTheReporterOrTheE
 
 TEST_F(PxRequestMgrTest, ShutDownLetsRunningRequestsFinishAndCancelsTheRest)
 {
-    std::atomic<bool> isQueuedOneRun = false;
-    std::atomic<int> nbFinished = 0;
-    std::counting_semaphore<> started{0};
-    for (int running = 0; running < 2; ++running) {
-        submitNew([&] {
-            started.release();
-            std::this_thread::sleep_for(20ms);
-            ++nbFinished;
-        });
-        started.acquire();
+    Halt halt;
+    std::vector<TestRequest*> running;
+    for (int number = 0; number < 2; ++number) {
+        running.push_back(submitNew([&] { halt(); }));
+        halt.started.acquire();
     }
-    auto* const queued = submitNew([&] { isQueuedOneRun = true; }, 1);
-    manager().shutDown();
+    auto* const queued = submitNew({}, 1);
+    expectToWait([&] { manager().shutDown(); }, [&] { halt.mayFinish.release(2); });
     manager().wait(queued);
     EXPECT_EQ(3, nbAlive); // whoever submitted them may still use them
-    EXPECT_EQ(2, nbFinished);
-    EXPECT_FALSE(isQueuedOneRun);
+    EXPECT_EQ("ecpu", running[0]->steps);
+    EXPECT_EQ("ecpu", running[1]->steps);
+    EXPECT_EQ("", queued->steps);
 
-    manager().wait(submitNew([&] { isQueuedOneRun = true; }));
-    EXPECT_TRUE(isQueuedOneRun);
+    auto* const later = submitNew({});
+    manager().wait(later);
+    EXPECT_EQ("ecpu", later->steps);
+    EXPECT_EQ("", queued->steps);
 }
 
 TEST_F(PxRequestMgrTest, ManyPicksInARowNeverLoseARequestOrPostACancelledOne)

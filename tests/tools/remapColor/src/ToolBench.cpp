@@ -122,15 +122,16 @@ PiUserInterface::InstanceData openWidget(PiNodeController& controller, std::stri
 RemapColorController& showController(PiNodeController& controller)
 {
     static RemapColorController* shown = nullptr;
-    [[maybe_unused]] static bool const isInstalled = [] { // it cannot be taken back
+    shown = nullptr;
+    openWidget(controller, "_mainContainer");
+    if (shown == nullptr) { // the first time, and when the makers were cleared
         RemapColorController::addInstanceDataFactory(
             [](auto const&, RemapColorController& owner, auto const&) {
                 shown = &owner;
                 return PiUserInterface::InstanceData();
             });
-        return true;
-    }();
-    openWidget(controller, "_mainContainer");
+        openWidget(controller, "_mainContainer");
+    }
     return *shown;
 }
 

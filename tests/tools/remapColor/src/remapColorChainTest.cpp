@@ -53,6 +53,8 @@ ChannelCase const channelCases[] = {
     {"gamma, clamped", levels, {0.1F, 0.9F, 0, 1, 0.45F}, true},
     {"gamma just one", levels, {0, 1, 0, 1, 1.0000009F}},
     {"gamma no more one", levels, {0, 1, 0, 1, 1.000002F}},
+    {"gamma only just one", levels, {0, 1, 0, 1, 0.9999995F}},
+    {"gamma not yet one", levels, {0, 1, 0, 1, 0.9999985F}},
     {"gamma 0", levels, {0, 1, 0, 1, 0}},
     {"gamma -1", levels, {0, 1, 0, 1, -1}},
     {"gamma NaN", levels, {0, 1, 0, 1, notANumber}, true},
@@ -83,6 +85,29 @@ TEST(RemapColorChainTest, EveryKindOfParameterEqualsReferenceWithAndWithoutCurve
         for (bool const adjust : {false, true}) {
             params.adjust = adjust;
             expectReference(bench, params, oddPixels());
+        }
+    }
+}
+
+TEST(RemapColorChainTest, AParameterOfOneChannelLeavesTheOthersAsTheyAre)
+{
+    constexpr ChannelParams otherLevels{0.1F, 0.9F, -0.2F, 1.3F, 2};
+    constexpr ChannelParams otherDisplay{1.5F, 0.2F, 4, 1.2F, 1.7F};
+    ToolBench bench;
+    for (Mode const mode : {levels, display}) {
+        for (std::size_t changed = 0; changed < 15; ++changed) {
+            std::size_t const channel = changed % 3;
+            SCOPED_TRACE(
+                getParamInputName(mode, static_cast<int>(changed / 3), static_cast<int>(channel)));
+            ChainParams params;
+            params.mode = mode;
+            params.linear[channel][changed / 3] = otherLevels[changed / 3];
+            params.exr[channel][changed / 3] = otherDisplay[changed / 3];
+            for (bool const isFurther : {false, true}) { // clamp, and a curve for the channel
+                params.clamp = params.adjust = isFurther;
+                expectReference(bench, params, oddPixels());
+                params.curves[channel] = makeRandomCurve(static_cast<std::uint32_t>(changed));
+            }
         }
     }
 }

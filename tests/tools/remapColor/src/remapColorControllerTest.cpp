@@ -2,9 +2,11 @@
 
 #include "ToolBench.h"
 
+#include "base/InPackageInit.h"
+#include "callbacks/CbFunction.h"
 #include "runtime/values/NumberText.h"
 
-#include <bit>
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -131,20 +133,38 @@ struct Mark : RCBase<LkCounter<int>> {
     std::string const name = std::to_string(++nbMarks);
 };
 
+PiUserInterface::InstanceData makeMark(RCShdPtr<PiWidget> const&, RemapColorController&,
+                                       RCShdPtr<PiTimePath const> const&)
+{
+    auto const mark = makeShared<Mark>();
+    marks.push_back("made " + mark->name);
+    return PiUserInterface::InstanceData(mark);
+}
+
 TEST_F(RemapColorControllerTest, MakersOfDataAreCalledInTheirOrderForTheMainContainerOnly)
 {
-    auto const makeMark = [](auto const&, RemapColorController&, auto const&) {
-        auto const mark = makeShared<Mark>();
-        marks.push_back("made " + mark->name);
-        return PiUserInterface::InstanceData(mark);
-    };
-    RemapColorController::addInstanceDataFactory(makeMark);
-    RemapColorController::addInstanceDataFactory(makeMark);
+    RemapColorController::addInstanceDataFactory(&makeMark);
+    RemapColorController::addInstanceDataFactory(&makeMark);
     EXPECT_TRUE(openWidget(*node.getController().lock(), "_sideContainer").isNull());
     EXPECT_EQ(marks, Journal());
     openWidget(*node.getController().lock(), "_mainContainer");
-    ASSERT_EQ(marks.size(), 4U);
-    EXPECT_EQ((Journal{marks[0], marks[1]}), (Journal{"made 1", "made 2"}));
+    EXPECT_EQ(marks, (Journal{"made 1", "made 2", "gone 1", "gone 2"}));
+}
+
+TEST(RemapColorPackageTest, ShuttingDownForgetsTheMakers)
+{
+    auto const countMade = [] {
+        auto const graph = makeShared<HostGraph>();
+        auto const fresh = createToolNode(*graph, "Remap Color");
+        marks.clear();
+        auto const data = openWidget(*fresh->getController().lock(), "_mainContainer");
+        EXPECT_EQ(data.isNull(), marks.empty());
+        return marks.size();
+    };
+    RemapColorController::addInstanceDataFactory(&makeMark);
+    EXPECT_GE(countMade(), 1U);
+    InPackageRegistry::getInstance().shutDownPackages();
+    EXPECT_EQ(countMade(), 0U);
 }
 
 class NoHandler : public PiEventHandler {};
@@ -211,6 +231,74 @@ TEST_F(RemapColorControllerTest, ResetRestoresAllAndIsAnUndoableStepOfTheCurvesA
     EXPECT_EQ(getStates(), undone);
     history.redo();
     EXPECT_EQ(getStates(), defaults);
+}
+
+TEST_F(RemapColorControllerTest, ResetSetsTheEditorsStateBeforeAndAfterTheToolsInputs)
+{
+    for (auto const& [name, state] : getStates()) {
+        node.setValues({{name, change(state)}});
+    }
+    controller.setPlotColor({1, 2, 3});
+    Journal changed;
+    CbFunction<ValueChange const> onChange(
+        [&](ValueChange const& change) { changed.push_back(change.value->getName()); });
+    node.addHandler(&onChange);
+    CbFunction<Colour const> onOutput([&](auto&) { changed.emplace_back("output"); });
+    controller.addOutputPlotColorChangedCallback(&onOutput);
+    reset();
+    // Each place in the order that the host's own reset and the modes' leave open.
+    auto const placeOf = [&](std::string const& name) {
+        auto const found = std::find(changed.begin(), changed.end(), name);
+        EXPECT_EQ(std::count(changed.begin(), changed.end(), name), 1) << name;
+        return found - changed.begin();
+    };
+    Journal const first(changed.begin(), changed.begin() + 3);
+    EXPECT_EQ(first, (Journal{"Plot Color Enabled", "Plot Color", "output"}));
+    Journal const last(changed.end() - 7, changed.end());
+    EXPECT_EQ(last, (Journal{"Adjust Curve.Red", "Adjust Curve.Green", "Adjust Curve.Blue",
+                             "Histo Zoom", "Histo Display", "Channel Display", "Curve Display"}));
+    for (char const* const own : {"Mode", "Mute", "Affect", "Linear.Gamma.Blue", "Adjust"}) {
+        EXPECT_LT(placeOf(own), placeOf("InputMinLink")) << own;
+    }
+    EXPECT_LT(placeOf("LinearGammaLink"), placeOf("ExposureLink"));
+}
+
+TEST_F(RemapColorControllerTest, WhoIsToldOfAColourFindsItStoredAndMaySetAnother)
+{
+    Journal seen;
+    auto const write = [&](std::string const& who, Colour const& told, Colour const& stored) {
+        EXPECT_EQ(told, stored) << who;
+        seen.push_back(who + " " + formatNumber(told.red));
+    };
+    CbFunction<Colour const> onPlot([&](Colour const& told) {
+        write(controller.isPlotColorEnabled() ? "on" : "off", told, controller.getPlotColor());
+        if (told.red == 1.0F) {
+            controller.setPlotColor({2, 0, 0});
+        }
+    });
+    CbFunction<Colour const> onOutput([&](Colour const& told) {
+        write("output", told, controller.getOutputPlotColor());
+        if (told.red == 5.0F) {
+            controller.setOutputPlotColor({6, 0, 0});
+            EXPECT_EQ(told.red, 5.0F); // what was told does not change under the handler
+        }
+    });
+    controller.addPlotColorChangedCallback(&onPlot);
+    controller.addOutputPlotColorChangedCallback(&onOutput);
+    controller.setPlotColor({1, 0, 0});
+    controller.setOutputPlotColor({5, 0, 0});
+    EXPECT_EQ(seen, (Journal{"on 1", "on 2", "output 5", "output 6"}));
+    EXPECT_EQ(controller.getPlotColor().red, 2.0F);
+    EXPECT_EQ(controller.getOutputPlotColor().red, 6.0F);
+    controller.addHistoDisplayChangedCallback(&editor.histo); // is subscribed already
+    CbFunction<CbEmptyType> onHisto(
+        [&](auto&) { seen.push_back("histo " + std::to_string(controller.getHistoDisplay())); });
+    controller.addHistoDisplayChangedCallback(&onHisto);
+    seen.clear();
+    reset();
+    EXPECT_EQ(seen, (Journal{"off 0", "output 0"})); // the histogram's display stood at its default
+    node.setValues({{"Histo Display", Animated<int>(7)}});
+    EXPECT_EQ(seen.back(), "histo 7");
 }
 
 TEST_F(RemapColorControllerTest, PlotColoursAndViewLeaveNoUndoRecord)

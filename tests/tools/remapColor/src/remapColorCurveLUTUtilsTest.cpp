@@ -86,6 +86,19 @@ TEST(CurveToLutTest, EqualsReferenceForRandomPolylines)
     }
 }
 
+TEST(CurveToLutTest, ASegmentNarrowerThanAThousandthOfAStepGivesItsStart)
+{
+    // Four entries: samples at 0, 0.5 and 1, steps of a third.
+    for (auto const& [halfWidth, expected] :
+         {std::pair{1.6e-4F, 0.25F}, std::pair{1.7e-4F, 0.5F}, std::pair{1.6e-3F, 0.5F}}) {
+        Sampled sampled{Vector<float>(4)};
+        sampled.sample(makeShared<PolylineCurve>(Polyline{
+                           {0, 0}, {0.5F - halfWidth, 0.25F}, {0.5F + halfWidth, 0.75F}, {1, 1}}),
+                       0.0F, 1.0F);
+        EXPECT_NEAR(sampled.lut[1], expected, 1e-3) << halfWidth;
+    }
+}
+
 TEST(CurveToLutTest, BrokenCurvesAreFailuresWithTheirPlace)
 {
     struct Broken {
@@ -168,11 +181,11 @@ TEST(ScanlineLutTest, OtherLibrariesDeriveFromItAndFindItsKind)
 
 TEST(ScanlineLutTest, ProcessCurveAppendsMappedPoints)
 {
-    RCShdPtr<BzFunctionCurve> curve = makeCurve({{-1, -1}, {0, 0}, {1, 1}});
+    RCShdPtr<BzFunctionCurve> curve = makeCurve({{-1, -2}, {0, 0}, {1, 3}});
     Utils::ScanlineLut lut(curve, {0, 4, 4}, 0.0F, 1.0F);
     Vector<GePoint2<float>> out{{9, 9}};
     lut.processCurve(out, {{5, 0.5F}, {-3, -2}, {7, 1}});
-    EXPECT_EQ(out, (Vector<GePoint2<float>>{{9, 9}, {5, 2}, {-3, -2}, {7, 4}}));
+    EXPECT_EQ(out, (Vector<GePoint2<float>>{{9, 9}, {5, 2}, {-3, -4}, {7, 4}}));
 }
 
 } // namespace

@@ -3,7 +3,28 @@
 
 #include "ToolBench.h"
 
+#include "base/EvEventManager.h"
 #include "base/HostException.h"
+#include "pluginAPI/PxRequestMgr.h"
+
+#include <algorithm>
+#include <dlfcn.h>
+
+namespace {
+
+std::vector<PxNode const*> unregistered;
+
+} // namespace
+
+/// Stands before the host's operation and writes down what it is asked for.
+void PxNode::unregisterChild(PxNodePtr<PxNode const> const& child)
+{
+    unregistered.push_back(child.get());
+    using Operation = void (*)(PxNode*, PxNodePtr<PxNode const> const&);
+    static auto const operation = reinterpret_cast<Operation>(
+        ::dlsym(RTLD_NEXT, "_ZN6PxNode15unregisterChildERK9PxNodePtrIKS_E"));
+    operation(this, child);
+}
 
 namespace {
 
@@ -66,33 +87,101 @@ TEST(RemapColorNodesTest, TilesAndSinglePixelsReadInputsInOrder)
     }
 }
 
-TEST(RemapColorNodesTest, ChildrenAreRegisteredInOrder)
+/// The children of a mode's node; registration begins with the base's, the end with the mode's own.
+Journal getBaseChildren()
+{
+    return {"source",           "Output Depth",       "Adjust",
+            "Adjust Curve.Red", "Adjust Curve.Green", "Adjust Curve.Blue"};
+}
+Journal getOwnChildren(Mode mode)
+{
+    return join(mode == Mode::Linear ? Journal{"source", "Linear.Clamp"} : Journal{"source"},
+                getParamNames(mode));
+}
+Journal const outputChildren{"source", "Mode", "Output Depth", "Linear", "EXRDisplay"};
+
+TEST(RemapColorNodesTest, ChildrenAreRegisteredAndUnregisteredInOrderAndHandlesGoFromTheLast)
 {
     ToolBench bench;
     PxNode const& chain = bench.buildChain();
-    auto const expected = [&](std::vector<std::string> const& names) {
-        std::vector<PxNode const*> nodes;
-        for (std::string const& name : names) {
-            nodes.push_back(name == "source" ? bench.source.get()
-                                             : bench.inputs.nodes.at(name).get());
+    std::map<PxNode const*, std::string> names{
+        {bench.source.get(), "source"},
+        {&bench.getModeNode(Mode::Linear), "Linear"},
+        {&bench.getModeNode(Mode::ExrDisplay), "EXRDisplay"}};
+    for (auto const& [name, node] : bench.inputs.nodes) {
+        names[node.get()] = name;
+    }
+    auto const namesOf = [&](std::vector<PxNode const*> const& nodes) {
+        Journal lines;
+        for (PxNode const* const node : nodes) {
+            lines.push_back(names.at(node));
         }
-        return nodes;
+        return lines;
     };
-    std::vector<std::string> const shared{"source",
-                                          "Output Depth",
-                                          "Adjust",
-                                          "Adjust Curve.Red",
-                                          "Adjust Curve.Green",
-                                          "Adjust Curve.Blue",
-                                          "source"};
-    EXPECT_EQ(bench.getModeNode(Mode::Linear).getChildren(),
-              expected(join(join(shared, {"Linear.Clamp"}), getParamNames(Mode::Linear))));
-    EXPECT_EQ(bench.getModeNode(Mode::ExrDisplay).getChildren(),
-              expected(join(shared, getParamNames(Mode::ExrDisplay))));
-    auto outputChildren = expected({"source", "Mode", "Output Depth"});
-    outputChildren.push_back(&bench.getModeNode(Mode::Linear));
-    outputChildren.push_back(&bench.getModeNode(Mode::ExrDisplay));
-    EXPECT_EQ(chain.getChildren(), outputChildren);
+    for (Mode const mode : bothModes) {
+        EXPECT_EQ(namesOf(bench.getModeNode(mode).getChildren()),
+                  join(getBaseChildren(), getOwnChildren(mode)));
+    }
+    EXPECT_EQ(namesOf(chain.getChildren()), outputChildren);
+
+    unregistered.clear();
+    Journal const gone = bench.takeDown();
+    Journal expected = outputChildren;
+    for (Mode const mode : {Mode::ExrDisplay, Mode::Linear}) {
+        expected = join(expected, join(getOwnChildren(mode), getBaseChildren()));
+    }
+    EXPECT_EQ(namesOf(unregistered), expected);
+    // What a mode's node has alone goes with it; what is shared goes with the last that holds it.
+    Journal handles{"source", "Mode", "Output Depth"};
+    handles =
+        join(handles, {"Adjust Curve.Red", "Adjust Curve.Green", "Adjust Curve.Blue", "Adjust"});
+    handles = join(handles, join(getParamNames(Mode::Linear), {"Linear.Clamp"}));
+    handles = join(handles, getParamNames(Mode::ExrDisplay));
+    std::reverse(handles.begin(), handles.end());
+    EXPECT_EQ(gone, withPrefix("gone ", handles));
+}
+
+TEST(RemapColorNodesTest, AChainThatIsBuiltAnewTakesTheFirstOnesPlaceForPicks)
+{
+    ToolBench bench;
+    bench.buildChain();
+    bench.pick({});
+    bench.inputs.nodes.erase("Adjust");
+    bench.inputs.set<bool>("Adjust", false);
+    bench.inputs.nodes.erase("Linear.Output Level.Max.Green");
+    bench.inputs.set<double>("Linear.Output Level.Max.Green", 8.0);
+    bench.journal.clear();
+    bench.buildChain();
+    EXPECT_EQ(bench.pick({0.5F, 0.5F, 0.5F, 1.0F})->g, 4.0F);
+    EXPECT_EQ(bench.pick({0.5F, 0.25F, 0.5F, 1.0F})->g, 2.0F);
+    PxRequestMgr::getInstance().shutDown(); // lets go of requests, which hold their chain
+    EvEventManager::getInstance().discardEvents();
+    for (char const* const line : {"gone Adjust", "gone Linear.Output Level.Max.Green"}) {
+        EXPECT_EQ(std::count(bench.journal.begin(), bench.journal.end(), line), 1) << line;
+    }
+}
+
+TEST(RemapColorNodesTest, ResultCoversWhatTheSourceGivesOfARequest)
+{
+    ToolBench bench;
+    bench.inputs.set<bool>("Adjust", false);
+    bench.setPicture(Picture(Pixels(32, {0.25F, 0.5F, 0.75F, 1.0F}), 8));
+    bench.buildChain();
+    GeRectangle<int> const window{3, -2, 11, 2};
+    struct Case {
+        GeRectangle<int> request, result;
+    };
+    for (Mode const mode : bothModes) {
+        bench.inputs.setParams({.mode = mode});
+        for (auto const& [request, result] :
+             {Case{window, window}, Case{{0, -9, 99, 99}, window},
+              Case{{3, -2, 4, -1}, {3, -2, 4, -1}}, Case{{5, -5, 7, 0}, {5, -2, 7, 0}},
+              Case{{9, 1, 20, 20}, {9, 1, 11, 2}}}) {
+            auto const computed = computeTile(bench.getChain(), request);
+            EXPECT_EQ(computed.getPixelRegion(), result);
+            EXPECT_EQ(computed.getTileGuard().getTile().getBounds(), result);
+        }
+    }
 }
 
 TEST(RemapColorNodesTest, ResultHoldsAsLongAsEverythingRead)
