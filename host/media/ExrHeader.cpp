@@ -4,6 +4,7 @@
 #include "media/ExrHeader.h"
 
 #include "media/ErrorText.h"
+#include "media/ExrAttributes.h"
 
 #include <Iex.h>
 #include <ImathBox.h>
@@ -11,15 +12,12 @@
 #include <ImfPartType.h>
 #include <ImfVersion.h>
 #include <algorithm>
-#include <array>
 #include <limits>
 #include <string>
 
 namespace {
 
 constexpr std::uint64_t headerStart = 8;             // magic number and version
-constexpr std::size_t longestName = 255;             // bytes, of attributes and their types
-constexpr int longestAttribute = 256 << 20;          // bytes; previews and manifests are far less
 constexpr std::uint64_t mostBlockBytes = 1ULL << 30; // decoded, of one block of rows or one tile
 constexpr std::uint64_t chunkTableEntryBytes = 8;
 constexpr std::int64_t farthestPixel = std::numeric_limits<int>::max() / 2;
@@ -41,50 +39,14 @@ struct HeaderOutline {
                    "it holds deep data, which has no plain pixels; flatten it first");
 }
 
-int readInt(CheckedInput& stream)
-{
-    std::array<std::byte, 4> bytes{};
-    stream.read(reinterpret_cast<char*>(bytes.data()), static_cast<int>(bytes.size()));
-    return static_cast<int>(readNumber<std::uint32_t>(bytes.data()));
-}
-
-std::string readName(CheckedInput& stream)
-{
-    std::string name;
-    for (char letter = 0; stream.read(&letter, 1), letter != 0;) {
-        name += letter;
-        if (name.size() > longestName) {
-            throw Iex::InputExc("a name in the header does not end");
-        }
-    }
-    return name;
-}
-
-/// Steps over one header. Returns false for the empty one that ends the headers of many parts.
-bool walkAttributes(CheckedInput& stream)
-{
-    bool hasAttributes = false;
-    while (!readName(stream).empty()) {
-        hasAttributes = true;
-        readName(stream); // the type
-        int const size = readInt(stream);
-        std::uint64_t const left = stream.getSize() - stream.tellg();
-        if (size < 0 || size > longestAttribute || static_cast<std::uint64_t>(size) > left) {
-            throw Iex::InputExc("an attribute announces an impossible size");
-        }
-        stream.seekg(stream.tellg() + static_cast<std::uint64_t>(size));
-    }
-    return hasAttributes;
-}
-
 HeaderOutline outlineHeader(CheckedInput& stream)
 {
     HeaderOutline outline;
     stream.seekg(0);
-    if (readInt(stream) != Imf::MAGIC) {
+    if (readHeaderInt(stream) != Imf::MAGIC) {
         throw Iex::InputExc("it does not begin as an EXR file does");
     }
-    outline.version = readInt(stream);
+    outline.version = readHeaderInt(stream);
     if (!Imf::isMultiPart(outline.version)) {
         outline.parts = walkAttributes(stream) ? 1 : 0;
         return outline;

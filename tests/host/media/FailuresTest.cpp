@@ -187,6 +187,55 @@ TEST_F(FailuresTest, WhatAnExrFileAnnouncesIsHeldAgainstWhatItHolds)
     }
 }
 
+TEST_F(FailuresTest, AttributesAreAsLongAsTheirType)
+{
+    using namespace std::string_literals;
+    std::vector<std::pair<std::string, std::string>> cases = {
+        {"chlist", "A\0"s + std::string(16, '\0')}, // no end
+        {"chlist", "\0 "s},
+        {"floatvector", "12345"},
+        {"preview", "\1\0\0\0\1\0\0\0123"s},
+        {"preview", std::string(8, '\xff')},
+        {"stringvector", "\xff\xff\xff\x7f"s},
+        {"stringvector", "\1\0\0\0ab"s},
+    };
+    for (char const* const type : {"box2f",
+                                   "box2i",
+                                   "chromaticities",
+                                   "compression",
+                                   "deepImageState",
+                                   "double",
+                                   "envmap",
+                                   "float",
+                                   "int",
+                                   "keycode",
+                                   "lineOrder",
+                                   "m33d",
+                                   "m33f",
+                                   "m44d",
+                                   "m44f",
+                                   "rational",
+                                   "tiledesc",
+                                   "timecode",
+                                   "v2d",
+                                   "v2f",
+                                   "v2i",
+                                   "v3d",
+                                   "v3f",
+                                   "v3i"}) {
+        cases.emplace_back(type, "123");
+    }
+    writeExr(file("in.exr"), {});
+    std::string const honest = loadBytes(file("in.exr"));
+    for (auto const& [type, value] : cases) {
+        SCOPED_TRACE(type);
+        std::string attribute = "one\0"s + type + std::string(5, '\0');
+        putNumber(attribute, attribute.size() - 4, static_cast<std::uint32_t>(value.size()));
+        saveBytes(file("in.exr"), std::string(honest).insert(8, attribute + value));
+        expectLineWith("as long as", errorOf([&] { open(file("in.exr")); }, ImageFailure::File));
+    }
+}
+
 TEST_F(FailuresTest, WhatOtherFilesAnnounceIsHeldAgainstTheirLength)
 {
     using namespace std::string_literals;
