@@ -11,7 +11,6 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
-#include <random>
 #include <semaphore>
 #include <stdexcept>
 #include <thread>
@@ -300,53 +299,6 @@ TEST_F(PxRequestMgrTest, ShutDownLetsRunningRequestsFinishAndCancelsTheRest)
     manager().wait(later);
     EXPECT_EQ("ecpu", later->steps);
     EXPECT_EQ("", queued->steps);
-}
-
-TEST_F(PxRequestMgrTest, ManyPicksInARowNeverLoseARequestOrPostACancelledOne)
-{
-    constexpr int nbRounds = 5000;
-    std::mt19937 random(1);
-    std::atomic<int> newestCancelled = -1;
-    std::atomic<int> nbPosts = 0;
-    std::atomic<int> nbLatePosts = 0;
-    int nbFailing = 0;
-    TestRequest* pending = nullptr;
-    for (int round = 0; round < nbRounds; ++round) {
-        bool const isFailing = random() % 8 == 0;
-        nbFailing += isFailing ? 1 : 0;
-        auto request = makeOwned<TestRequest>([isFailing] {
-            if (isFailing) {
-                throw std::runtime_error("failing");
-            }
-        });
-        request->postWork = [&, round] {
-            ++nbPosts;
-            nbLatePosts += newestCancelled >= round ? 1 : 0;
-        };
-        if (pending != nullptr) {
-            manager().cancel(pending);
-            newestCancelled = round - 1;
-        }
-        auto* const newest = submit(std::move(request), static_cast<int>(random() % 3));
-        if (pending != nullptr) {
-            manager().release(pending);
-        }
-        pending = newest;
-        if (random() % 4 == 0) {
-            manager().wait(pending);
-        }
-        if (random() % 16 == 0) {
-            events().processEvents();
-        }
-    }
-    manager().wait(pending);
-    manager().release(pending);
-    manager().shutDown();
-    events().processEvents();
-    EXPECT_EQ(0, nbAlive);
-    EXPECT_EQ(0, nbLatePosts);
-    EXPECT_GE(nbPosts, nbRounds / 5); // at least those that were waited for
-    EXPECT_LE(events().takeFailures().size(), static_cast<std::size_t>(nbFailing));
 }
 
 } // namespace

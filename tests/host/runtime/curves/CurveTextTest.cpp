@@ -31,9 +31,37 @@ TEST(CurveText, PlainKeysAreKeptAndJoinedWithoutOvershoot)
     CurvePoints const curve = parseCurve("c", "0,0 0.5,1 1,1 2,1e-1");
     EXPECT_EQ(formatCurveKeys(curve), "0,0 0.5,1 1,1 2,0.1");
     EXPECT_EQ(formatCurveKeys(parseCurve("c", "0,0 0.5,0 0.5,1 1,1")), "0,0 0.5,0 0.5,1 1,1");
-    // Handles inside stay between their keys' heights; 1 is the highest key.
-    for (std::size_t point = 1; point + 1 < curve.size(); ++point) {
-        EXPECT_LE(curve[point].y, 1.0F) << "point " << point;
+}
+
+TEST(CurveText, HandlesBetweenPlainKeysAreAThirdOfTheWayAlongTheirSlopes)
+{
+    struct Case {
+        char const* name;
+        std::string keys;
+        std::vector<double> slopes;
+    };
+    for (auto const& [name, keys, slopes] :
+         {Case{"mean of the neighbours", "0,0 3,3 6,12", {1, 2, 3}},
+          Case{"a top", "0,0 3,3 6,0", {1, 0, -1}}, Case{"a bottom", "0,0 3,-3 9,3", {-1, 0, 1}},
+          Case{"beside a level", "0,0 3,0 6,3", {0, 0, 1}},
+          Case{"at most three times the flatter", "0,0 3,3 6,33", {1, 3, 10}},
+          Case{"falling", "0,0 3,-30 6,-33", {-10, -3, -1}},
+          Case{"a step", "0,0 3,3 3,9 6,12", {1, 1, 1, 1}}}) {
+        SCOPED_TRACE(name);
+        CurvePoints const curve = parseCurve("c", keys);
+        ASSERT_EQ(curve.size(), 3 * slopes.size());
+        for (std::size_t key = 0; key < slopes.size(); ++key) {
+            auto const [x, y] = curve[3 * key + 1];
+            bool const isFirst = key == 0;
+            bool const isLast = key + 1 == slopes.size();
+            // The ends mirror their inner handle.
+            float const left =
+                isFirst ? curve[3 * key + 2].x - x : (x - curve[3 * key - 2].x) / 3.0F;
+            float const right = isLast ? left : (curve[3 * key + 4].x - x) / 3.0F;
+            auto const slope = static_cast<float>(slopes[key]);
+            EXPECT_EQ(curve[3 * key], (GePoint2<float>{x - left, y - slope * left})) << key;
+            EXPECT_EQ(curve[3 * key + 2], (GePoint2<float>{x + right, y + slope * right})) << key;
+        }
     }
 }
 

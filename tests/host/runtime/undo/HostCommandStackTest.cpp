@@ -55,9 +55,16 @@ TEST(HostCommandStackTest, GuardsMakeOneStepOfAllChanges)
     {
         PiUndoGuard const guard(history.stack, "Nothing changed", PiExecParam());
         PiUndoGuardNoLog const noLog(false);
+        {
+            PiUndoGuardNoLog const inner(false);
+        }
         history.set(4);
     }
     EXPECT_EQ(history.stack->getNbCommands(), 1U);
+    history.step(5); // what is recorded again starts from what was not
+    history.stack->undo();
+    EXPECT_EQ(history.get(), 4.0);
+    EXPECT_THROW(history.stack->endCommand(), AssertionFailure);
 }
 
 TEST(HostCommandStackTest, ANewStepDropsWhatWasUndone)
@@ -73,7 +80,9 @@ TEST(HostCommandStackTest, ANewStepDropsWhatWasUndone)
         PiUndoGuard const guard(history.stack, "New", PiExecParam());
         history.set(7);
         history.stack->undo(); // a command is open
+        history.stack->redo();
         EXPECT_EQ(history.get(), 7.0);
+        EXPECT_EQ(history.stack->getNbCommands(), 3U);
     }
     EXPECT_FALSE(history.stack->canRedo());
     EXPECT_EQ(history.stack->getNbCommands(), 2U);

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <limits>
+#include <stdexcept>
 
 namespace {
 
@@ -58,6 +59,20 @@ TEST(AnimatedTest, IntegersAndSwitchesHoldUntilTheNextKey)
                                 {3, 8, 3, justBefore(6)},
                                 {5.5, 8, 3, justBefore(6)},
                                 {6, 9, 6, infinity}});
+}
+
+TEST(AnimatedTest, KeysHaveFiniteTimesThatRiseAndCurvesOfOneLength)
+{
+    using Numbers = Animated<double>;
+    using Curves = Animated<CurvePoints>;
+    EXPECT_THROW(Numbers({{1, 0}, {1, 2}}), std::invalid_argument);
+    EXPECT_THROW(Numbers({{2, 0}, {1, 2}}), std::invalid_argument);
+    EXPECT_THROW(Numbers({{-infinity, 0}, {1, 2}}), std::invalid_argument);
+    EXPECT_THROW(Numbers({{1, 0}, {infinity, 2}}), std::invalid_argument);
+    EXPECT_THROW(Numbers({{std::nan(""), 0}}), std::invalid_argument);
+    EXPECT_THROW(Numbers(std::vector<Keyframe<double>>()), std::invalid_argument);
+    EXPECT_THROW(Curves({{0, CurvePoints(6)}, {1, CurvePoints(6)}, {2, CurvePoints(3)}}),
+                 std::invalid_argument);
 }
 
 TEST(AnimatedTest, CurvesGoInAStraightLinePointByPoint)

@@ -12,7 +12,7 @@
 namespace {
 
 using Policy = RCShdPtr<PiInputPolicy const>;
-constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr double largest = std::numeric_limits<double>::max();
 
 Policy makeRange(double minimum, double maximum)
@@ -38,7 +38,16 @@ TEST(HostValueTest, RefusesWhatItsPolicyDoesNotAllowAndSaysWhatItTakes)
     };
     Policy const unit = makeRange(-1, 1);
     for (auto const& [policy, state, text] :
-         {Case{unit, Animated<double>(1.0), ""},
+         {Case{unit, Animated<double>(1.0), ""}, Case{unit, Animated<double>(-1.0), ""},
+          Case{unit, Animated<double>({{0, -2}, {1, 0}}), "\"x\" takes -1 to 1, not -2"},
+          Case{makeChoices(true), Animated<int>({{0, 0}, {1, 1}}),
+               "\"x\" takes one of 0 \"One\", 3 \"Two\", not 1"},
+          Case{{},
+               Animated<CurvePoints>(CurvePoints{{0, 0}, {1, 0}, {2, infinity}}),
+               "the curve \"x\" has a point that is not a finite number"},
+          Case{{},
+               Animated<CurvePoints>(CurvePoints{{-infinity, 0}, {1, 0}, {2, 0}}),
+               "the curve \"x\" has a point that is not a finite number"},
           Case{unit, Animated<double>(1.5), "\"x\" takes -1 to 1, not 1.5"},
           Case{unit, Animated<double>({{0, 0}, {1, -2}}), "\"x\" takes -1 to 1, not -2"},
           Case{makeRange(0, largest), Animated<double>(-0.5), "\"x\" takes 0 and above, not -0.5"},

@@ -7,12 +7,15 @@
 #include "runtime/values/NumberText.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace {
 
 using namespace memoryHost;
 using Colour = CoRgbColorTyped<float>;
+
+constexpr float infinity = std::numeric_limits<float>::infinity();
 
 template <typename T>
 class Recorder : public CbHandler<T> {
@@ -116,6 +119,14 @@ TEST_F(RemapColorControllerTest, NewNodeTellsItsDefaultsOnce)
     EXPECT_EQ(*fresh->getValue("Plot Color")->getState(), ValueState(Vector<double>{0, 0, 0}));
     EXPECT_EQ(shown.getViewPan(), GeVector2<float>());
     EXPECT_EQ(shown.getViewZoom(), GeVector2<float>());
+    CurvePoints points;
+    for (auto const& [x, y] : reference::defaultCurvePoints()) {
+        points.push_back({x, y});
+    }
+    for (char const* const curve : {"Red", "Green", "Blue"}) {
+        auto const value = fresh->getValue(std::string("Adjust Curve.") + curve);
+        EXPECT_EQ(*value->getState(), ValueState(Animated<CurvePoints>(points)));
+    }
 }
 
 TEST_F(RemapColorControllerTest, CurveOfAChannelThatDoesNotExistHasNoInput)
@@ -315,7 +326,7 @@ TEST_F(RemapColorControllerTest, PlotColoursAndViewLeaveNoUndoRecord)
             controller.removeOutputPlotColorChangedCallback(handler);
         }
         controller.removePlotColorChangedCallback(&editor.plot);
-        controller.setPlotColor({1, 0.5F, 0.2F});
+        controller.setPlotColor({1, 0.5F, infinity}); // may be anything
         controller.setOutputPlotColor({2, 3, 4});
         controller.setOutputPlotColor({2, 3, 4});
         controller.removeOutputPlotColorChangedCallback(&editor.output);
@@ -324,7 +335,8 @@ TEST_F(RemapColorControllerTest, PlotColoursAndViewLeaveNoUndoRecord)
     EXPECT_EQ(history.getNbCommands(), nbSteps);
     EXPECT_EQ(editor.take(), (Journal{"plot 1 0.5 0.1", "output 2 3 4", "output 2 3 4"}));
     EXPECT_TRUE(controller.isPlotColorEnabled());
-    EXPECT_EQ(*node.getValue("Plot Color")->getState(), ValueState(Vector<double>{1, 0.5, 0.2F}));
+    EXPECT_EQ(*node.getValue("Plot Color")->getState(),
+              ValueState(Vector<double>{1, 0.5, infinity}));
     EXPECT_EQ(controller.getViewPan(), (GeVector2<float>{1, 2}));
     EXPECT_EQ(controller.getViewZoom(), (GeVector2<float>{3, 4}));
 }

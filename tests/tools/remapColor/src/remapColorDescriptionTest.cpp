@@ -20,6 +20,14 @@ std::string describePolicy(RCShdPtr<PiInputPolicy const> const& policy)
         return std::string(flags->isAnimatable() ? " a" : "") +
                (flags->isOnByDefault() ? " on" : " off") + (flags->isInverted() ? " i" : "");
     }
+    if (auto const* const image = dynamic_cast<PiImageInputPolicy const*>(policy.get())) {
+        std::string numbers;
+        for (int const number : {image->getComponentCode(), image->getDepthCode(),
+                                 image->getStreamCode(), static_cast<int>(image->getResetType())}) {
+            numbers += " " + std::to_string(number);
+        }
+        return numbers + (image->isPrimary() ? " p" : "") + (image->isOptional() ? " o" : "");
+    }
     std::string text;
     if (auto const* const choices = dynamic_cast<PiEnumPolicy const*>(policy.get())) {
         for (auto const& [value, label] : choices->getPairs()) {
@@ -70,7 +78,7 @@ TEST(RemapColorDescriptionTest, DeclaresEverythingInOrder)
 {
     Journal expected{"stores Mute 0",
                      "stores Affect 2",
-                     "Input 5",
+                     "Input 5 3 7 1 0 p",
                      "Mode 2 0=Linear 1=EXRDisplay, 0",
                      "Output Depth 2 0=8 Bit 1=16 Bit (float) 2=32 Bit (float) 3=Input Depth, 3",
                      "Adjust 0 a on",
