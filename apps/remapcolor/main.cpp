@@ -1,5 +1,6 @@
 // remapcolor: the command line of Remap Color.
 
+#include "remapcolor/commands/CompletionCommand.h"
 #include "remapcolor/commands/DescribeCommand.h"
 #include "remapcolor/commands/LutCommand.h"
 #include "remapcolor/commands/PickCommand.h"
@@ -25,6 +26,11 @@ struct Execution {
     int operator()(PrintRequest const& request) const
     {
         writeStandardOutput(request.text);
+        return done;
+    }
+    int operator()(CompletionRequest const& request) const
+    {
+        runCompletion(request);
         return done;
     }
     int operator()(DescribeRequest const& request) const

@@ -17,7 +17,8 @@ void addProjectOptions(CommandOptions& options, ProjectRequest& request)
 {
     addOutputOption(options, "OUT.json", "Project file to write", request.output);
     options.addOption("--openfx", "OUT.json", "Values for the OpenFX plug-in (docs/openfx.md)",
-                      [&request](std::string const& text) { request.openFx = text; });
+                      [&request](std::string const& text) { request.openFx = text; },
+                      {ValueHint::Kind::File});
     addNodeOptions(options, request.node);
     addDepthOption(options, request.node);
 }

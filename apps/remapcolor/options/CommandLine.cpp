@@ -7,12 +7,16 @@
 #include "runtime/values/NearestNames.h"
 
 #include <CLI/CLI.hpp>
+#include <optional>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace {
 
 constexpr char const* helpFlag = "-h,--help";
 constexpr char const* helpDescription = "Print this help";
+constexpr char const* versionFlag = "--version";
 
 constexpr char const* programExamples =
     "Examples:\n"
@@ -26,17 +30,15 @@ constexpr char const* programExamples =
 
 constexpr char const* renderExamples =
     "Examples:\n"
-    "  remapcolor render in.exr -o out.exr -s Linear.Gamma=2.2\n"
     "  remapcolor render in.exr -o out.png --mode EXRDisplay --depth 8 \\\n"
     "      -s EXRDisplay.Exposure=1.5 -s \"EXRDisplay.Knee High=4\"\n"
     "  remapcolor render in.exr -o out.exr --curve \"rgb=0,0 0.5,0.65 1,1\"\n"
     "  remapcolor render shot.####.exr -o out/shot.####.exr -p look.json -f 1-100\n"
-    "  remapcolor render shot.%04d.exr -o out/shot.%04d.exr --chunk 0/4 --existing skip\n"
     "  remapcolor render in.exr -o out.exr -p look.json --mask matte.png --mix 0.5\n"
     "  remapcolor render in.0012.exr -o out.exr -s Linear.Gamma=1@1,2@24 --frame 12\n"
     "  remapcolor render in.png -o out.exr --depth 16    (EXR holds no 8-bit channels)\n"
     "\n"
-    "\"remapcolor describe\" lists all inputs with their ranges and defaults.";
+    "\"remapcolor describe\" lists all inputs; \"man remapcolor\" says more of each option.";
 
 constexpr char const* pickExamples =
     "Examples:\n"
@@ -83,23 +85,75 @@ constexpr char const* projectExamples =
     throw UsageError(option + (needsValue ? " needs a value after it" : " takes no value") + help);
 }
 
-/// All commands with their options, for one command line.
+/// Nothing can be missing.
+void checkComplete(DescribeRequest const&) {}
+
+/// A command of a program: what people read of it, and what adds its options.
+template <typename CommandRequest>
+struct Definition {
+    CLI::App& program;
+    char const* name;
+    char const* description;
+    char const* usage;
+    char const* examples;
+    void (*addOptions)(CommandOptions&, CommandRequest&);
+};
+
+/// A command, its options, and what it is asked to do.
+template <typename CommandRequest>
+class Command {
+public:
+    Command(Definition<CommandRequest> const& commandDefinition)
+        : definition(commandDefinition),
+          options(addToProgram(), definition.usage, definition.examples)
+    {
+        definition.addOptions(options, request);
+    }
+    Command(Command const&) = delete;
+
+    /// Fills `found` if this is the command of the command line.
+    void takeIfChosen(std::optional<Request>& found)
+    {
+        if (options.isChosen()) {
+            options.apply();
+            checkComplete(request);
+            found = std::move(request);
+        }
+    }
+
+    CommandManual getManual() const
+    {
+        return {definition.name, definition.description, definition.usage, definition.examples,
+                options.getTexts()};
+    }
+
+private:
+    CLI::App& addToProgram() const
+    {
+        CLI::App* const command =
+            definition.program.add_subcommand(definition.name, definition.description);
+        command->group("Commands")->set_help_flag(helpFlag, helpDescription);
+        return *command;
+    }
+
+    Definition<CommandRequest> const definition;
+    CommandRequest request;
+    CommandOptions options;
+};
+
+/// All commands, for one command line.
 class CommandLine {
 public:
     CommandLine()
     {
         setHelp(app, "remapcolor COMMAND [options]", programExamples);
         app.set_help_flag(helpFlag, helpDescription);
-        app.set_version_flag("--version", "remapcolor " REMAPCOLOR_VERSION,
+        app.set_version_flag(versionFlag, "remapcolor " REMAPCOLOR_VERSION,
                              "Print the program's version");
         app.allow_extras();
         app.require_subcommand(0, 1);
-        addRenderOptions(renderOptions, render);
-        addPickOptions(pickOptions, pick);
-        addDescribeOptions(describeOptions, describe);
-        addProjectOptions(projectOptions, project);
-        addLutOptions(lutOptions, lut);
     }
+    CommandLine(CommandLine const&) = delete;
 
     Request parse(int nbArguments, char const* const* arguments)
     {
@@ -113,38 +167,22 @@ public:
             throwWrongOption(error, getCommandName());
         }
         checkCommand();
-        if (describeOptions.isChosen()) {
-            describeOptions.apply();
-            return describe;
-        }
-        if (pickOptions.isChosen()) {
-            pickOptions.apply();
-            checkComplete(pick);
-            return pick;
-        }
-        if (projectOptions.isChosen()) {
-            projectOptions.apply();
-            checkComplete(project);
-            return project;
-        }
-        if (lutOptions.isChosen()) {
-            lutOptions.apply();
-            checkComplete(lut);
-            return lut;
-        }
-        renderOptions.apply();
-        checkComplete(render);
-        return render;
+        std::optional<Request> found;
+        std::apply([&found](auto&... command) { (command.takeIfChosen(found), ...); }, commands);
+        return std::move(found.value());
+    }
+
+    ProgramManual getManual() const
+    {
+        return {app.get_description(), programExamples,
+                std::apply(
+                    [](auto const&... command) {
+                        return std::vector<CommandManual>{command.getManual()...};
+                    },
+                    commands)};
     }
 
 private:
-    CLI::App* addCommand(char const* name, char const* description)
-    {
-        CLI::App* const command = app.add_subcommand(name, description)->group("Commands");
-        command->set_help_flag(helpFlag, helpDescription);
-        return command;
-    }
-
     /// The command that the command line names; "COMMAND" where it names none.
     std::string getCommandName() const
     {
@@ -176,28 +214,41 @@ private:
     }
 
     CLI::App app{"Remaps the colours of pictures: levels, gamma, exposure, knee, curves."};
-    RenderRequest render;
-    PickRequest pick;
-    DescribeRequest describe;
-    ProjectRequest project;
-    LutRequest lut;
-    CommandOptions renderOptions{*addCommand("render", "Send a picture through the tool."),
-                                 "remapcolor render INPUT -o OUTPUT [options]", renderExamples};
-    CommandOptions pickOptions{
-        *addCommand("pick", "Send pixels and areas of a picture through the tool."),
-        "remapcolor pick INPUT X,Y|X,Y,W,H... [options]", pickExamples};
-    CommandOptions describeOptions{*addCommand("describe", "List the tool's inputs."),
-                                   "remapcolor describe [options]", describeExamples};
-    CommandOptions projectOptions{*addCommand("project", "Save values as a project."),
-                                  "remapcolor project -o OUT.json [--openfx OUT.json] [options]",
-                                  projectExamples};
-    CommandOptions lutOptions{*addCommand("lut", "Save the whole chain as a table."),
-                              "remapcolor lut -o OUT.clf|.cube|.spi1d [options]", lutExamples};
+    std::tuple<Command<RenderRequest>, Command<PickRequest>, Command<DescribeRequest>,
+               Command<ProjectRequest>, Command<LutRequest>>
+        commands{
+            Definition{app, "render", "Send a picture or a sequence through the tool.",
+                       "remapcolor render INPUT -o OUTPUT [options]", renderExamples,
+                       &addRenderOptions},
+            Definition{app, "pick", "Send pixels and areas of a picture through the tool.",
+                       "remapcolor pick INPUT X,Y|X,Y,W,H... [options]", pickExamples,
+                       &addPickOptions},
+            Definition{app, "describe", "List the tool's inputs.", "remapcolor describe [options]",
+                       describeExamples, &addDescribeOptions},
+            Definition{app, "project", "Save values as a project.",
+                       "remapcolor project -o OUT.json [--openfx OUT.json] [options]",
+                       projectExamples, &addProjectOptions},
+            Definition{app, "lut", "Save the whole chain as a table.",
+                       "remapcolor lut -o OUT.clf|.cube|.spi1d [options]", lutExamples,
+                       &addLutOptions},
+        };
 };
 
 } // namespace
 
 Request parseCommandLine(int nbArguments, char const* const* arguments)
 {
+    std::string_view const command = nbArguments > 1 ? arguments[1] : "";
+    if (command == "complete") {
+        return CompletionRequest{{arguments + 2, arguments + nbArguments}};
+    }
+    if (command == "manual" && nbArguments == 2) {
+        return PrintRequest{formatManualPage(getProgramManual())};
+    }
     return CommandLine().parse(nbArguments, arguments);
+}
+
+ProgramManual getProgramManual()
+{
+    return CommandLine().getManual();
 }

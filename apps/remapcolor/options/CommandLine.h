@@ -1,9 +1,11 @@
 #pragma once
 
+#include "remapcolor/commands/CompletionCommand.h"
 #include "remapcolor/commands/DescribeCommand.h"
 #include "remapcolor/commands/ProjectCommand.h"
 #include "remapcolor/options/LutRequest.h"
 #include "remapcolor/options/PickRequest.h"
+#include "remapcolor/options/ProgramManual.h"
 #include "remapcolor/options/RenderRequest.h"
 
 #include <string>
@@ -14,8 +16,12 @@ struct PrintRequest {
     std::string text;
 };
 
-using Request = std::variant<PrintRequest, DescribeRequest, LutRequest, PickRequest, ProjectRequest,
-                             RenderRequest>;
+using Request = std::variant<PrintRequest, CompletionRequest, DescribeRequest, LutRequest,
+                             PickRequest, ProjectRequest, RenderRequest>;
 
-/// Reads a command line as main gets it. Throws UsageError; looks at no file.
+/// Reads a command line as main gets it. Throws UsageError; looks at no file. Two commands are for
+/// programs and in no help text: "complete WORD..." for shells, and "manual" for the manual page.
 Request parseCommandLine(int nbArguments, char const* const* arguments);
+
+/// What parseCommandLine takes, as texts.
+ProgramManual getProgramManual();

@@ -4,8 +4,10 @@
 
 #include "remapcolor/reports/Failures.h"
 #include "runtime/values/NearestNames.h"
+#include "runtime/values/TextParts.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <utility>
@@ -30,6 +32,12 @@ public:
                make_subcommands(app, mode) + make_groups(app, mode) + "\n" + make_footer(app);
     }
 
+    std::string make_option_desc(CLI::Option const* option) const override
+    {
+        std::string const& description = option->get_description();
+        return description.substr(0, description.find(manualOnly));
+    }
+
     std::string make_option_name(CLI::Option const* option, bool isPositional) const override
     {
         if (isPositional) {
@@ -45,6 +53,15 @@ public:
 private:
     std::string usage;
 };
+
+std::vector<std::string> splitNames(std::string const& names)
+{
+    std::vector<std::string> parts;
+    for (std::string_view const name : split(names, ',')) {
+        parts.emplace_back(name);
+    }
+    return parts;
+}
 
 /// "--set" and the like of all options.
 std::vector<std::string> listOptions(CLI::App const& app)
@@ -71,13 +88,15 @@ void setHelp(CLI::App& commandLine, std::string const& usage, std::string const&
 void addOutputOption(CommandOptions& options, std::string const& placeholder,
                      std::string const& description, std::filesystem::path& output)
 {
-    options.addOption("-o,--output", placeholder, description, [&output](std::string const& text) {
-        if (!output.empty()) {
-            throw UsageError("two outputs, " + quote(output.string()) + " and " + quote(text) +
-                             "; give -o once");
-        }
-        output = text;
-    });
+    options.addOption("-o,--output", placeholder, description,
+                      [&output](std::string const& text) {
+                          if (!output.empty()) {
+                              throw UsageError("two outputs, " + quote(output.string()) + " and " +
+                                               quote(text) + "; give -o once");
+                          }
+                          output = text;
+                      },
+                      {ValueHint::Kind::File});
 }
 
 CommandOptions::CommandOptions(CLI::App& commandLine, std::string const& usage,
@@ -89,9 +108,15 @@ CommandOptions::CommandOptions(CLI::App& commandLine, std::string const& usage,
     app.allow_extras();
 }
 
-void CommandOptions::addArgument(std::string const& name, std::string const& description,
-                                 ValueHandler handler)
+bool OptionText::isCalled(std::string const& name) const
 {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+void CommandOptions::addArgument(std::string const& name, std::string const& description,
+                                 ValueHandler handler, ValueHint hint)
+{
+    texts.push_back({{name}, "", description, std::move(hint), true});
     CLI::Option* const option = app.add_option(name, CLI::callback_t(), description);
     option->option_text(" ");
     handlers.emplace(option, std::move(handler));
@@ -100,6 +125,7 @@ void CommandOptions::addArgument(std::string const& name, std::string const& des
 void CommandOptions::addArguments(std::string const& name, std::string const& description,
                                   ValueHandler handler)
 {
+    texts.push_back({{name}, "", description, {}, true});
     CLI::Option* const option = app.add_option(name, CLI::callback_t(), description);
     option->option_text(" ");
     option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)->expected(-1);
@@ -107,8 +133,9 @@ void CommandOptions::addArguments(std::string const& name, std::string const& de
 }
 
 void CommandOptions::addOption(std::string const& names, std::string const& placeholder,
-                               std::string const& description, ValueHandler handler)
+                               std::string const& description, ValueHandler handler, ValueHint hint)
 {
+    texts.push_back({splitNames(names), placeholder, description, std::move(hint)});
     CLI::Option* const option = app.add_option(names, CLI::callback_t(), description);
     option->option_text(placeholder);
     option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)->allow_extra_args(false);
@@ -118,6 +145,7 @@ void CommandOptions::addOption(std::string const& names, std::string const& plac
 void CommandOptions::addFlag(std::string const& names, std::string const& description,
                              FlagHandler handler)
 {
+    texts.push_back({splitNames(names), "", description, {}});
     CLI::Option* const option = app.add_flag(names, description)->disable_flag_override();
     handlers.emplace(option, [handler = std::move(handler)](std::string const&) { handler(); });
 }

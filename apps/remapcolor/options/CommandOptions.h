@@ -4,11 +4,39 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
 class Option;
 } // namespace CLI
+
+/// What the value of an option or an argument may be, for the shell's completion and the manual.
+struct ValueHint {
+    enum class Kind {
+        Free,    ///< nothing to offer
+        File,    ///< any file
+        Words,   ///< one of `words`
+        Setting, ///< NAME=VALUE for an input of the tool
+    };
+
+    Kind kind = Kind::Free;
+    std::vector<std::string> words{};
+};
+
+/// In a description: what follows is in the manual and not in the help text, which is one screen.
+inline constexpr char const* manualOnly = "\n\n";
+
+/// An option or an argument as people read of it.
+struct OptionText {
+    std::vector<std::string> names; ///< "-s" and "--set"; of an argument its name alone
+    std::string placeholder;        ///< for the value; empty for flags
+    std::string description;
+    ValueHint hint;
+    bool isArgument = false;
+
+    bool isCalled(std::string const& name) const;
+};
 
 /// The options of one command. What they do is done in the order in which they stand on the command
 /// line, so that a later one wins over an earlier one.
@@ -22,7 +50,8 @@ public:
     CommandOptions(CLI::App& commandLine, std::string const& usage, std::string const& examples);
 
     /// An argument without a name, such as "INPUT". Given once.
-    void addArgument(std::string const& name, std::string const& description, ValueHandler handler);
+    void addArgument(std::string const& name, std::string const& description, ValueHandler handler,
+                     ValueHint hint = {ValueHint::Kind::File});
 
     /// Arguments without a name that stand at the end, one or more; the handler gets each. `name`
     /// as the help text shows it.
@@ -32,9 +61,12 @@ public:
     /// An option with a value, given any number of times. `names` as in "-s,--set"; `placeholder`
     /// stands for the value in the help text.
     void addOption(std::string const& names, std::string const& placeholder,
-                   std::string const& description, ValueHandler handler);
+                   std::string const& description, ValueHandler handler, ValueHint hint = {});
 
     void addFlag(std::string const& names, std::string const& description, FlagHandler handler);
+
+    /// Arguments and options in the order in which the help text shows them.
+    std::vector<OptionText> const& getTexts() const { return texts; }
 
     /// Whether the command was given on the command line that has been parsed.
     bool isChosen() const;
@@ -48,6 +80,7 @@ private:
 
     CLI::App& app;
     std::map<CLI::Option const*, ValueHandler> handlers;
+    std::vector<OptionText> texts;
 };
 
 /// Adds -o,--output, whose handler fills `output`, which lives longer than `options`, and throws

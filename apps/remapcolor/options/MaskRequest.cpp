@@ -8,14 +8,15 @@
 void addMaskOptions(CommandOptions& options, MaskRequest& request)
 {
     options.addOption("--mask", "FILE",
-                      "Blend source and result by this picture: its alpha, its\n"
-                      "only channel, or its first one; times --mix",
-                      [&request](std::string const& text) { request.file = text; });
-    options.addOption("--mask-layer", "NAME", "Take the mask from this layer of an EXR file",
+                      "Blend source and result by this picture, times --mix\n\n"
+                      "By its alpha, its only channel, or its first one of colour.",
+                      [&request](std::string const& text) { request.file = text; },
+                      {ValueHint::Kind::File});
+    options.addOption("--mask-layer", "NAME", "Take the mask from this layer",
                       [&request](std::string const& text) { request.layer = text; });
-    options.addOption("--mask-channel", "NAME", "Take the mask from this channel, such as R or Z",
+    options.addOption("--mask-channel", "NAME", "Take the mask from this channel",
                       [&request](std::string const& text) { request.channel = text; });
-    options.addFlag("--mask-invert", "Keep the source where the mask is 1, the result where 0",
+    options.addFlag("--mask-invert", "Keep the source where the mask is 1",
                     [&request] { request.use = MaskUse::Inverted; });
 }
 

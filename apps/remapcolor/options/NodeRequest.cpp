@@ -10,12 +10,8 @@
 
 namespace {
 
-/// The first word of a label of "Output Depth".
-std::string parseDepth(std::string const& text)
-{
-    Words<std::string> const depths = {{"8", "8"}, {"16", "16"}, {"32", "32"}, {"input", "input"}};
-    return chooseWord("--depth", depths, text);
-}
+/// The first words of the labels of "Output Depth".
+Words<std::string> const depths = {{"8", "8"}, {"16", "16"}, {"32", "32"}, {"input", "input"}};
 
 /// What sets the value of that name.
 auto makeSetter(NodeRequest& request, char const* name)
@@ -30,40 +26,45 @@ auto makeSetter(NodeRequest& request, char const* name)
 void addNodeOptions(CommandOptions& options, NodeRequest& request)
 {
     options.addOption("-p,--project", "FILE.json",
-                      "Start from a saved project's values; several are\n"
-                      "applied one after the other",
-                      [&request](std::string const& text) { request.projects.push_back(text); });
+                      "Start from a saved project's values\n\n"
+                      "Several are applied one after the other; options come on top.",
+                      [&request](std::string const& text) { request.projects.push_back(text); },
+                      {ValueHint::Kind::File});
     options.addOption("-s,--set", "NAME=VALUE",
-                      "Set any input by its full name; a group's name sets\n"
-                      "all its members. Keyframes: NAME=VALUE@TIME,...",
+                      "Set an input, or all members of a group.\n"
+                      "Keyframes: NAME=VALUE@TIME,...\n\n"
+                      "\"remapcolor describe\" lists the names; case does not matter.",
                       [&request](std::string const& text) {
                           request.settings.push_back({ValueSetting::Form::Named, text});
-                      });
+                      },
+                      {ValueHint::Kind::Setting});
     options.addOption("--mode", "MODE", "Linear or EXRDisplay; same as -s Mode=MODE",
-                      makeSetter(request, ToolKeys::mode));
+                      makeSetter(request, ToolKeys::mode),
+                      {ValueHint::Kind::Words, {"Linear", "EXRDisplay"}});
     options.addOption("--curve", "CHANNELS=KEYS",
-                      "Adjustment curve of red,green,blue or rgb. KEYS are\n"
-                      "\"x,y x,y ...\" (smooth), or with handles\n"
-                      "\"hx,hy x,y hx,hy; hx,hy x,y hx,hy; ...\".\n"
-                      "Keyframes: \"KEYS @TIME | KEYS @TIME | ...\"",
+                      "Curves of red,green,blue or rgb: \"x,y x,y ...\".\n"
+                      "Keyframes: \"KEYS @TIME | KEYS @TIME | ...\"\n\n"
+                      "Between two keys a curve never leaves their range. With handles KEYS are "
+                      "\"hx,hy x,y hx,hy; hx,hy x,y hx,hy; ...\".",
                       [&request](std::string const& text) {
                           request.settings.push_back({ValueSetting::Form::Curves, text});
                       });
     options.addFlag("--no-adjust",
-                    "Without adjustment curves; same as -s Adjust=false.\n"
-                    "Even the default curve moves floats, by up to 1.2e-7,\n"
-                    "and makes NaN 0; this leaves them as they are",
+                    "Without curves; same as -s Adjust=false. Even the default\n"
+                    "one moves floats, by up to 1.2e-7, and makes NaN 0",
                     [set = makeSetter(request, ToolKeys::adjust)] { set("false"); });
     options.addOption("--mix", "X",
-                      "From 0, the source, to 1, the tool's result (default);\n"
-                      "same as -s Mix=X",
+                      "From 0, the source, to 1, the result (default)\n\n"
+                      "The same as -s Mix=X.",
                       makeSetter(request, ToolKeys::mix));
 }
 
 void addDepthOption(CommandOptions& options, NodeRequest& request)
 {
-    options.addOption("--depth", "DEPTH", "Bits of a colour component: 8, 16, 32 or input",
-                      [set = makeSetter(request, ToolKeys::outputDepth)](std::string const& text) {
-                          set(parseDepth(text));
-                      });
+    options.addOption(
+        "--depth", "DEPTH", "Bits of a colour component: 8, 16, 32 or input",
+        [set = makeSetter(request, ToolKeys::outputDepth)](std::string const& text) {
+            set(chooseWord("--depth", depths, text));
+        },
+        hintWords(depths));
 }

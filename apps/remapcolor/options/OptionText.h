@@ -1,5 +1,6 @@
 #pragma once
 
+#include "remapcolor/options/CommandOptions.h"
 #include "remapcolor/reports/Failures.h"
 #include "runtime/values/NearestNames.h"
 
@@ -25,4 +26,14 @@ T chooseWord(std::string const& option, Words<T> const& words, std::string const
         list += (list.empty() ? "" : isLast ? " or " : ", ") + name;
     }
     throw UsageError(option + " takes " + list + ", not " + quote(word));
+}
+
+template <typename T>
+ValueHint hintWords(Words<T> const& words)
+{
+    ValueHint hint{ValueHint::Kind::Words};
+    for (auto const& [name, meaning] : words) {
+        hint.words.push_back(name);
+    }
+    return hint;
 }

@@ -22,17 +22,20 @@ float parseLevel(std::string const& text)
     return static_cast<float>(*level);
 }
 
-/// "input" for none.
+/// None for the input's.
+using CompressionKind = std::optional<Compression>;
+Words<CompressionKind> const compressionKinds = {
+    {"none", Compression::None}, {"rle", Compression::Rle},   {"zips", Compression::Zips},
+    {"zip", Compression::Zip},   {"piz", Compression::Piz},   {"pxr24", Compression::Pxr24},
+    {"b44", Compression::B44},   {"b44a", Compression::B44a}, {"dwaa", Compression::Dwaa},
+    {"dwab", Compression::Dwab}, {"input", CompressionKind()}};
+
 std::optional<CompressionChoice> parseCompression(std::string const& text)
 {
     using Kind = Compression;
-    using Choice = std::optional<Kind>;
-    Words<Choice> const kinds = {{"none", Kind::None}, {"rle", Kind::Rle},   {"zips", Kind::Zips},
-                                 {"zip", Kind::Zip},   {"piz", Kind::Piz},   {"pxr24", Kind::Pxr24},
-                                 {"b44", Kind::B44},   {"b44a", Kind::B44a}, {"dwaa", Kind::Dwaa},
-                                 {"dwab", Kind::Dwab}, {"input", {}}};
     std::size_t const colon = text.find(':');
-    Choice const kind = chooseWord("--compression", kinds, text.substr(0, colon));
+    CompressionKind const kind =
+        chooseWord("--compression", compressionKinds, text.substr(0, colon));
     if (colon == std::string::npos) {
         return kind ? std::optional(CompressionChoice{*kind}) : std::nullopt;
     }
@@ -43,13 +46,27 @@ std::optional<CompressionChoice> parseCompression(std::string const& text)
     return CompressionChoice{*kind, parseLevel(text.substr(colon + 1))};
 }
 
-ProgressStyle parseProgress(std::string const& text)
+Words<ProgressStyle> const progressStyles = {{"auto", ProgressStyle::Auto},
+                                             {"bar", ProgressStyle::Bar},
+                                             {"json", ProgressStyle::Json},
+                                             {"none", ProgressStyle::None}};
+Words<ExistingOutput> const existingOutputs = {{"overwrite", ExistingOutput::Overwrite},
+                                               {"skip", ExistingOutput::Skip},
+                                               {"error", ExistingOutput::Error}};
+Words<MissingInput> const missingInputs = {
+    {"fail", MissingInput::Fail}, {"skip", MissingInput::Skip}, {"stop", MissingInput::Stop}};
+
+/// Adds an option that sets `choice` to what one of `words` stands for.
+template <typename T>
+void addChoice(CommandOptions& options, std::string const& name, std::string const& placeholder,
+               std::string const& description, Words<T> const& words, T& choice)
 {
-    Words<ProgressStyle> const styles = {{"auto", ProgressStyle::Auto},
-                                         {"bar", ProgressStyle::Bar},
-                                         {"json", ProgressStyle::Json},
-                                         {"none", ProgressStyle::None}};
-    return chooseWord("--progress", styles, text);
+    options.addOption(
+        name, placeholder, description,
+        [name, &words, &choice](std::string const& text) {
+            choice = chooseWord(name, words, text);
+        },
+        hintWords(words));
 }
 
 void setVerbosity(RenderRequest& request, Verbosity wanted)
@@ -60,61 +77,50 @@ void setVerbosity(RenderRequest& request, Verbosity wanted)
     request.verbosity = wanted;
 }
 
-ExistingOutput parseExisting(std::string const& text)
-{
-    Words<ExistingOutput> const words = {{"overwrite", ExistingOutput::Overwrite},
-                                         {"skip", ExistingOutput::Skip},
-                                         {"error", ExistingOutput::Error}};
-    return chooseWord("--existing", words, text);
-}
-
-MissingInput parseMissing(std::string const& text)
-{
-    Words<MissingInput> const words = {
-        {"fail", MissingInput::Fail}, {"skip", MissingInput::Skip}, {"stop", MissingInput::Stop}};
-    return chooseWord("--on-missing", words, text);
-}
-
 /// Which frames there are, and what becomes of those that are there already or not at all.
 void addShotOptions(CommandOptions& options, RenderRequest& request)
 {
     options.addOption("-f,--frames", "LIST",
-                      "Frames, which are the times too: 1-10,15,20-40x5\n"
-                      "(default: all that INPUT matches)",
+                      "Frames, such as 1-10,15,20-40x5 (default: all)\n\n"
+                      "The frame is the time of keyframed values. Without a list the frames are "
+                      "all that INPUT matches.",
                       [&request](std::string const& text) {
                           request.shot.frames = parseFrames(text);
                           request.framesFile.clear();
                       });
     options.addOption("--frames-from", "FILE", "Read that list from a file, or from - (input)",
-                      [&request](std::string const& text) { request.framesFile = text; });
+                      [&request](std::string const& text) { request.framesFile = text; },
+                      {ValueHint::Kind::File});
     addFrameOption(options, "--frame", request.frame);
     options.addOption(
         "--chunk", "I/N", "The I-th of N equal parts of the frames, from 0",
         [&request](std::string const& text) { request.shot.chunk = parseChunk(text); });
-    options.addOption(
-        "--existing", "DO", "Outputs that are there: overwrite, skip or error",
-        [&request](std::string const& text) { request.existing = parseExisting(text); });
-    options.addFlag("--any-age", "Skip outputs that are older than what they are made of",
+    addChoice(options, "--existing", "DO",
+              "Outputs that are there: overwrite, skip or error\n\n"
+              "Only what is whole and fits is skipped.",
+              existingOutputs, request.existing);
+    options.addFlag("--any-age", "Skip outputs older than what they are made of, too",
                     [&request] { request.skipsAnyAge = true; });
-    options.addOption(
-        "--on-missing", "DO", "Frames without input: fail, skip or stop",
-        [&request](std::string const& text) { request.missing = parseMissing(text); });
+    addChoice(options, "--on-missing", "DO",
+              "Frames without input: fail, skip or stop\n\n"
+              "All but stop go on with the others.",
+              missingInputs, request.missing);
 }
 
 void addReportOptions(CommandOptions& options, RenderRequest& request)
 {
-    options.addOption(
-        "--progress", "STYLE", "auto, bar (on a terminal), json or none",
-        [&request](std::string const& text) { request.progress = parseProgress(text); });
+    addChoice(options, "--progress", "STYLE", "auto, bar (on a terminal), json or none",
+              progressStyles, request.progress);
     options.addOption("--log", "FILE", "Add every event to FILE as a line",
-                      [&request](std::string const& text) { request.log = text; });
+                      [&request](std::string const& text) { request.log = text; },
+                      {ValueHint::Kind::File});
     options.addFlag("-n,--dry-run", "List what would be done",
                     [&request] { request.isDryRun = true; });
-    options.addFlag("-q,--quiet", "Print warnings (what the output lacks) and errors only",
+    options.addFlag("-q,--quiet",
+                    "Print warnings and errors only\n\n"
+                    "A warning says that the output lacks something.",
                     [&request] { setVerbosity(request, Verbosity::Quiet); });
-    options.addFlag("-v,--verbose",
-                    "Say what is read and written, with which values, and\n"
-                    "how long it took",
+    options.addFlag("-v,--verbose", "Say what is read and written, how, and how long it took",
                     [&request] { setVerbosity(request, Verbosity::Verbose); });
 }
 
@@ -132,13 +138,14 @@ void addRenderOptions(CommandOptions& options, RenderRequest& request)
     addDepthOption(options, request.node);
     options.addOption(
         "--compression", "NAME",
-        "Of an EXR output: none, rle, zips, zip, piz, pxr24, b44,\n"
-        "b44a, dwaa, dwab, or input (default; zip where there is\n"
-        "none). dwaa:LEVEL, dwab:LEVEL: the more, the smaller",
-        [&request](std::string const& text) { request.compression = parseCompression(text); });
-    options.addOption("--layer", "NAME", "Process the channels NAME.R, NAME.G, NAME.B of the file",
+        "Of an EXR output, such as zip, piz or input (default)\n\n"
+        "none, rle, zips, zip, piz, pxr24, b44, b44a, dwaa, dwab, or input (zip where there is "
+        "none). dwaa:LEVEL, dwab:LEVEL: the more, the smaller.",
+        [&request](std::string const& text) { request.compression = parseCompression(text); },
+        hintWords(compressionKinds));
+    options.addOption("--layer", "NAME", "Process the channels NAME.R, NAME.G, NAME.B",
                       [&request](std::string const& text) { request.layer = text; });
-    options.addOption("-j,--threads", "N", "Workers (default: the cores this process may use)",
+    options.addOption("-j,--threads", "N", "Workers (default: the cores it may use)",
                       [&request](std::string const& text) {
                           request.threads = parseWhole("--threads", text, 1, mostThreads);
                       });
