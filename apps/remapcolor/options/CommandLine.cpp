@@ -8,7 +8,6 @@
 
 #include <CLI/CLI.hpp>
 #include <optional>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -168,21 +167,29 @@ public:
         }
         checkCommand();
         std::optional<Request> found;
-        std::apply([&found](auto&... command) { (command.takeIfChosen(found), ...); }, commands);
+        forEachCommand([&found](auto& command) { command.takeIfChosen(found); });
         return std::move(found.value());
     }
 
-    ProgramManual getManual() const
+    ProgramManual getManual()
     {
-        return {app.get_description(), programExamples,
-                std::apply(
-                    [](auto const&... command) {
-                        return std::vector<CommandManual>{command.getManual()...};
-                    },
-                    commands)};
+        ProgramManual manual{app.get_description(), programExamples, {}};
+        forEachCommand(
+            [&manual](auto const& command) { manual.commands.push_back(command.getManual()); });
+        return manual;
     }
 
 private:
+    template <typename Action>
+    void forEachCommand(Action const& act)
+    {
+        act(render);
+        act(pick);
+        act(describe);
+        act(project);
+        act(lut);
+    }
+
     /// The command that the command line names; "COMMAND" where it names none.
     std::string getCommandName() const
     {
@@ -214,24 +221,22 @@ private:
     }
 
     CLI::App app{"Remaps the colours of pictures: levels, gamma, exposure, knee, curves."};
-    std::tuple<Command<RenderRequest>, Command<PickRequest>, Command<DescribeRequest>,
-               Command<ProjectRequest>, Command<LutRequest>>
-        commands{
-            Definition{app, "render", "Send a picture or a sequence through the tool.",
-                       "remapcolor render INPUT -o OUTPUT [options]", renderExamples,
-                       &addRenderOptions},
-            Definition{app, "pick", "Send pixels and areas of a picture through the tool.",
-                       "remapcolor pick INPUT X,Y|X,Y,W,H... [options]", pickExamples,
-                       &addPickOptions},
-            Definition{app, "describe", "List the tool's inputs.", "remapcolor describe [options]",
-                       describeExamples, &addDescribeOptions},
-            Definition{app, "project", "Save values as a project.",
-                       "remapcolor project -o OUT.json [--openfx OUT.json] [options]",
-                       projectExamples, &addProjectOptions},
-            Definition{app, "lut", "Save the whole chain as a table.",
-                       "remapcolor lut -o OUT.clf|.cube|.spi1d [options]", lutExamples,
-                       &addLutOptions},
-        };
+    // In the order of the help text.
+    Command<RenderRequest> render{{app, "render", "Send a picture or a sequence through the tool.",
+                                   "remapcolor render INPUT -o OUTPUT [options]", renderExamples,
+                                   &addRenderOptions}};
+    Command<PickRequest> pick{{app, "pick", "Send pixels and areas of a picture through the tool.",
+                               "remapcolor pick INPUT X,Y|X,Y,W,H... [options]", pickExamples,
+                               &addPickOptions}};
+    Command<DescribeRequest> describe{{app, "describe", "List the tool's inputs.",
+                                       "remapcolor describe [options]", describeExamples,
+                                       &addDescribeOptions}};
+    Command<ProjectRequest> project{{app, "project", "Save values as a project.",
+                                     "remapcolor project -o OUT.json [--openfx OUT.json] [options]",
+                                     projectExamples, &addProjectOptions}};
+    Command<LutRequest> lut{{app, "lut", "Save the whole chain as a table.",
+                             "remapcolor lut -o OUT.clf|.cube|.spi1d [options]", lutExamples,
+                             &addLutOptions}};
 };
 
 } // namespace

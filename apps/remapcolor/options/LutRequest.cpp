@@ -39,15 +39,15 @@ void addLutOptions(CommandOptions& options, LutRequest& request)
     addFrameOption(options, "-f,--frame", request.frame);
     options.addOption(
         "--domain", "LO,HI",
-        "Values that a .cube or .spi1d spreads over (0,1);\n"
-        "what lies beyond gets what the ends get",
+        "Values that a .cube or .spi1d spreads over (0,1)\n\n"
+        "What lies beyond gets what the ends get.",
         [&request](std::string const& text) { request.domain = parseRange("--domain", text); });
     options.addOption("--size", "N", "Places of a .cube or .spi1d, 2 to 65536 (4096)",
                       [&request](std::string const& text) {
                           request.size = parseWhole("--size", text, leastSize, mostSize);
                       });
     addMaskOptions(options, request.mask);
-    options.addFlag("-q,--quiet", "Print warnings (what the table lacks) and errors only",
+    options.addFlag("-q,--quiet", "Print warnings and errors only",
                     [&request] { request.verbosity = Verbosity::Quiet; });
 }
 
