@@ -2,6 +2,7 @@
 
 #include "media/ExrPackedSize.h"
 
+#include "media/ExrPizSymbols.h"
 #include "media/ExrStreams.h"
 
 #include <Iex.h>
@@ -24,8 +25,6 @@ constexpr std::size_t numberBytes = 8;
 constexpr std::uint64_t rleExpansion = 64;
 constexpr std::uint64_t deflateExpansion = 1032;
 constexpr std::uint64_t pxr24Expansion = deflateExpansion * 4 / 3;
-constexpr std::uint64_t pizRun = 255;
-constexpr std::uint64_t pizRunBits = 9;
 constexpr std::uint64_t pizExpansion = 454; // two bytes a sample, eight bits a byte
 constexpr std::uint64_t b44Expansion = 11;
 constexpr std::uint64_t dwaExpansion = rleExpansion * deflateExpansion;
@@ -55,22 +54,18 @@ bool inflatesTo(std::span<std::byte const> packed, std::size_t size)
                                       size, nullptr) == LIBDEFLATE_SUCCESS;
 }
 
-/// Whether the bits of a PIZ block are enough for `raw` bytes. Before them are the range of a
-/// bitmap and its bytes, the size of what follows, three numbers, the number of bits, and a table.
+/// Whether the codes of a PIZ block stand for `raw` bytes. Before them are the range of a bitmap
+/// and its bytes, and the size of what follows.
 bool isPizEnough(std::span<std::byte const> packed, std::uint64_t raw)
 {
-    constexpr std::size_t bitsPlace = 16; // after the bitmap
-    if (packed.size() < 4) {
+    constexpr std::size_t numbers = 4; // bytes of both numbers of the range, and of the size
+    if (packed.size() < numbers) {
         return false;
     }
     std::size_t const first = readNumber<std::uint16_t>(packed.data());
     std::size_t const last = readNumber<std::uint16_t>(packed.data() + 2);
-    std::size_t const bitmapEnd = 4 + (first <= last ? last - first + 1 : 0);
-    if (packed.size() < bitmapEnd + bitsPlace + 4) {
-        return false;
-    }
-    std::uint64_t const bits = readNumber<std::uint32_t>(&packed[bitmapEnd + bitsPlace]);
-    return bits <= packed.size() * 8 && raw / 2 <= bits * pizRun / pizRunBits + 1;
+    std::size_t const codes = 2 * numbers + (first <= last ? last - first + 1 : 0);
+    return packed.size() >= codes && countPizSymbols(packed.subspan(codes)) == raw / 2;
 }
 
 /// Whether the parts that a DWA chunk announces lie in it and can make `raw` bytes.

@@ -50,15 +50,14 @@ std::size_t findTable(std::string const& exr)
 struct Lie {
     char const* name;
     std::function<void(std::string& exr)> tell;
-    bool isNarrow = false; ///< less than what the compression's units may hold
 };
 void widen(std::string& exr, std::uint32_t xMax)
 {
     putNumber(exr, exr.find("dataWindow") + 11 + 6 + 4 + 8, xMax);
 }
 Lie const lies[] = {
-    {"a little wider", [](std::string& exr) { widen(exr, 44); }, true},
-    {"twice as wide", [](std::string& exr) { widen(exr, 2 * 37 - 1); }, true},
+    {"a little wider", [](std::string& exr) { widen(exr, 44); }},
+    {"twice as wide", [](std::string& exr) { widen(exr, 2 * 37 - 1); }},
     {"very wide", [](std::string& exr) { widen(exr, 1'000'000); }},
     {"an empty block",
      [](std::string& exr) {
@@ -169,10 +168,6 @@ TEST_F(FailuresTest, WhatAnExrFileAnnouncesIsHeldAgainstWhatItHolds)
                 copyImage(file("in.exr"), file("out.exr"));
                 std::filesystem::remove(file("out.exr"));
                 for (Lie const& lie : lies) {
-                    // PIZ reads zeros where its bits end: a wider picture, but the same each time.
-                    if (compression == Imf::PIZ_COMPRESSION && lie.isNarrow) {
-                        continue;
-                    }
                     SCOPED_TRACE(std::to_string(compression) + " " + std::to_string(tileSize) +
                                  (values.empty() ? " noise: " : " flat: ") + lie.name);
                     std::string bytes = honest;
