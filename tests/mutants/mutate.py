@@ -23,7 +23,7 @@ TABLES = TOP / "tests" / "mutants"
 WORK = TOP / "build" / "mutate"
 TREE, BUILD = WORK / "tree", WORK / "build"
 VERDICTS = WORK / "verdicts.jsonl"
-TEST_SECONDS = 45  # tests that take this long for a room count as having noticed
+TEST_SECONDS = 120  # tests that take this long for a room count as having noticed
 ROOMS = ["interface", "files", "runtime", "tool", "link", "bundle", "shots", "media", "app"]
 
 Mutant = collections.namedtuple("Mutant", "room kind what file old new place")

@@ -191,6 +191,27 @@ TEST_F(PickTest, AreasSumUpWhatRenderMakesOfThem)
     EXPECT_TRUE(lone["in"]["red"]["mean"].is_null());
 }
 
+TEST_F(PickTest, LayerAndFrameAreThoseThatAreAskedFor)
+{
+    writeExr(folder.path / "layers.exr", {.channels = {},
+                                          .values = {{"R", 0.25F},
+                                                     {"G", 0.25F},
+                                                     {"B", 0.25F},
+                                                     {"b.R", 0.5F},
+                                                     {"b.G", 0.75F},
+                                                     {"b.B", 1.0F}}});
+    Names const look = {"-s", "Linear.Output Level.Max=1@1,3@5", "--no-adjust"};
+    for (auto const& [more, in, out] :
+         {std::tuple(Names{"--frame", "1"}, 0.25F, 0.25F),
+          std::tuple(Names{"--frame", "5", "--layer", "b"}, 0.75F, 2.25F)}) {
+        Names arguments = {"pick", "layers.exr", "3,4"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        std::string const text = run(arguments, look).output;
+        EXPECT_EQ(readValues(text, "in.").at(1), in) << text;
+        EXPECT_EQ(readValues(text, "out.").at(1), out) << text;
+    }
+}
+
 TEST_F(PickTest, FailuresAreOneLineAndTheRightStatus)
 {
     struct Case {

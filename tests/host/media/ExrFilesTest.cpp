@@ -67,6 +67,13 @@ std::vector<RoundTrip> const roundTrips = {
     {"AlphaAlone", {.channels = {{"A"}, {"Z", FLOAT}}}},
     {"LuminanceAndAlphaTiled", {.channels = {{"Y", FLOAT}, {"A", HALF}}, .tileSize = 16}},
     {"OnlyLayer", {.channels = {{"beauty.R"}, {"beauty.G"}, {"beauty.B"}, {"Z", FLOAT}}}},
+    {"FirstViewByItsName",
+     {.channels = {{"R"}, {"right.R"}},
+      .addAttributes =
+          [](Imf::Header& header) {
+              header.insert("multiView", Imf::StringVectorAttribute({"left", "right"}));
+          }},
+     "left"},
     {"ChosenLayer", {.channels = {{"R"}, {"a.b.R"}, {"a.b.A"}, {"c.Y"}}}, "a.b"},
 };
 
@@ -138,19 +145,21 @@ TEST_F(ExrFilesTest, ChosenDepthChangesColourChannelsOnly)
 TEST_F(ExrFilesTest, SubsampledChromaIsReadAsTheLibraryReconstructsIt)
 {
     constexpr int size = 40;
+    Imath::Box2i const window{{-6, -10}, {-6 + size - 1, -10 + size - 1}};
+    std::size_t const origin = 6 + 10 * size;
     Imf::Array2D<Imf::Rgba> pixels(size, size);
     for (int index = 0; index < size * size; ++index) {
         int const x = index % size;
         pixels[index / size][x] = {0.1F + 0.02F * float(x), 0.5F, 0.0002F * float(index), 1.0F};
     }
     {
-        Imf::RgbaOutputFile output(file("in.exr").c_str(), size, size, Imf::WRITE_YC);
-        output.setFrameBuffer(&pixels[0][0], 1, size);
+        Imf::RgbaOutputFile output(file("in.exr").c_str(), window, window, Imf::WRITE_YC);
+        output.setFrameBuffer(&pixels[0][0] + origin, 1, size);
         output.writePixels(size);
     }
     Imf::RgbaInputFile reference(file("in.exr").c_str());
-    reference.setFrameBuffer(&pixels[0][0], 1, size);
-    reference.readPixels(0, size - 1);
+    reference.setFrameBuffer(&pixels[0][0] + origin, 1, size);
+    reference.readPixels(window.min.y, window.max.y);
     EXPECT_EQ(copyImage(file("in.exr"), file("out.exr")).size(), 1U);
     auto const channels = loadExr(file("out.exr"));
     ASSERT_EQ(channels.size(), 3U);
@@ -159,6 +168,31 @@ TEST_F(ExrFilesTest, SubsampledChromaIsReadAsTheLibraryReconstructsIt)
         ASSERT_EQ(valueOf(channels.at("R"), index), float(pixel.r)) << index;
         ASSERT_EQ(valueOf(channels.at("G"), index), float(pixel.g)) << index;
         ASSERT_EQ(valueOf(channels.at("B"), index), float(pixel.b)) << index;
+    }
+}
+
+TEST_F(ExrFilesTest, AnyColourChannelMakesAPictureFloatAndLuminanceReachesAllColours)
+{
+    for (char const* const wide : {"R", "G", "B", "A", "Z"}) {
+        std::vector<TestChannel> channels = {{"R"}, {"G"}, {"B"}, {"A"}, {"Z"}};
+        for (TestChannel& channel : channels) {
+            channel.type = channel.name == wide ? FLOAT : HALF;
+        }
+        writeExr(file("in.exr"), {.channels = channels});
+        EXPECT_EQ(openImage(file("in.exr"), {})->getInfo().format.getDepth(),
+                  wide == std::string("Z") ? IxPixelFormat::FLOAT16 : IxPixelFormat::FLOAT32)
+            << wide;
+    }
+    for (bool const hasAlpha : {false, true}) {
+        std::map<std::string, float> values = {{"Y", 0.5F}};
+        if (hasAlpha) {
+            values["A"] = 0.25F;
+        }
+        writeExr(file("in.exr"), {.channels = {}, .values = values});
+        std::vector<float> pixel = loadValues(file("in.exr"));
+        pixel.resize(hasAlpha ? 4 : 3);
+        EXPECT_EQ(pixel, (hasAlpha ? std::vector{0.5F, 0.5F, 0.5F, 0.25F}
+                                   : std::vector{0.5F, 0.5F, 0.5F}));
     }
 }
 

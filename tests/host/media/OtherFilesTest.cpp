@@ -8,6 +8,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <random>
 
 namespace {
@@ -113,24 +114,71 @@ TEST_F(OtherFilesTest, AlphaIsAssociatedInExrAndNotInPng)
 
 TEST_F(OtherFilesTest, WindowsBecomeTheDisplayWindow)
 {
-    // 3 x 3 pixels of data around the lower right corner of a display window of 4 x 4.
-    writeExr(file("in.exr"), {.channels = {{"R"}, {"G"}, {"B"}, {"Z"}},
-                              .lineOrder = Imf::DECREASING_Y,
-                              .dataWindow = {{2, 2}, {4, 4}},
-                              .displayWindow = {{0, 0}, {3, 3}}});
-    std::vector<std::string> const notes = copyImage(file("in.exr"), file("out.tif"));
-    EXPECT_EQ(notes.size(), 2U); // the window and Z
-    std::vector<float> const data = loadValues(file("in.exr"));
-    std::vector<float> const values = loadValues(file("out.tif"));
-    ASSERT_EQ(values.size(), 4U * 4U * 3U);
-    for (std::size_t index = 0; index < values.size(); ++index) {
-        std::size_t const x = index / 3 % 4;
-        std::size_t const y = index / 12;
-        bool const hasData = x >= 2 && y >= 2;
-        float const expected = hasData ? data[((y - 2) * 3 + x - 2) * 3 + index % 3] : 0.0F;
-        EXPECT_EQ(std::bit_cast<std::uint32_t>(values[index]),
-                  std::bit_cast<std::uint32_t>(expected))
-            << x << ", " << y;
+    // Around each corner, inside, outside, and beside a display window of 5 x 4 at (1, -2).
+    constexpr GeRectangle<int> display{1, -2, 6, 2};
+    for (Imath::Box2i const& window : std::vector<Imath::Box2i>{{{4, 0}, {7, 4}},
+                                                                {{-2, -4}, {2, -1}},
+                                                                {{3, -3}, {8, 0}},
+                                                                {{0, 1}, {2, 3}},
+                                                                {{2, -1}, {4, 0}},
+                                                                {{-1, -4}, {7, 3}},
+                                                                {{6, -2}, {8, 1}},
+                                                                {{1, 2}, {5, 4}}}) {
+        SCOPED_TRACE(std::to_string(window.min.x) + " " + std::to_string(window.min.y));
+        writeExr(file("in.exr"), {.channels = {{"R"}, {"G"}, {"B"}, {"Z"}},
+                                  .lineOrder = Imf::DECREASING_Y,
+                                  .dataWindow = window,
+                                  .displayWindow = {{1, -2}, {5, 1}}});
+        // The window and Z.
+        EXPECT_EQ(copyImage(file("in.exr"), file("out.tif"), {.blocksPerStrip = 1}).size(), 2U);
+        std::vector<float> const data = loadValues(file("in.exr"));
+        std::vector<float> const values = loadValues(file("out.tif"));
+        ASSERT_EQ(values.size(), 5U * 4U * 3U);
+        std::size_t sample = 0;
+        for (int y = display.y0; y < display.y1; ++y) {
+            for (int x = display.x0; x < display.x1; ++x) {
+                bool const hasData = window.intersects(Imath::V2i(x, y));
+                int const pixel =
+                    (y - window.min.y) * (window.max.x - window.min.x + 1) + x - window.min.x;
+                for (int part = 0; part < 3; ++part) {
+                    float const expected =
+                        hasData ? data[static_cast<std::size_t>(3 * pixel + part)] : 0.0F;
+                    ASSERT_EQ(std::bit_cast<std::uint32_t>(values[sample++]),
+                              std::bit_cast<std::uint32_t>(expected))
+                        << x << ", " << y;
+                }
+            }
+        }
+    }
+}
+
+TEST_F(OtherFilesTest, IntegersAreRoundedAndLimitedAndPngColourIsDividedByAlpha)
+{
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    struct Case {
+        char const* name;
+        std::vector<float> pixel; ///< red, green, blue and alpha of the EXR file
+        float steps;              ///< that make 1
+        std::vector<float> stored;
+    };
+    for (auto const& [name, pixel, steps, stored] :
+         {Case{"a.png", {0.25F, 0.125F, 0.5F, 0.5F}, 65535, {32768, 16384, 65535, 32768}},
+          Case{"a.png", {0.5F, 0.25F, 2, 0}, 65535, {32768, 16384, 65535, 0}},
+          Case{"a.png", {-1, std::nanf(""), infinity, 1}, 65535, {0, 0, 65535, 65535}},
+          Case{"a.png", {0.5F, 0.25F, 0.125F, infinity}, 65535, {32768, 16384, 8192, 65535}},
+          Case{"a.dpx", {0.5F, -0.5F, 1.5F, 0.5F}, 65535, {32768, 0, 65535, 32768}},
+          Case{"a.jpg", {0.5F, 0.5F, 0.5F}, 255, {128, 128, 128}}}) {
+        std::map<std::string, float> values = {{"R", pixel[0]}, {"G", pixel[1]}, {"B", pixel[2]}};
+        if (pixel.size() > 3) {
+            values["A"] = pixel[3];
+        }
+        writeExr(file("in.exr"), {.channels = {}, .values = values});
+        copyImage(file("in.exr"), file(name));
+        std::vector<float> found = loadValues(file(name));
+        ASSERT_GE(found.size(), stored.size()) << name;
+        for (std::size_t part = 0; part < stored.size(); ++part) {
+            EXPECT_FLOAT_EQ(found[part], stored[part] / steps) << name << " " << part;
+        }
     }
 }
 
