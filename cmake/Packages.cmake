@@ -1,7 +1,7 @@
 # Debian packages, one per component of the installation that is listed: `cpack` in the build folder.
 
 set(CPACK_GENERATOR DEB)
-set(CPACK_COMPONENTS_ALL openfx)
+set(CPACK_COMPONENTS_ALL program sdk openfx)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
@@ -9,8 +9,26 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER "The Remap Color developers <remap-color@localhost>")
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# Our own libraries need each other.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+    ${CMAKE_LIBRARY_OUTPUT_DIRECTORY} ${REMAPCOLOR_TOOL_DIRECTORY})
 
-set(CPACK_DEBIAN_OPENFX_PACKAGE_NAME remap-color-openfx)
-set(CPACK_COMPONENT_OPENFX_DESCRIPTION
-    "Remap Color for OpenFX hosts\n Levels, gamma, exposure, knee and curves per channel.")
+# add_package(COMPONENT NAME DESCRIPTION)
+function(add_package component name description)
+    string(TOUPPER ${component} upper)
+    set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${name} PARENT_SCOPE)
+    set(CPACK_COMPONENT_${upper}_DESCRIPTION ${description} PARENT_SCOPE)
+    install(FILES packaging/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name}
+        COMPONENT ${component})
+endfunction()
+
+add_package(program remap-color "Remap the colours of pictures and sequences
+ Levels, gamma, exposure, knee and curves per channel, as a command line for EXR, PNG, TIFF, JPEG and
+ DPX, and the tool that it sends them through.")
+add_package(sdk remap-color-dev "Build tools and panels for Remap Color's host
+ The headers of the host's interface and of the tool, and a package for CMake.")
+add_package(openfx remap-color-openfx "Remap Color for OpenFX hosts
+ Levels, gamma, exposure, knee and curves per channel.")
+set(CPACK_DEBIAN_SDK_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_SDK_PACKAGE_DEPENDS "remap-color (= ${PROJECT_VERSION}), g++ (>= 4:12), cmake (>= 3.25)")
 include(CPack)
