@@ -4,6 +4,7 @@
 #include "remapcolor/commands/DescribeCommand.h"
 #include "remapcolor/commands/LutCommand.h"
 #include "remapcolor/commands/PickCommand.h"
+#include "remapcolor/commands/PlotCommand.h"
 #include "remapcolor/commands/RenderCommand.h"
 #include "remapcolor/options/CommandLine.h"
 #include "remapcolor/reports/Failures.h"
@@ -47,6 +48,12 @@ struct Execution {
     int operator()(PickRequest const& request) const
     {
         runPick(request, reporter);
+        return done;
+    }
+    int operator()(PlotRequest const& request) const
+    {
+        reporter.configure(ProgressStyle::Auto, request.verbosity);
+        runPlot(request, reporter);
         return done;
     }
     int operator()(ProjectRequest const& request) const

@@ -27,9 +27,7 @@ public:
 inline constexpr char const* oiioModuleFunction = "remapMediaOiioModule";
 using OiioModuleFunction = OiioModule* (*)();
 
-/// Loads the module the first time; main thread. It is looked for beside the code of this library
-/// and beside the program, there and in the library folder next to it. Throws ImageFileError
-/// (Surroundings).
+/// Loads the module the first time; main thread. Throws ImageFileError (Surroundings).
 OiioModule& loadOiioModule();
 
 /// The module if it has been loaded, or null.

@@ -251,6 +251,7 @@ void runLut(LutRequest const& request, Reporter& reporter)
     ToolSession const session(request.node);
     HostNode& node = session.getNode();
     Chain const chain{node, chooseTime(node, request.frame, {})};
+    checkOutput(request.output, "table");
     reportLook(node, {chain.time}, reporter);
     reportLosses(request, chain, reporter);
     saveText(request.output, "table", makeText(request, chain, reporter));

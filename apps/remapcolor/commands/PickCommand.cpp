@@ -36,13 +36,6 @@ using Pixel = CoRgbaColorTyped<float>;
 
 constexpr std::chrono::milliseconds longestWait{50}; // until a signal is noticed
 
-void stopIfAsked()
-{
-    if (StopSignals::getFlag()) {
-        throw Interrupted{StopSignals::getSignal()};
-    }
-}
-
 /// Waits for the event by which the answer comes.
 Pixel process(ControllerLink& link, PxTimeContext const& time, Pixel const& colour)
 {
@@ -52,7 +45,7 @@ Pixel process(ControllerLink& link, PxTimeContext const& time, Pixel const& colo
     link.processSinglePixel(time, colour);
     EvEventManager& events = EvEventManager::getInstance();
     while (!answer.has_value()) {
-        stopIfAsked();
+        StopSignals::throwIfAsked();
         events.waitForEvents(longestWait);
         events.processEvents();
     }
@@ -121,7 +114,7 @@ public:
             areas.push_back(findBounds(place, source->getInfo().dataWindow, picks.input, reporter));
         }
         for (std::size_t index = 0; index < areas.size(); ++index) {
-            stopIfAsked();
+            StopSignals::throwIfAsked();
             PickPlace const& place = request.places[index];
             picks.results.push_back(place.isArea ? pickOneArea(place, areas[index])
                                                  : pickPixel(place));
@@ -141,7 +134,7 @@ private:
     PickResult pickOneArea(PickPlace const& place, GeRectangle<int> const& area)
     {
         PickPlace const held{area.x0, area.y0, area.getWidth(), area.getHeight(), place.isArea};
-        return {held, pickArea(node, *source, mask, area, time, stopIfAsked)};
+        return {held, pickArea(node, *source, mask, area, time, StopSignals::throwIfAsked)};
     }
 
     /// 1 without a mask.

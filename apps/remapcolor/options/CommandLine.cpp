@@ -63,6 +63,15 @@ constexpr char const* lutExamples =
     "A .clf has the result of every half, exact for pictures of halves. Alpha, masks and\n"
     "keyframes are in no table.";
 
+constexpr char const* plotExamples =
+    "Examples:\n"
+    "  remapcolor plot -o look.svg -s Linear.Gamma=2.2 --curve \"rgb=0,0 0.5,0.65 1,1\"\n"
+    "  remapcolor plot in.exr -o look.png -p look.json --stops -8,6\n"
+    "  remapcolor plot in.exr -o look.png --mode EXRDisplay --range 0,16 --frame 12\n"
+    "\n"
+    "Three panels: the mode's transfer, the adjustment curves with keys and handles, and\n"
+    "both together, which is what render does.";
+
 constexpr char const* projectExamples =
     "Examples:\n"
     "  remapcolor project -o look.json --mode EXRDisplay -s EXRDisplay.Exposure=0@1,2@24\n"
@@ -188,6 +197,7 @@ private:
         act(describe);
         act(project);
         act(lut);
+        act(plot);
     }
 
     /// The command that the command line names; "COMMAND" where it names none.
@@ -237,6 +247,9 @@ private:
     Command<LutRequest> lut{{app, "lut", "Save the whole chain as a table.",
                              "remapcolor lut -o OUT.clf|.cube|.spi1d [options]", lutExamples,
                              &addLutOptions}};
+    Command<PlotRequest> plot{{app, "plot", "Draw the transfer, the curves and both together.",
+                               "remapcolor plot [INPUT] -o OUT.svg|.png [options]", plotExamples,
+                               &addPlotOptions}};
 };
 
 } // namespace

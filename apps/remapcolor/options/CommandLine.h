@@ -5,6 +5,7 @@
 #include "remapcolor/commands/ProjectCommand.h"
 #include "remapcolor/options/LutRequest.h"
 #include "remapcolor/options/PickRequest.h"
+#include "remapcolor/options/PlotRequest.h"
 #include "remapcolor/options/ProgramManual.h"
 #include "remapcolor/options/RenderRequest.h"
 
@@ -17,7 +18,7 @@ struct PrintRequest {
 };
 
 using Request = std::variant<PrintRequest, CompletionRequest, DescribeRequest, LutRequest,
-                             PickRequest, ProjectRequest, RenderRequest>;
+                             PickRequest, PlotRequest, ProjectRequest, RenderRequest>;
 
 /// Reads a command line as main gets it. Throws UsageError; looks at no file. Two commands are for
 /// programs and in no help text: "complete WORD..." for shells, and "manual" for the manual page.

@@ -1,12 +1,11 @@
-// Keys that a curve's table misses. What a key gets is asked of the tool: a second node, at its
-// defaults but for the curves, sends a value through its curve and leaves it alone otherwise.
+// Keys that a curve's table misses. What a key gets is asked of the tool.
 
 #include "remapcolor/session/CurveNotes.h"
 
 #include "remapcolor/reports/Failures.h"
+#include "remapcolor/session/NodePart.h"
 #include "remapcolor/session/ToolKeys.h"
-#include "runtime/engine/SentPixels.h"
-#include "runtime/graph/HostGraph.h"
+#include "runtime/graph/EvaluatedValue.h"
 #include "runtime/graph/ValueNames.h"
 #include "runtime/values/NumberText.h"
 
@@ -31,30 +30,6 @@ std::vector<Point> takeKeys(CurvePoints const& points)
     }
     return keys;
 }
-
-/// The tool's curves on their own.
-class CurveProbe {
-public:
-    explicit CurveProbe(HostNode const& node)
-        : graph(makeShared<HostGraph>()), probe(graph->createNode(node.getTool()))
-    {
-        NodeValues curves;
-        for (HostNode::ValueSlot const& slot : findValues(node, ToolKeys::adjustCurve)) {
-            curves.emplace(slot.name, *slot.value->getState());
-        }
-        probe->setValues(curves);
-    }
-
-    /// What becomes of the pixels.
-    std::vector<Pixel> send(std::vector<Pixel> const& pixels, double time) const
-    {
-        return sendPixels(*probe, pixels, time);
-    }
-
-private:
-    RCShdPtr<HostGraph> graph;
-    RCShdPtr<HostNode> probe;
-};
 
 /// A key and what the curve gives there.
 struct Miss {
@@ -104,7 +79,7 @@ std::vector<Miss> findMisses(std::vector<Point> const& keys, std::vector<float> 
 /// One for each channel.
 using Misses = std::array<std::vector<Miss>, channels.size()>;
 
-void collect(CurveProbe const& probe, ValueSlots const& curves, double time, Misses& misses)
+void collect(NodePart const& probe, ValueSlots const& curves, double time, Misses& misses)
 {
     std::array<std::vector<Point>, channels.size()> keys;
     std::size_t nbKeys = 0;
@@ -150,12 +125,6 @@ bool isConstant(HostNode::ValueSlot const& curve)
     return std::get<Animated<CurvePoints>>(*curve.value->getState()).isConstant();
 }
 
-bool isAdjusting(HostNode const& node, double time)
-{
-    auto const state = node.getValue(ToolKeys::adjust)->getState();
-    return std::get<Animated<bool>>(*state).evaluate(time).getValue();
-}
-
 } // namespace
 
 std::vector<std::string> findCurveNotes(HostNode const& node, std::vector<double> const& times)
@@ -164,11 +133,11 @@ std::vector<std::string> findCurveNotes(HostNode const& node, std::vector<double
     if (findChangedValues(node).empty()) {
         return {};
     }
-    CurveProbe const probe(node);
+    NodePart const probe = NodePart::takeCurves(node);
     Misses misses;
     bool const areConstant = std::all_of(curves.begin(), curves.end(), isConstant);
     for (double const time : times) {
-        if (isAdjusting(node, time)) {
+        if (evaluateValue<bool>(node, ToolKeys::adjust, time)) {
             collect(probe, curves, time, misses);
             if (areConstant) {
                 break;

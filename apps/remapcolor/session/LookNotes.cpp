@@ -7,6 +7,7 @@
 #include "remapcolor/session/CurveNotes.h"
 #include "remapcolor/session/ToolKeys.h"
 #include "remapcolor/text/ValueText.h"
+#include "runtime/graph/EvaluatedValue.h"
 #include "runtime/graph/ValueNames.h"
 #include "runtime/project/ProjectValues.h"
 #include "runtime/values/NumberText.h"
@@ -21,13 +22,6 @@
 namespace {
 
 using Slot = HostNode::ValueSlot;
-
-template <typename T>
-T evaluate(HostNode const& node, std::string const& name, double time)
-{
-    auto const state = node.getValue(name)->getState();
-    return std::get<Animated<T>>(*state).evaluate(time).getValue();
-}
 
 bool isWithin(std::string const& name, std::string const& group)
 {
@@ -55,7 +49,7 @@ public:
     {
         auto const value = node.getValue(ToolKeys::mode);
         auto const& choices = dynamic_cast<PiEnumPolicy const&>(*value->getPolicy());
-        int const current = evaluate<int>(node, ToolKeys::mode, 0.0);
+        int const current = evaluateValue<int>(node, ToolKeys::mode, 0.0);
         for (auto const& [number, label] : choices.getPairs()) {
             (number == current ? mode : otherModes.emplace_back()) = label;
         }
@@ -64,7 +58,7 @@ public:
     std::vector<std::string> takeNotes()
     {
         std::string const muteName = PiImageModifier::getMuteValueName();
-        if (evaluate<bool>(node, muteName, 0.0)) {
+        if (evaluateValue<bool>(node, muteName, 0.0)) {
             addVain(findColours(), quote(muteName) + " is on; add -s " + muteName + "=false");
         } else if (isAlways<double>(ToolKeys::mix, 0.0)) {
             addVain(findColours(), quote(ToolKeys::mix) + " is 0; add --mix 1");
@@ -106,8 +100,9 @@ private:
     template <typename T>
     bool isAlways(std::string const& name, T wanted) const
     {
-        return std::all_of(times.begin(), times.end(),
-                           [&](double time) { return evaluate<T>(node, name, time) == wanted; });
+        return std::all_of(times.begin(), times.end(), [&](double time) {
+            return evaluateValue<T>(node, name, time) == wanted;
+        });
     }
 
     void checkModes()
@@ -132,7 +127,7 @@ private:
         ValueSlots const zeros = choose([this](Slot const& slot) {
             return isWithin(slot.name, mode + "." + ToolKeys::gamma) &&
                    std::any_of(times.begin(), times.end(), [&](double time) {
-                       double const gamma = evaluate<double>(node, slot.name, time);
+                       double const gamma = evaluateValue<double>(node, slot.name, time);
                        return std::abs(gamma) < std::numeric_limits<float>::min();
                    });
         });
@@ -182,8 +177,8 @@ private:
     std::string describeLevel(std::string const& minimumName, std::string const& maximumName) const
     {
         for (double const time : times) {
-            double const minimum = evaluate<double>(node, minimumName, time);
-            double const maximum = evaluate<double>(node, maximumName, time);
+            double const minimum = evaluateValue<double>(node, minimumName, time);
+            double const maximum = evaluateValue<double>(node, maximumName, time);
             if (minimum == maximum) {
                 return std::string(ToolKeys::levelMin) + " and " + ToolKeys::levelMax +
                        " are both " + formatNumber(minimum) + ", a range without width";

@@ -3,6 +3,7 @@
 #include "remapcolor/session/ProjectFiles.h"
 
 #include "files/FileError.h"
+#include "files/TemporaryFile.h"
 #include "remapcolor/reports/Failures.h"
 #include "runtime/project/Project.h"
 
@@ -17,6 +18,11 @@ namespace {
         throw UsageError(text);
     }
     throw SurroundingsError(text);
+}
+
+std::string describeWriting(std::filesystem::path const& file, std::string const& kind)
+{
+    return "cannot write the " + kind + " " + quote(file.string());
 }
 
 } // namespace
@@ -38,11 +44,20 @@ void saveProject(std::filesystem::path const& file, HostNode const& node)
     saveText(file, "project", writeProject(node));
 }
 
+void checkOutput(std::filesystem::path const& file, std::string const& kind)
+{
+    try {
+        checkTarget(file);
+    } catch (FileError const& error) {
+        throwFileFailure(describeWriting(file, kind), error);
+    }
+}
+
 void saveText(std::filesystem::path const& file, std::string const& kind, std::string const& text)
 {
     try {
         saveTextFile(file, text);
     } catch (FileError const& error) {
-        throwFileFailure("cannot write the " + kind + " " + quote(file.string()), error);
+        throwFileFailure(describeWriting(file, kind), error);
     }
 }

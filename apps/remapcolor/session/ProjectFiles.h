@@ -13,5 +13,8 @@ NodeValues loadProject(std::filesystem::path const& file, HostNode const& patter
 /// missing folder, SurroundingsError for what else the system refuses.
 void saveProject(std::filesystem::path const& file, HostNode const& node);
 
-/// The same for any text; `kind` is what the user calls it.
+/// Throws what saveText would throw for a name that leads nowhere or cannot be written.
+void checkOutput(std::filesystem::path const& file, std::string const& kind);
+
+/// The same for any text or bytes; `kind` is what the user calls it.
 void saveText(std::filesystem::path const& file, std::string const& kind, std::string const& text);

@@ -82,3 +82,10 @@ int StopSignals::getSignal()
 {
     return lastSignal;
 }
+
+void StopSignals::throwIfAsked()
+{
+    if (wasAskedToStop) {
+        throw Interrupted{lastSignal};
+    }
+}

@@ -26,6 +26,9 @@ public:
     /// The signal that came last; 0 for none.
     static int getSignal();
 
+    /// Throws Interrupted from the first signal on.
+    static void throwIfAsked();
+
 private:
     static constexpr std::array handled = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 

@@ -1,0 +1,117 @@
+// "plot": the node's transfer, curves and chain as a figure.
+
+#include "remapcolor/commands/PlotCommand.h"
+
+#include "media/ImageFiles.h"
+#include "pluginAPI/IxSampleConversion.h"
+#include "remapcolor/commands/PlotFigure.h"
+#include "remapcolor/reports/Failures.h"
+#include "remapcolor/session/LookNotes.h"
+#include "remapcolor/session/ProjectFiles.h"
+#include "remapcolor/session/StopSignals.h"
+#include "remapcolor/session/ToolSession.h"
+#include "runtime/values/NumberText.h"
+
+#include <cstddef>
+#include <span>
+
+namespace {
+
+using Pixel = CoRgbaColorTyped<float>;
+
+FigureAxis makeInputAxis(PlotRequest const& request)
+{
+    using Unit = FigureAxis::Unit;
+    return {double{request.range.minimum}, double{request.range.maximum},
+            request.hasStops ? "input in stops, 0 is the value 1" : "input",
+            request.hasStops ? Unit::Stop : Unit::Value};
+}
+
+std::vector<Pixel> readPixels(IxTile const& tile)
+{
+    IxReadGuard const guard(tile);
+    GeRectangle<int> const& bounds = tile.getBounds();
+    auto const width = static_cast<std::size_t>(bounds.getWidth());
+    std::vector<Pixel> pixels(width * static_cast<std::size_t>(bounds.getHeight()));
+    for (int y = bounds.y0; y < bounds.y1; ++y) {
+        readPixelRow(
+            tile.getPixelFormat(), guard.getRow(y),
+            std::span(pixels).subspan(width * static_cast<std::size_t>(y - bounds.y0), width));
+    }
+    return pixels;
+}
+
+void checkInput(PlotRequest const& request)
+{
+    std::error_code ignored;
+    if (std::filesystem::equivalent(request.input, request.output, ignored)) {
+        throw UsageError("the plot would replace its input " + quote(request.input.string()) +
+                         "; give another name after -o");
+    }
+}
+
+void countPixels(PlotRequest const& request, PlotFigure& figure)
+{
+    auto const source = openImage(request.input, {.layer = request.layer});
+    if (source->getInfo().format.getComponents() == IxPixelFormat::ALPHA) {
+        throw UsageError("there is no colour in " + quote(request.input.string()) +
+                         ", of which a histogram could be drawn");
+    }
+    int const height = source->getInfo().dataWindow.getHeight();
+    ImageStrip strip;
+    int index = 0;
+    for (int rows = 0; rows < height; rows += strip.colour.getBounds().getHeight()) {
+        StopSignals::throwIfAsked();
+        source->readStrip(source->getStripBounds(index++, source->getRowsPerBlock()), strip);
+        figure.addPixels(readPixels(strip.colour));
+    }
+}
+
+void reportOutside(PictureHistogram const& histogram, Reporter& reporter)
+{
+    if (histogram.getNbOutside() > 0) {
+        double const share = double(histogram.getNbOutside()) / double(histogram.getNbValues());
+        reporter.note("the histogram lacks " + formatShort(100.0 * share) +
+                      " % of the picture's values, which lie beyond the plotted range or are NaN");
+    }
+}
+
+void reportHiddenKeys(std::vector<std::string> const& keys, Reporter& reporter)
+{
+    if (!keys.empty()) {
+        std::size_t const nbMore = keys.size() - 1;
+        reporter.note("the plot of the curves does not reach their key " + keys.front() +
+                      (nbMore == 0 ? "" : " and " + std::to_string(nbMore) + " more"));
+    }
+}
+
+std::string draw(Figure const& figure, FigureFormat format)
+{
+    try {
+        return drawFigure(figure, format);
+    } catch (FigureError const& error) {
+        throw SurroundingsError(std::string("cannot draw the plot: ") + error.what());
+    }
+}
+
+} // namespace
+
+void runPlot(PlotRequest const& request, Reporter& reporter)
+{
+    StopSignals const signals;
+    ToolSession session(request.node);
+    HostNode& node = session.getNode();
+    double const time = chooseTime(node, request.frame, request.input);
+    checkOutput(request.output, "plot");
+    checkInput(request);
+    auto const link = session.linkController();
+    reportLook(node, {time}, reporter);
+    PlotFigure figure(node, *link, time, {makeInputAxis(request), request.results});
+    reportHiddenKeys(figure.getHiddenKeys(), reporter);
+    if (!request.input.empty()) {
+        countPixels(request, figure);
+        reportOutside(figure.getInputHistogram(), reporter);
+        figure.addHistograms(request.input.filename().string());
+    }
+    saveText(request.output, "plot", draw(figure.getFigure(), request.format));
+}

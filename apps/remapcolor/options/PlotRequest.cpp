@@ -1,0 +1,74 @@
+// The options of "plot".
+
+#include "remapcolor/options/PlotRequest.h"
+
+#include "remapcolor/options/CommandOptions.h"
+#include "remapcolor/options/NumberOptions.h"
+#include "remapcolor/reports/Failures.h"
+#include "runtime/values/NearestNames.h"
+
+namespace {
+
+FigureFormat findFormat(std::filesystem::path const& file)
+{
+    std::string const extension = toLower(file.extension().string());
+    if (extension == ".svg") {
+        return FigureFormat::Svg;
+    }
+    if (extension == ".png") {
+        return FigureFormat::Png;
+    }
+    throw UsageError("cannot write the plot " + quote(file.string()) +
+                     ": its name must end in .svg or .png");
+}
+
+GeInterval<float> parseStops(std::string const& text)
+{
+    constexpr float most = 120.0F; // from 1 to where floats end
+    GeInterval<float> const stops = parseRange("--stops", text);
+    if (stops.minimum < -most || stops.maximum > most) {
+        throw UsageError("--stops takes stops from -120 to 120, 0 being the value 1, not " +
+                         quote(text));
+    }
+    return stops;
+}
+
+} // namespace
+
+void addPlotOptions(CommandOptions& options, PlotRequest& request)
+{
+    options.addArgument("INPUT", "Picture whose histogram lies behind the curves",
+                        [&request](std::string const& text) { request.input = text; });
+    addOutputOption(options, "OUT", "Figure to write: .svg or .png", request.output);
+    options.addOption("--range", "LO,HI", "Values of the input to plot (0,1)",
+                      [&request](std::string const& text) {
+                          request.range = parseRange("--range", text);
+                          request.hasStops = false;
+                      });
+    options.addOption("--stops", "LO,HI", "The same in stops, 0 being the value 1: -8,6",
+                      [&request](std::string const& text) {
+                          request.range = parseStops(text);
+                          request.hasStops = true;
+                      });
+    options.addOption(
+        "--results", "LO,HI", "Results to plot (default: all there are)",
+        [&request](std::string const& text) { request.results = parseRange("--results", text); });
+    addNodeOptions(options, request.node);
+    addDepthOption(options, request.node);
+    addFrameOption(options, "-f,--frame", request.frame);
+    options.addOption("--layer", "NAME", "Take the channels NAME.R, NAME.G, NAME.B of the file",
+                      [&request](std::string const& text) { request.layer = text; });
+    options.addFlag("-q,--quiet", "Print errors only",
+                    [&request] { request.verbosity = Verbosity::Quiet; });
+}
+
+void checkComplete(PlotRequest& request)
+{
+    if (request.output.empty()) {
+        throw UsageError("plot needs a figure to write; add -o OUT.svg or OUT.png");
+    }
+    request.format = findFormat(request.output);
+    if (!request.layer.empty() && request.input.empty()) {
+        throw UsageError("--layer needs a picture; write remapcolor plot INPUT -o OUT.svg");
+    }
+}

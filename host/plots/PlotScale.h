@@ -1,0 +1,20 @@
+#pragma once
+
+#include "plots/Figure.h"
+
+#include <string>
+#include <vector>
+
+/// A place on an axis that has a label.
+struct PlotTick {
+    double place;
+    std::string label;
+};
+
+/// Ticks at round numbers: some four to eight between the ends of the axis, which need not be
+/// ticks. Labels have as many digits as tell them apart, and a true minus sign.
+std::vector<PlotTick> makeTicks(FigureAxis const& axis);
+
+/// The range from `low` to `high`, made wider to end at ticks; `low` and `high` are finite. A range
+/// without width gets some.
+FigureAxis makeRoundAxis(double low, double high, std::string label);
