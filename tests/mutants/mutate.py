@@ -198,7 +198,7 @@ def choose(options):
               and (options.find is None or options.find in f"{mutant.what} {mutant.file}")]
     if not wanted:
         raise TableError("no change fits; see --list")
-    return wanted
+    return sorted(wanted, key=lambda mutant: mutant.file.endswith(".h"))  # those take longest
 
 
 def main():

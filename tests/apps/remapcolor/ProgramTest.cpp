@@ -15,6 +15,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <system_error>
@@ -264,6 +265,18 @@ TEST_F(ProgramTest, OutputThatCannotBeWrittenIsAFailure)
     ProgramResult const result = Program(folder, {"describe"}, "/dev/full").wait();
     EXPECT_EQ(result.status, 3);
     EXPECT_EQ(result.errors.size(), 1U);
+    // A disk that is full after some bytes, for a project.
+    auto const fill = [] {
+        ::rlimit const room{700, 700};
+        ::setrlimit(RLIMIT_FSIZE, &room);
+        std::signal(SIGXFSZ, SIG_IGN);
+    };
+    saveBytes(path("p.json"), "former");
+    ProgramResult const saved = Program(folder, {"project", "-o", "p.json"}, {}, fill).wait();
+    EXPECT_EQ(saved.status, 3);
+    EXPECT_EQ(saved.errors.size(), 1U);
+    EXPECT_EQ(loadBytes(path("p.json")), "former");
+    EXPECT_EQ(folder.list(), (Names{"in.exr", "p.json"}));
 }
 
 TEST_F(ProgramTest, ReaderThatHasSeenEnoughIsNoFailure)

@@ -114,6 +114,7 @@ TEST_F(ValueOptions, WrongOnesAreRefusedWithAHint)
          {Case{"Mode", "write NAME=VALUE"},
           Case{"Exposure=1", "did you mean \"EXRDisplay.Exposure\"?"},
           Case{"=1", "there is no input \"\""},
+          Case{"Linear.Gam=1", "there is no input \"Linear.Gam\""},
           Case{"Linear=1", "groups inputs of several kinds"},
           Case{"EXRDisplay.Exposure=11", "takes -10 to 10, not 11"},
           Case{"EXRDisplay.Exposure=1@1,11@2", "takes -10 to 10"},

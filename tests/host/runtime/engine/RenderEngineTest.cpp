@@ -2,6 +2,7 @@
 
 #include "runtime/engine/RenderEngine.h"
 
+#include "pluginAPI/PxRequestMgr.h"
 #include "support/Failures.h"
 #include "support/InMemoryHost.h"
 
@@ -28,6 +29,7 @@ struct PassNode : PxImageNode {
     PxImageResult computeImage(PxImageContext const& context) const override
     {
         onCompute();
+        EXPECT_TRUE(PxRequestMgr::getInstance().isWorkerThreadCurrent());
         return source->computeImage(context);
     }
     std::function<void()> onCompute = [] {};
@@ -139,6 +141,7 @@ TEST_F(RenderEngineTest, FailuresReachTheCallerAndTheChainStaysUsable)
             sink.isFinished = false;
             EXPECT_EQ(messageOf<std::runtime_error>([&] { render(); }), "the fourth fails");
             EXPECT_FALSE(sink.isFinished);
+            EXPECT_TRUE(place != 1 || nbCalls == 4); // nothing is written after what failed
             source.onRead = sink.onWrite = chain->onCompute = [] {};
         }
     }

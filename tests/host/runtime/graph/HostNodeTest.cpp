@@ -139,7 +139,13 @@ TEST_F(HostNodeTest, UndoReachesANodeThatWasTakenOutAndSparesTheOthers)
         edited->setValues({{exposure, Animated<double>(1.0)}});
     }
     graph->removeNode(other);
+    EXPECT_TRUE(other->getGraph().isNull());
     HostCommandStack& history = graph->getHistory();
+    {
+        PiUndoGuard const guard(graph->getCommandStack(), "New", PiExecParam());
+        graph->createNode(node->getTool());
+    }
+    EXPECT_EQ(history.getUndoLabel(), "Edit"); // what a new node sets is no step
     history.undo();
     EXPECT_EQ(get(exposure), 1.0);
     EXPECT_EQ(*other->getValue(exposure)->getState(), ValueState(Animated<double>(0.0)));

@@ -49,6 +49,11 @@ TEST(ToolLoaderTest, FindsByNameBesideTheProgramAndSaysWhereItLooked)
     ToolLoader loader;
     loader.find("libVXremapColor.vxtool");
     EXPECT_NO_THROW(loader.getTool(toolName));
+    ::setenv("VX_TOOL_PATH", ":a::b", 1);
+    std::vector<std::filesystem::path> folders = getToolFolders();
+    ::unsetenv("VX_TOOL_PATH");
+    folders.resize(2);
+    EXPECT_EQ(folders, (std::vector<std::filesystem::path>{"a", "b"}));
     expectLineWith("lib/vxtools; set VX_TOOL_PATH",
                    messageOf<ToolLoadError>([&] { loader.find("nothing.vxtool"); }));
 }

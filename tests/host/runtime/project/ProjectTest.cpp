@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 
 namespace {
@@ -96,7 +97,9 @@ TEST_F(ProjectTest, FailuresNameThePlace)
         {project(R"("Adjust Curve.Red": {"points": [[0, 0], [1, 1]]})"), "three points per key"},
         {project(R"("Adjust Curve.Red": {"points": [[0,0],[1,1],[1,1],[0,0],[0.5,0],[1,0]]})"),
          "runs back"},
+        {project(R"("Adjust Curve.Red": {"points": [[0,0,1],[1,1,1],[2,2,1]]})"), "point"},
         {project(R"("Curve Display": 4294967296)"), "32 bits"},
+        {project(R"("Curve Display": -2147483649)"), "32 bits"},
         {project(R"("Plot Color": [1, null])"), "list of finite numbers"},
         {project(R"("Plot Color": [1, 2])"), "takes 3 finite numbers, not 2"},
         {project(R"("Plot Color": [1, 2, "inf"])"), "list of finite numbers"},
@@ -109,9 +112,16 @@ TEST_F(ProjectTest, FailuresNameThePlace)
     for (Case const& bad : cases) {
         expectLineWith(bad.message, failureOf(bad.text));
     }
-    std::string newer = project("");
-    newer.replace(newer.find("\"version\": 1"), 12, "\"version\": 2");
-    expectLineWith("use a newer one", failureOf(newer));
+    for (auto const& [part, instead, message] :
+         {std::array{"\"version\": 1", "\"version\": 2", "use a newer one"},
+          std::array{"Remap Color", "Other", "\"tool\" is \"Other\""},
+          std::array{"remap-color-project", "x", "\"format\""},
+          std::array{"\"version\"", "\"extra\": 1, \"version\"", "\"extra\" is not part"},
+          std::array{"\"values\": {}", "\"values\": []", "must be an object"}}) {
+        std::string text = project("");
+        text.replace(text.find(part), std::string(part).size(), instead);
+        expectLineWith(message, failureOf(text));
+    }
     EXPECT_EQ(before, writeProject(*node));
 }
 

@@ -36,6 +36,7 @@ TEST(NearestNames, AreWhatWasMeant)
     for (auto const& [wanted, nearest] : cases) {
         EXPECT_EQ(findNearestNames(wanted, names), nearest) << wanted.substr(0, 20);
     }
+    EXPECT_EQ(findNearestNames("x", {"A.x", "B.x", "C.x", "D.x"}), (Names{"A.x", "B.x", "C.x"}));
     EXPECT_EQ(suggestNames("Reed", {"Red", "Green"}, "see the list"), "; did you mean \"Red\"?");
     EXPECT_EQ(suggestNames("Purple", {"Red", "Green"}, "see the list"), "; see the list");
 }
