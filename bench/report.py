@@ -139,6 +139,19 @@ def conversion_table(results):
     yield "Rows of RGBA between depths, ns per pixel:\n\n" + table(names, [figures])
 
 
+def bundle_table(results):
+    rows = []
+    for name in sorted({run.split("/")[1] for run in results.runs if run.startswith("bundle/")}):
+        kernel, frame = (results.seconds(f"bundle/{name}/{way}", "cpu_time")
+                         for way in ["kernel", "frame"])
+        rows.append([name, *(f"{figure.median * 1e3:.1f}" for figure in [kernel, frame]),
+                     frame.over(kernel)])
+    load = results.seconds("bundle load", "real_time").median
+    yield ("A float frame through the OpenFX bundle in one render call, ms, one thread, beside the "
+           f"row kernel alone; the bundle is loaded and described in {load * 1e3:.1f} ms:\n\n"
+           + table(["work", "kernel", "frame", "times"], rows))
+
+
 def file_table(results):
     def cells(run, program):
         time, bare = (results.figure(run + name, lambda run: run["real_time"])
@@ -188,7 +201,8 @@ def draw(results):
 def main():
     folder, page, picture = map(Path, sys.argv[1:])
     results = Results(folder)
-    sections = [intro, kernel_tables, strip_table, conversion_table, file_table]
+    sections = [intro, kernel_tables, strip_table, conversion_table, bundle_table,
+                file_table]
     figures = "\n".join(text for section in sections for text in section(results))
     before, rest = page.read_text().split(BEGIN)
     page.write_text(before + BEGIN + "\n" + figures + "\n" + END + rest.split(END)[1])

@@ -1,17 +1,26 @@
 # Debian packages, one per component of the installation that is listed: `cpack` in the build folder.
 
 set(CPACK_GENERATOR DEB)
-set(CPACK_COMPONENTS_ALL program sdk openfx)
+set(CPACK_COMPONENTS_ALL openfx)
+if(NOT REMAPCOLOR_BUNDLE_ONLY)
+    list(APPEND CPACK_COMPONENTS_ALL program sdk)
+endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER "The Remap Color developers <remap-color@localhost>")
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# Our own libraries need each other.
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
-    ${CMAKE_LIBRARY_OUTPUT_DIRECTORY} ${REMAPCOLOR_TOOL_DIRECTORY})
+if(CMAKE_CROSSCOMPILING)
+    # What is installed here is of another architecture.
+    set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE arm64)
+    set(CPACK_DEBIAN_PACKAGE_DEPENDS "libc6 (>= 2.35)")
+else()
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+    # Our own libraries need each other.
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+        ${CMAKE_LIBRARY_OUTPUT_DIRECTORY} ${REMAPCOLOR_TOOL_DIRECTORY})
+endif()
 
 # add_package(COMPONENT NAME DESCRIPTION)
 function(add_package component name description)

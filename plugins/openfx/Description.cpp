@@ -5,6 +5,8 @@
 #include "HostAccess.h"
 #include "base/HostException.h"
 
+#include <algorithm>
+#include <limits>
 #include <string>
 
 namespace {
@@ -61,9 +63,10 @@ void describeNumber(Properties const& param, ParamSpec const& spec)
     constexpr int digits = 4;
     param.put(Prop::doubleType, OfxText::Prop::doubleTypePlain);
     param.put(Prop::defaultValue, spec.defaultNumber);
-    // The hard range first: it may set the other.
-    param.put(Prop::minimum, spec.minimum);
-    param.put(Prop::maximum, spec.maximum);
+    // The hard range first: it may set the other. Project files of hosts want finite numbers.
+    constexpr double largest = std::numeric_limits<float>::max();
+    param.put(Prop::minimum, std::max(spec.minimum, -largest));
+    param.put(Prop::maximum, std::min(spec.maximum, largest));
     param.put(Prop::displayMinimum, spec.displayMinimum);
     param.put(Prop::displayMaximum, spec.displayMaximum);
     param.put(Prop::increment, (spec.displayMaximum - spec.displayMinimum) / sliderSteps);

@@ -33,7 +33,6 @@ bool HostAccess::load()
     effects = fetch<OfxImageEffectSuite>(*host, Suite::imageEffect);
     params = fetch<OfxParameterSuite>(*host, Suite::parameter);
     curves = fetch<OfxParametricParameterSuite>(*host, Suite::parametric);
-    threads = fetch<OfxMultiThreadSuite>(*host, Suite::multiThread);
     // Version 2 begins as version 1 does, and more than that is not needed.
     message = nullptr;
     for (int const version : {2, 1}) {
@@ -143,6 +142,16 @@ Properties propertiesOf(OfxImageEffect* effect)
     OfxPropertySet* set = nullptr;
     if (effect == nullptr ||
         HostAccess::get().effects->getPropertySet(effect, &set) != OfxStat::Ok) {
+        set = nullptr;
+    }
+    return Properties(set);
+}
+
+Properties propertiesOf(OfxImageClip* clip)
+{
+    OfxPropertySet* set = nullptr;
+    if (clip == nullptr ||
+        HostAccess::get().effects->clipGetPropertySet(clip, &set) != OfxStat::Ok) {
         set = nullptr;
     }
     return Properties(set);

@@ -14,7 +14,6 @@ struct HostAccess {
     OfxParameterSuite const* params = nullptr;
     // Not every host has these.
     OfxParametricParameterSuite const* curves = nullptr;
-    OfxMultiThreadSuite const* threads = nullptr;
     OfxMessageSuite::Message message = nullptr;
 
     /// The process's only one.
@@ -57,5 +56,6 @@ private:
     OfxPropertySet* set;
 };
 
-/// Properties of an effect (descriptor or instance).
+/// Properties of an effect (descriptor or instance) and of an instance's clip. None for null.
 Properties propertiesOf(OfxImageEffect* effect);
+Properties propertiesOf(OfxImageClip* clip);

@@ -17,7 +17,8 @@ namespace {
 using Kind = ParamSpec::Kind;
 using Input = PiStructuredPolicyDescriptor::Member;
 
-/// What the tool's description does not say of a value: where a slider goes, and what it is for.
+/// What the tool's description does not say of a value: where a number's slider goes, and what it
+/// is for.
 struct Advice {
     char const* input;
     double displayMinimum;
@@ -25,18 +26,24 @@ struct Advice {
     char const* hint;
 };
 
-constexpr std::array<Advice, 11> allAdvice = {{
+constexpr std::array<Advice, 15> allAdvice = {{
+    {"Mode", 0.0, 0.0,
+     "Linear: levels and gamma. EXRDisplay: exposure, defog, knee and gamma of a display."},
     {"Linear.Input Level.Min", 0.0, 1.0, "The value that becomes the output minimum."},
     {"Linear.Input Level.Max", 0.0, 1.0, "The value that becomes the output maximum."},
     {"Linear.Output Level.Min", 0.0, 1.0,
      "What the input minimum becomes. An output minimum above the maximum gives a flat picture."},
     {"Linear.Output Level.Max", 0.0, 1.0, "What the input maximum becomes."},
     {"Linear.Gamma", 0.2, 5.0, "Brightens above 1, darkens below. Applied after the levels."},
+    {"Linear.Clamp", 0.0, 0.0, "Limits the result, after the curves, to the output levels."},
     {"EXRDisplay.Exposure", -10.0, 10.0, "Brighter or darker, in stops."},
     {"EXRDisplay.Defog", 0.0, 0.1, "Taken away from every value before exposure."},
     {"EXRDisplay.Knee High", 3.5, 7.5, "The stop that the knee brings to display white."},
     {"EXRDisplay.Knee Low", -3.0, 3.0, "The stop from which highlights are compressed."},
     {"EXRDisplay.Gamma", 0.5, 4.0, "Gamma of the display."},
+    {"Adjust", 0.0, 0.0, "Whether the curves are applied."},
+    {"Output Depth", 0.0, 0.0,
+     "Of a component of the result, in hosts that keep several depths at once."},
     {"Mix", 0.0, 1.0, "How much of the result is seen: 0 is the source."},
 }};
 
@@ -51,10 +58,6 @@ Advice const* findAdvice(std::string const& input)
     }
     return nullptr;
 }
-
-/// The tool's hosts write the 32-bit integers' limits for no bound, and project files of hosts want
-/// finite numbers.
-constexpr double noBound = 2147483647.0;
 
 template <typename T>
 T evaluate(ValueState const& state)
@@ -151,15 +154,22 @@ private:
         if (value.isNull()) {
             return; // a picture
         }
-        ParamSpec spec{Kind::Switch, openFxNames::fromInput(fullName), label, fullName, group,
-                       fullName};
+        Advice const* const advice = findAdvice(fullName);
+        std::string const hint = advice == nullptr ? "" : advice->hint;
+        ParamSpec spec{Kind::Switch, openFxNames::fromInput(fullName),
+                       label,        hint + " (" + fullName + ")",
+                       group,        fullName};
         ValueState const state = *value->getState();
         if (std::holds_alternative<Animated<bool>>(state)) {
             spec.defaultNumber = evaluate<bool>(state) ? 1.0 : 0.0;
         } else if (std::holds_alternative<Animated<int>>(state)) {
             describeChoice(spec, dynamic_cast<PiEnumPolicy const&>(*value->getPolicy()));
         } else {
-            describeNumber(spec, value->getPolicy().get(), evaluate<double>(state));
+            describeNumber(spec, findLimits(value->getPolicy().get()), evaluate<double>(state));
+            if (advice != nullptr) {
+                spec.displayMinimum = advice->displayMinimum;
+                spec.displayMaximum = advice->displayMaximum;
+            }
         }
         add(spec);
     }
@@ -175,20 +185,14 @@ private:
         }
     }
 
-    static void describeNumber(ParamSpec& spec, PiInputPolicy const* policy, double number)
+    static void describeNumber(ParamSpec& spec, NumberLimits const& limits, double number)
     {
-        auto const* const range = dynamic_cast<PiRangeInputPolicy<double> const*>(policy);
         spec.kind = Kind::Number;
         spec.defaultNumber = number;
-        spec.minimum = range == nullptr ? -noBound : std::max(range->getMinimum(), -noBound);
-        spec.maximum = range == nullptr ? noBound : std::min(range->getMaximum(), noBound);
+        spec.minimum = limits.minimum;
+        spec.maximum = limits.maximum;
         spec.displayMinimum = std::max(spec.minimum, -1.0);
         spec.displayMaximum = std::min(spec.maximum, 1.0);
-        if (Advice const* const advice = findAdvice(spec.input)) {
-            spec.displayMinimum = advice->displayMinimum;
-            spec.displayMaximum = advice->displayMaximum;
-            spec.hint = std::string(advice->hint) + " (" + spec.input + ")";
-        }
     }
 
     ValueState getState(std::string const& name) const { return *node->getValue(name)->getState(); }

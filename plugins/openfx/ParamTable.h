@@ -19,7 +19,7 @@ struct ParamSpec {
     std::string input;  ///< full name of the tool's input or stored value behind it; may be empty
 
     double defaultNumber = 0.0; ///< also of choices (an index) and switches (0 or 1)
-    double minimum = 0.0;
+    double minimum = 0.0;       ///< infinite where the tool has no bound
     double maximum = 0.0;
     double displayMinimum = 0.0;
     double displayMaximum = 0.0;

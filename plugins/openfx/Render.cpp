@@ -22,8 +22,9 @@ enum OutputDepth { Depth8Bit = 0, Depth16Bit = 1, Depth32Bit = 2 };
 /// Rows between two questions whether to stop. Long enough that setting up the curves' tables for
 /// each run counts for little.
 constexpr int fewestRows = 64;
-constexpr std::size_t fewestPixels = 1 << 18;
-/// The tool writes past the caches from so many bytes on, which is faster for what does not fit.
+constexpr std::size_t fewestPixels = 1 << 16;
+/// The tool writes float RGBA past the caches from so many bytes on, which is faster for what does
+/// not fit.
 constexpr std::size_t streamedBytes = std::size_t{16} << 20;
 /// Tables of long curves, such as sampled ones, take longer.
 constexpr std::size_t pixelsPerCurvePoint = 256;
@@ -37,6 +38,16 @@ struct Job {
     IxPixelFormat resultFormat;
     bool isDirect = false; ///< the chain may write into the output's memory
 };
+
+/// Whether the tool writes past the caches if it gets enough rows at once.
+bool canStream(Job const& job)
+{
+    std::size_t const rowBytes =
+        job.output.getBytesPerPixel() * static_cast<std::size_t>(job.region.getWidth());
+    return job.isDirect && job.output.depth == SampleDepth::Float &&
+           job.output.components == IxPixelFormat::RGBA &&
+           rowBytes * static_cast<std::size_t>(job.region.getHeight()) >= streamedBytes;
+}
 
 std::size_t countCurvePoints(NodeValues const& values)
 {
@@ -53,7 +64,7 @@ int chooseRunRows(Job const& job, std::size_t nbCurvePoints)
     auto const width = static_cast<std::size_t>(job.region.getWidth());
     std::size_t pixels =
         std::max({fewestPixels, fewestRows * width, nbCurvePoints * pixelsPerCurvePoint});
-    if (job.isDirect) {
+    if (canStream(job)) {
         pixels = std::max(pixels, streamedBytes / job.output.getBytesPerPixel());
     }
     std::size_t const rows = (pixels + width - 1) / width;
@@ -116,6 +127,13 @@ int chooseToolDepth(SampleDepth depth)
     return Depth32Bit;
 }
 
+/// Null where nothing is connected: some hosts have a black image then.
+OfxImageClip* findConnectedMask(Instance const& instance)
+{
+    OfxImageClip* const mask = instance.getMask();
+    return propertiesOf(mask).getInt(Prop::clipConnected) == 0 ? nullptr : mask;
+}
+
 /// The mask's pixels for the chain; nothing where there is no mask, whatever the host says.
 bool prepareMask(Image const& mask, FrameNode& node)
 {
@@ -167,14 +185,16 @@ void clearAround(Frame const& output, GeRectangle<int> const& window,
     clearPixels(output, {region.x1, region.y0, window.x1, region.y1});
 }
 
-std::optional<SampleDepth> readClipDepth(OfxImageClip* clip, char const* property)
+/// Whether both clips have the same known depth and components.
+bool haveSameLayout(OfxImageClip* one, OfxImageClip* other)
 {
-    OfxPropertySet* set = nullptr;
-    if (clip == nullptr ||
-        HostAccess::get().effects->clipGetPropertySet(clip, &set) != OfxStat::Ok) {
-        return std::nullopt;
-    }
-    return findDepth(Properties(set).getString(property).value_or(""));
+    Properties const first = propertiesOf(one);
+    Properties const second = propertiesOf(other);
+    auto const depth = findDepth(first.getString(Prop::pixelDepth).value_or(""));
+    auto const components = findComponents(first.getString(Prop::components).value_or(""));
+    return depth && components &&
+           depth == findDepth(second.getString(Prop::pixelDepth).value_or("")) &&
+           components == findComponents(second.getString(Prop::components).value_or(""));
 }
 
 /// Whether the host's list of depths has that one; a host without a list takes those that every
@@ -209,7 +229,7 @@ OfxStatus render(Instance& instance, ToolNodePool& nodes, OfxPropertySet* inArgs
         return isMemory ? OfxStat::Memory : isUnusable ? OfxStat::ImageFormat : OfxStat::Failed;
     }
     Image const source(instance.getSource(), job.time);
-    Image const mask(instance.getMask(), job.time);
+    Image const mask(findConnectedMask(instance), job.time);
     for (Image const* const image : {&source, &mask}) {
         if (image->getState() == Image::State::OutOfMemory) {
             return OfxStat::Memory;
@@ -238,9 +258,8 @@ OfxStatus render(Instance& instance, ToolNodePool& nodes, OfxPropertySet* inArgs
 
 bool isIdentity(Instance const& instance, OfxTime time)
 {
-    auto const sourceDepth = readClipDepth(instance.getSource(), Prop::pixelDepth);
-    return instance.readMix(time) == 0.0 && sourceDepth &&
-           sourceDepth == readClipDepth(instance.getOutput(), Prop::pixelDepth);
+    return instance.readMix(time) == 0.0 &&
+           haveSameLayout(instance.getSource(), instance.getOutput());
 }
 
 bool chooseOutputDepth(Instance& instance, OfxPropertySet* outArgs)

@@ -50,6 +50,19 @@ Json writeValue(Animated<T> const& value)
     return {{"keys", keys}};
 }
 
+/// Whether the values of all channels of a structure are the same.
+bool haveChannelsOneValue(HostNode const& node, std::string const& input)
+{
+    auto const isOf = [&](HostNode::ValueSlot const& slot) {
+        return slot.name.substr(0, slot.name.rfind('.')) == input;
+    };
+    std::vector<HostNode::ValueSlot> const& slots = node.getValues();
+    auto const first = std::find_if(slots.begin(), slots.end(), isOf);
+    return std::all_of(slots.begin(), slots.end(), [&](HostNode::ValueSlot const& slot) {
+        return !isOf(slot) || *slot.value->getState() == *first->value->getState();
+    });
+}
+
 /// Writes plain values; curves are gathered in one text.
 struct ValueWriter {
     HostNode::ValueSlot const& slot;
@@ -86,6 +99,13 @@ std::string writeOpenFxLook(HostNode const& node)
     for (HostNode::ValueSlot const& slot : node.getValues()) {
         if (!findParam(slot).empty()) {
             std::visit(ValueWriter{slot, parameters, curves, channels}, *slot.value->getState());
+        }
+    }
+    for (openFxNames::Link const& link : openFxNames::links) {
+        // A host may take each value that a script sets for an edit: with a link on, the last
+        // channel's would become that of all.
+        if (!haveChannelsOneValue(node, link.input)) {
+            parameters[openFxNames::ofLink(link.input)] = 0;
         }
     }
     parameters[openFxNames::curveText] = formatCurveSet(curves, channels);

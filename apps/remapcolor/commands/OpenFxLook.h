@@ -11,5 +11,6 @@
 ///
 /// VALUE is a number, a choice's index, 0 or 1 for a switch, text for the curves (as the plug-in's
 /// adjustCurveText takes them), or keyframes {"keys": [[time, VALUE], ...]}. All values are there
-/// that the plug-in has. Throws UsageError for a muted node: hosts mute by themselves.
+/// that the plug-in has; a link is off where its channels differ, so that they can be set one by
+/// one. Throws UsageError for a muted node: hosts mute by themselves.
 std::string writeOpenFxLook(HostNode const& node);

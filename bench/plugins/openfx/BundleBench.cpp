@@ -4,6 +4,7 @@
 #include "support/Looks.h"
 #include "support/OfxTestHost.h"
 
+#include <array>
 #include <benchmark/benchmark.h>
 #include <cstring>
 #include <string>
@@ -12,6 +13,14 @@ namespace {
 
 using namespace bench;
 using namespace RemapColorRowKernels;
+
+/// Both modes, with and without curves.
+constexpr std::array<Work, 4> bundleWorks = {{
+    {"Linear", Content::Plate, false, false},
+    {"Linear + gamma + curves", Content::Plate, true, true},
+    {"EXR display", Content::Scene, true, false},
+    {"EXR display + curves", Content::Scene, true, true},
+}};
 
 OfxTestImage& getOutput()
 {
@@ -97,12 +106,12 @@ void runLoading(benchmark::State& state)
     auto const add = [](std::string const& name, auto const& run) {
         benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond);
     };
-    for (Work const& work : works) {
-        std::string const name = std::string(work.name) + "/";
+    for (Work const& work : bundleWorks) {
+        std::string const name = std::string("bundle/") + work.name + "/";
         add(name + "kernel", [&work](benchmark::State& state) { runKernel(state, work); });
-        add(name + "bundle", [&work](benchmark::State& state) { runBundle(state, work); });
+        add(name + "frame", [&work](benchmark::State& state) { runBundle(state, work); });
     }
-    add("load and describe", runLoading);
+    add("bundle load", runLoading);
     return true;
 }();
 

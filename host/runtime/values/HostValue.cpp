@@ -20,26 +20,6 @@ std::string quote(std::string const& name)
     return "\"" + name + "\"";
 }
 
-/// What a number may be.
-struct Limits {
-    double minimum = -std::numeric_limits<double>::infinity();
-    double maximum = std::numeric_limits<double>::infinity();
-};
-
-Limits findLimits(PiInputPolicy const* policy)
-{
-    constexpr double noBound = std::numeric_limits<std::int32_t>::max();
-    Limits limits;
-    auto const* const range = dynamic_cast<PiRangeInputPolicy<double> const*>(policy);
-    if (range != nullptr && range->getMinimum() > -noBound) {
-        limits.minimum = range->getMinimum();
-    }
-    if (range != nullptr && range->getMaximum() < noBound) {
-        limits.maximum = range->getMaximum();
-    }
-    return limits;
-}
-
 std::string describeChoices(PiEnumPolicy const& choices)
 {
     std::string text;
@@ -51,7 +31,7 @@ std::string describeChoices(PiEnumPolicy const& choices)
 
 void checkNumber(std::string const& name, double value, PiInputPolicy const* policy)
 {
-    Limits const limits = findLimits(policy);
+    NumberLimits const limits = findLimits(policy);
     if (!std::isfinite(value) || value < limits.minimum || value > limits.maximum) {
         throw ValueError(quote(name) + " takes " + describeRange(policy) + ", not " +
                          formatNumber(value));
@@ -217,6 +197,20 @@ void HostValue::checkGiven(ValueState const& candidate) const
                              (isFinite ? ", not " + std::to_string(numbers->size()) : ""));
         }
     }
+}
+
+NumberLimits findLimits(PiInputPolicy const* policy)
+{
+    constexpr double noBound = std::numeric_limits<std::int32_t>::max();
+    NumberLimits limits;
+    auto const* const range = dynamic_cast<PiRangeInputPolicy<double> const*>(policy);
+    if (range != nullptr && range->getMinimum() > -noBound) {
+        limits.minimum = range->getMinimum();
+    }
+    if (range != nullptr && range->getMaximum() < noBound) {
+        limits.maximum = range->getMaximum();
+    }
+    return limits;
 }
 
 std::string describeRange(PiInputPolicy const* policy)

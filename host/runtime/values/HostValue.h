@@ -8,6 +8,7 @@
 #include "runtime/values/Animated.h"
 
 #include <functional>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -128,6 +129,14 @@ public:
     Vector<double> getValue() const override { return std::get<Vector<double>>(*getState()); }
 };
 
-/// The numbers that an input takes, with or without a range: "-10 to 10", "any finite number".
+/// What a number may be.
+struct NumberLimits {
+    double minimum = -std::numeric_limits<double>::infinity();
+    double maximum = std::numeric_limits<double>::infinity();
+};
+
 /// Tools write the 32-bit integers' limits for no bound: at or beyond them there is none.
+NumberLimits findLimits(PiInputPolicy const* policy);
+
+/// The numbers that an input takes, with or without a range: "-10 to 10", "any finite number".
 std::string describeRange(PiInputPolicy const* policy);

@@ -128,6 +128,9 @@ TEST_F(ProgramTest, ProjectStandsForTheOptionsThatMadeIt)
                                    "\"linearGammaLink\": 1", "\"adjustCurveText\": \"red="}) {
         EXPECT_NE(look.find(part), std::string::npos) << part << " in " << look;
     }
+    // Linked channels that differ would take each other's values.
+    ASSERT_EQ(run({"project", "--openfx", "apart.json", "-s", "Linear.Gamma.Red=2"}).status, 0);
+    EXPECT_NE(loadBytes(path("apart.json")).find("\"linearGammaLink\": 0"), std::string::npos);
 
     // Options come on top of the project.
     ASSERT_EQ(run({"project", "-p", "look.json", "-o", "second.json", "--mode", "Linear"}).status,

@@ -55,7 +55,8 @@ std::vector<Look> const& allLooks()
         {"linear", linear, {0, 0.1, 0.8, -0.2, 1.5, 2.2, 0}, ""},
         {"linear, curves", linear, {0, -0.0, 1.5, 0.0, 0.9, 0.4, 1}, curves},
         {"display", display, {1, 1.5, 0.01, 4.0, -1.0, 1.8, 0}, curves},
-        {"display, curves", display, {1, -2.0, 0.2, 7.0, 2.0, -0.5, 1}, curves}};
+        {"display, curves", display, {1, -2.0, 0.2, 7.0, 2.0, -0.5, 1}, curves},
+        {"linear, far levels", linear, {0, -5e9, 4e12, 0.0, 3e9, 2.2, 1}, ""}};
     return looks;
 }
 
@@ -66,7 +67,9 @@ OfxImageEffect& BundleTest::makeEffect(OfxTestImage* source, OfxTestImage* outpu
     for (auto const& [name, image] : {std::pair("Source", source), std::pair("Output", output)}) {
         effect.clip(name).image = image;
         if (image != nullptr) {
-            effect.clip(name).properties.values[OfxText::Prop::pixelDepth] = {image->layout.depth};
+            auto& properties = effect.clip(name).properties.values;
+            properties[OfxText::Prop::pixelDepth] = {image->layout.depth};
+            properties[OfxText::Prop::components] = {image->layout.components};
         }
     }
     return effect;

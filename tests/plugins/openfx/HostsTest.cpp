@@ -7,6 +7,7 @@ namespace {
 
 namespace Prop = OfxText::Prop;
 namespace Depth = OfxText::Depth;
+namespace Components = OfxText::Components;
 namespace Action = OfxText::Action;
 
 class BundleInHosts : public BundleTest {
@@ -70,6 +71,9 @@ TEST_F(BundleInHosts, OnlyASourceThatComesOutInEveryBitIsPassedThrough)
     EXPECT_EQ(ask(Action::isIdentity, effect), OfxStat::Ok);
     EXPECT_EQ(answer.get<std::string>(Prop::name), "Source");
     EXPECT_EQ(renderAll(effect, output), source.read());
+    effect.clip("Output").properties.values[Prop::components] = {std::string(Components::rgb)};
+    EXPECT_EQ(ask(Action::isIdentity, effect), OfxStat::ReplyDefault);
+    effect.clip("Output").properties.values[Prop::components] = {std::string(Components::rgba)};
     effect.clip("Output").properties.values[Prop::pixelDepth] = {std::string(Depth::half)};
     EXPECT_EQ(ask(Action::isIdentity, effect), OfxStat::ReplyDefault);
 }

@@ -164,7 +164,11 @@ TEST_F(BundleRender, MaskAndMixBlendAsTheNativeHostDoes)
         Bytes const& expected = x == 3 ? unmixed : x == 4 ? mixed : plain;
         EXPECT_EQ(std::memcmp(&masked[at], &expected[at], 16), 0) << "x " << x;
     }
-    // A host says that there is a mask, and has none.
+    // A host has a mask where nothing is connected, or says that there is one and has none.
+    auto& properties = effect.clip("Mask").properties.values;
+    properties[OfxText::Prop::clipConnected] = {0};
+    EXPECT_EQ(renderAll(effect, output), unmixed);
+    properties[OfxText::Prop::clipConnected] = {1};
     effect.clip("Mask").image = nullptr;
     EXPECT_EQ(renderAll(effect, output), unmixed);
 }
@@ -232,15 +236,16 @@ TEST_F(BundleRender, HostsThatFailGetAStatusAndTheirImagesBack)
 TEST_F(BundleRender, AStopIsHeardBeforeTheNextRows)
 {
     load();
-    OfxTestImage source = makePicture({.bounds = {0, 0, 2048, 512}});
-    OfxTestImage output(source.layout);
-    OfxImageEffect& effect = makeEffect(&source, &output);
-    effect.param("unpremult").value = 1;
-    int nbQuestions = 0;
-    host->wantsAbort = [&] { return ++nbQuestions == 2; };
-    EXPECT_EQ(host->render(effect, source.layout.bounds), OfxStat::Ok);
-    EXPECT_EQ(nbQuestions, 2);
-    EXPECT_EQ(std::to_integer<int>(*output.getPixel(0, 511)), 0xa5);
+    for (char const* const depth : {Depth::half, Depth::single}) {
+        OfxTestImage source = makePicture({.depth = depth, .bounds = {0, 0, 1024, 512}});
+        OfxTestImage output(source.layout);
+        OfxImageEffect& effect = makeEffect(&source, &output);
+        int nbQuestions = 0;
+        host->wantsAbort = [&] { return ++nbQuestions == 2; };
+        EXPECT_EQ(host->render(effect, source.layout.bounds), OfxStat::Ok);
+        EXPECT_EQ(nbQuestions, 2);
+        EXPECT_EQ(std::to_integer<int>(*output.getPixel(0, 64)), 0xa5);
+    }
 }
 
 } // namespace
