@@ -2,9 +2,8 @@
 
 #include "media/ExrStreams.h"
 
-#include "files/FileError.h"
-#include "files/OrdinaryFile.h"
 #include "media/ErrorText.h"
+#include "media/HeldFile.h"
 #include "media/ImageTarget.h"
 
 #include <IexBaseExc.h>
@@ -12,24 +11,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace {
-
-int openImageForReading(std::filesystem::path const& file)
-{
-    try {
-        return openOrdinaryFile(file);
-    } catch (FileError const& error) {
-        bool const isFile = error.getFault() == FileError::Fault::Request;
-        throwReadError(isFile ? ImageFailure::File : ImageFailure::Surroundings, file,
-                       error.what());
-    }
-}
-
-} // namespace
-
 CheckedInput::CheckedInput(std::filesystem::path const& file) : Imf::IStream(file.c_str())
 {
-    int const descriptor = openImageForReading(file);
+    int const descriptor = openImageFile(file);
     handle.reset(::fdopen(descriptor, "rb"));
     struct stat status {};
     if (handle == nullptr || ::fstat(descriptor, &status) != 0) {

@@ -25,6 +25,7 @@ constexpr std::uint64_t jpegExpansion = 2048;
 
 /// Sizes beyond this are no pictures; below it, products of sizes fit.
 constexpr std::uint64_t mostPixelsInRow = 1ULL << 31;
+constexpr std::uint64_t mostBitsPerPixel = 1024;
 
 struct Announced {
     AnnouncedSize size;
@@ -141,10 +142,11 @@ std::uint64_t expansionOfTiff(std::uint64_t compression)
     }
 }
 
-/// A TIFF file's first directory.
+/// A TIFF file's first directory. Files beyond 4 GB (BigTIFF) have 8 bytes for places and counts.
 struct TiffDirectory {
     Bytes& bytes;
     bool isBigEndian;
+    bool isBigFile;
 
     /// Where a tag's values are.
     struct Values {
@@ -153,22 +155,31 @@ struct TiffDirectory {
         std::size_t size = 0; ///< of each
     };
 
-    Values find(std::uint64_t tag) const
+    static std::size_t sizeOfType(std::uint64_t type)
     {
         constexpr std::uint64_t shortType = 3;
-        constexpr std::uint64_t entryBytes = 12;
-        std::uint64_t const directory = bytes.number(4, 4, isBigEndian);
-        std::uint64_t const entries = bytes.number(directory, 2, isBigEndian);
-        for (std::uint64_t entry = 0; entry < entries; ++entry) {
-            std::uint64_t const place = directory + 2 + entry * entryBytes;
+        constexpr std::uint64_t firstLongType = 16;
+        return type == shortType ? 2 : type < firstLongType ? 4 : 8;
+    }
+
+    Values find(std::uint64_t tag) const
+    {
+        std::size_t const placeBytes = isBigFile ? 8 : 4;
+        std::size_t const countBytes = isBigFile ? 8 : 2;
+        std::uint64_t const entryBytes = 4 + 2 * placeBytes;
+        std::uint64_t const directory = bytes.number(placeBytes, placeBytes, isBigEndian);
+        std::uint64_t const entries = bytes.number(directory, countBytes, isBigEndian);
+        std::uint64_t place = directory + countBytes;
+        for (std::uint64_t entry = 0; entry < entries && place < bytes.getSize(); ++entry) {
             if (bytes.number(place, 2, isBigEndian) == tag) {
-                std::uint64_t const count = bytes.number(place + 4, 4, isBigEndian);
-                bool const isShort = bytes.number(place + 2, 2, isBigEndian) == shortType;
-                std::size_t const size = isShort ? 2 : 4;
-                bool const isElsewhere = count * size > 4;
-                return {isElsewhere ? bytes.number(place + 8, 4, isBigEndian) : place + 8, count,
+                std::uint64_t const count = bytes.number(place + 4, placeBytes, isBigEndian);
+                std::size_t const size = sizeOfType(bytes.number(place + 2, 2, isBigEndian));
+                bool const isElsewhere = count > placeBytes / size;
+                std::uint64_t const values = place + 4 + placeBytes;
+                return {isElsewhere ? bytes.number(values, placeBytes, isBigEndian) : values, count,
                         size};
             }
+            place += entryBytes;
         }
         return {};
     }
@@ -188,17 +199,39 @@ struct TiffDirectory {
         return values.count == 0 ? fallback : valueAt(values, 0);
     }
 
+    bool hasSeparatePlanes() const { return valueOf(284, 1) == 2; }
+
     /// 0 where chroma may be sub-sampled.
     std::uint64_t bitsPerPixel() const
     {
         constexpr std::uint64_t yCbCr = 6;
         return valueOf(262, 0) == yCbCr ? 0 : valueOf(258, 1) * valueOf(277, 1);
     }
+
+    /// Bytes in a row of a strip or tile that is `width` wide.
+    std::uint64_t rowBytes(std::uint64_t width) const
+    {
+        std::uint64_t const bits =
+            bitsPerPixel() /
+            (hasSeparatePlanes() ? std::max<std::uint64_t>(valueOf(277, 1), 1) : 1);
+        return width < mostPixelsInRow && bits <= mostBitsPerPixel ? (width * bits + 7) / 8 : 0;
+    }
 };
 
-Announced announcedByTiff(Bytes& bytes, bool isBigEndian)
+std::optional<TiffDirectory> findTiff(Bytes& bytes)
 {
-    TiffDirectory const directory{bytes, isBigEndian};
+    std::string const start = bytes.read(0, 4);
+    bool const isBigEndian = start.starts_with("MM");
+    std::uint64_t const version = bytes.number(2, 2, isBigEndian);
+    constexpr std::uint64_t ordinary = 42;
+    constexpr std::uint64_t big = 43;
+    bool const isTiff =
+        (isBigEndian || start.starts_with("II")) && (version == ordinary || version == big);
+    return isTiff ? std::optional(TiffDirectory{bytes, isBigEndian, version == big}) : std::nullopt;
+}
+
+Announced announcedByTiff(TiffDirectory const& directory)
+{
     return {{directory.valueOf(256, 0), directory.valueOf(257, 0)},
             directory.bitsPerPixel(),
             expansionOfTiff(directory.valueOf(259, 1)),
@@ -229,8 +262,8 @@ Announced findAnnounced(Bytes& bytes)
     if (first == "SDPX" || first == "XPDS") {
         return announcedByDpx(bytes, first == "SDPX");
     }
-    if (first == std::string_view("II*\0", 4) || first == std::string_view("MM\0*", 4)) {
-        return announcedByTiff(bytes, first[0] == 'M');
+    if (std::optional<TiffDirectory> const tiff = findTiff(bytes)) {
+        return announcedByTiff(*tiff);
     }
     return first.starts_with("\xff\xd8\xff") ? announcedByJpeg(bytes) : Announced();
 }
@@ -242,8 +275,7 @@ std::optional<AnnouncedSize> findSizeBeyondFile(std::filesystem::path const& fil
     Bytes bytes(file);
     Announced const announced = findAnnounced(bytes);
     auto const& [width, height] = announced.size;
-    constexpr std::uint64_t mostBits = 1024;
-    if (width == 0 || height == 0 || announced.bitsPerPixel > mostBits) {
+    if (width == 0 || height == 0 || announced.bitsPerPixel > mostBitsPerPixel) {
         return std::nullopt; // the library says what is wrong with it
     }
     bool const isHuge = width >= mostPixelsInRow || height >= mostPixelsInRow;
@@ -269,29 +301,32 @@ bool hasImpossibleUserData(std::filesystem::path const& file)
     return userBytes != none && userBytes > bytes.getSize();
 }
 
-bool hasShortStrips(std::filesystem::path const& file)
+bool hasShortBlocks(std::filesystem::path const& file)
 {
     Bytes bytes(file);
-    std::string const start = bytes.read(0, 4);
-    bool const isBigEndian = start == std::string("MM\0*", 4);
-    if (!isBigEndian && start != std::string("II*\0", 4)) {
+    std::optional<TiffDirectory> const tiff = findTiff(bytes);
+    if (!tiff || expansionOfTiff(tiff->valueOf(259, 1)) != deflateExpansion) {
         return false;
     }
-    TiffDirectory const tiff{bytes, isBigEndian};
-    constexpr std::uint64_t separatePlanes = 2;
-    constexpr std::uint64_t mostStripBytes = 256 << 20; // what a strip takes twice
-    std::uint64_t const height = tiff.valueOf(257, 0);
-    std::uint64_t const rows = std::min(tiff.valueOf(278, height), height);
-    std::uint64_t const rowBytes = tiff.valueOf(256, 0) * tiff.bitsPerPixel() / 8;
-    bool const isKnown = expansionOfTiff(tiff.valueOf(259, 1)) == deflateExpansion &&
-                         tiff.valueOf(284, 1) != separatePlanes && rows != 0 && rowBytes != 0;
-    TiffDirectory::Values const offsets = tiff.find(273);
-    TiffDirectory::Values const sizes = tiff.find(279);
-    for (std::uint64_t top = 0; isKnown && top < height; top += rows) {
-        std::uint64_t const packed = tiff.valueAt(sizes, top / rows);
-        std::uint64_t const size = std::min(rows, height - top) * rowBytes;
-        bool const isChecked = packed <= bytes.getSize() && size <= mostStripBytes;
-        if (isChecked && endsEarly(bytes.read(tiff.valueAt(offsets, top / rows), packed), size)) {
+    constexpr std::uint64_t mostBlockBytes = 256 << 20; // what a block takes twice
+    bool const isTiled = tiff->valueOf(322, 0) != 0;
+    std::uint64_t const height = tiff->valueOf(257, 0);
+    std::uint64_t const rows =
+        isTiled ? tiff->valueOf(323, 0) : std::min(tiff->valueOf(278, height), height);
+    std::uint64_t const rowBytes = tiff->rowBytes(tiff->valueOf(isTiled ? 322 : 256, 0));
+    if (rows == 0 || rowBytes == 0 || rows > mostBlockBytes / rowBytes) {
+        return false;
+    }
+    std::uint64_t const stripsInPlane = (height + rows - 1) / rows;
+    TiffDirectory::Values const offsets = tiff->find(isTiled ? 324 : 273);
+    TiffDirectory::Values const sizes = tiff->find(isTiled ? 325 : 279);
+    for (std::uint64_t block = 0; block < offsets.count && block < bytes.getSize(); ++block) {
+        std::uint64_t const packed = tiff->valueAt(sizes, block);
+        // Tiles are whole, the last strip of a plane has what is left.
+        std::uint64_t const rowsLeft = isTiled ? rows : height - block % stripsInPlane * rows;
+        if (packed <= bytes.getSize() &&
+            endsEarly(bytes.read(tiff->valueAt(offsets, block), packed),
+                      std::min(rows, rowsLeft) * rowBytes)) {
             return true;
         }
     }

@@ -19,6 +19,6 @@ std::optional<AnnouncedSize> findSizeBeyondFile(std::filesystem::path const& fil
 /// would end the process. Never throws for what is in the file.
 bool hasImpossibleUserData(std::filesystem::path const& file);
 
-/// Whether a strip of a deflated TIFF file ends before its rows do: the library fills the rest with
-/// what was in its memory. Unpacks the whole file. Never throws for what is in the file.
-bool hasShortStrips(std::filesystem::path const& file);
+/// Whether a strip or tile of a deflated TIFF file ends before its rows do: the library fills the
+/// rest with what was in its memory. Unpacks the whole file. Never throws for what is in the file.
+bool hasShortBlocks(std::filesystem::path const& file);

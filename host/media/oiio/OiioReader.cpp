@@ -59,7 +59,8 @@ Rational toAspect(float ratio)
 
 } // namespace
 
-OiioReader::OiioReader(std::filesystem::path const& file, ReadOptions const& options) : path(file)
+OiioReader::OiioReader(std::filesystem::path const& wantedFile, ReadOptions const& options)
+    : path(wantedFile), file(wantedFile)
 {
     if (!options.layer.empty()) {
         throwReadError(ImageFailure::Request, path, "only EXR files have layers");
@@ -79,46 +80,73 @@ OiioReader::~OiioReader() = default;
 
 void OiioReader::open()
 {
-    if (std::optional<AnnouncedSize> const beyond = findSizeBeyondFile(path)) {
+    if (std::optional<AnnouncedSize> const beyond = findSizeBeyondFile(file.getPath())) {
         throwReadError(ImageFailure::File, path,
                        "the file is damaged or incomplete: it announces " +
                            std::to_string(beyond->width) + " x " + std::to_string(beyond->height) +
                            " pixels but is too short for them");
     }
-    if (hasImpossibleUserData(path)) {
+    if (hasImpossibleUserData(file.getPath())) {
         throwReadError(ImageFailure::File, path,
                        "the file is damaged (its user data are longer than the file)");
     }
-    if (hasShortStrips(path)) {
+    if (hasShortBlocks(file.getPath())) {
         throwReadError(ImageFailure::File, path,
                        "the file is incomplete: pixels are missing; make or copy it again");
     }
-    PngOutline const png = outlinePng(path);
+    PngOutline const png = outlinePng(file.getPath());
     if (png.isPng && !png.isComplete) {
         // The library would notice too late for some of its memory to be given back.
         throwReadError(ImageFailure::File, path,
                        "the file is incomplete: pixels are missing; make or copy it again");
     }
-    OIIO::ImageSpec config;
-    // Without this, colour under low alpha is lost.
-    config.attribute("oiio:UnassociatedAlpha", 1);
-    errno = 0;
-    input = OIIO::ImageInput::open(path.string(), &config);
-    if (int const error = errno; input == nullptr && (error == EMFILE || error == ENFILE)) {
-        throwSystemReadError(error, path);
-    }
-    if (input == nullptr) {
-        std::string const detail = trimLibraryText(OIIO::geterror(), path);
-        throwReadError(ImageFailure::File, path,
-                       "the file is damaged or of a kind that is not known" +
-                           (detail.empty() ? std::string() : " (" + detail + ")"));
-    }
+    openByLibrary();
     spec = input->spec();
     kind = kindOf(input->format_name());
     if (kind.has_value() && !png.namesColourSpace) {
         // The library assumes one; written back, it would be an addition.
         spec.erase_attribute("oiio:ColorSpace");
     }
+}
+
+/// The extension's reader first, as the library has it; without one it tries all.
+void OiioReader::openByLibrary()
+{
+    OIIO::ImageSpec config;
+    // Without this, colour under low alpha is lost.
+    config.attribute("oiio:UnassociatedAlpha", 1);
+    std::string const extension = path.extension().string();
+    std::string detail;
+    errno = 0;
+    input = extension.empty() ? nullptr : OIIO::ImageInput::create(extension.substr(1));
+    if (input != nullptr && !input->open(file.getPath().string(), spec, config)) {
+        detail = input->geterror();
+        input.reset();
+    }
+    if (input == nullptr) {
+        OIIO::geterror();
+        input = OIIO::ImageInput::open(file.getPath().string(), &config);
+    }
+    if (int const error = errno; input == nullptr && (error == EMFILE || error == ENFILE)) {
+        throwSystemReadError(error, path);
+    }
+    if (input == nullptr) {
+        detail = describeFailure(detail.empty() ? OIIO::geterror() : detail);
+        throwReadError(ImageFailure::File, path,
+                       "the file is damaged or of a kind that is not known" +
+                           (detail.empty() ? std::string() : " (" + detail + ")"));
+    }
+}
+
+/// What the library said, with the file's name as the user knows it.
+std::string OiioReader::describeFailure(std::string text) const
+{
+    std::string const held = file.getPath().string();
+    for (auto place = text.find(held); place != std::string::npos; place = text.find(held, place)) {
+        text.replace(place, held.size(), path.string());
+        place += path.string().size();
+    }
+    return trimLibraryText(text, path);
 }
 
 void OiioReader::check(std::size_t mostBytes) const
@@ -239,7 +267,7 @@ void OiioReader::findLosses()
     input->geterror();
     if (!input->seek_subimage(0, 0)) {
         throwReadError(ImageFailure::File, path,
-                       "the file is damaged (" + trimLibraryText(input->geterror(), path) + ")");
+                       "the file is damaged (" + describeFailure(input->geterror()) + ")");
     }
 }
 
@@ -281,7 +309,7 @@ void OiioReader::readRows(int top, int rows)
                                        sampleType, samples.data());
     }
     if (!isRead || input->has_error()) {
-        throw std::runtime_error(input->geterror());
+        throw std::runtime_error(describeFailure(input->geterror()));
     }
 }
 

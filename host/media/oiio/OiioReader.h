@@ -1,5 +1,6 @@
 #pragma once
 
+#include "media/HeldFile.h"
 #include "media/ImageFormats.h"
 #include "media/MediaOptions.h"
 #include "media/MediaSource.h"
@@ -41,6 +42,8 @@ public:
 
 private:
     void open();
+    void openByLibrary();
+    std::string describeFailure(std::string text) const;
     void check(std::size_t mostBytes) const;
     void chooseChannels();
     void chooseMaskChannel(std::string const& name);
@@ -50,6 +53,7 @@ private:
     void storeRow(std::byte const* samples, std::byte* row) const;
 
     std::filesystem::path path;
+    HeldFile file;
     std::unique_ptr<OIIO::ImageInput> input;
     OIIO::ImageSpec spec;
     std::optional<FileKind> kind;

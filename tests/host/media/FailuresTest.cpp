@@ -252,6 +252,19 @@ TEST_F(FailuresTest, WhatOtherFilesAnnounceIsHeldAgainstTheirLength)
     }
 }
 
+TEST_F(FailuresTest, BlocksOfTiffThatEndBeforeTheirRowsAreRefused)
+{
+    for (char const* const isBig : {"0", "1"}) {
+        writeOther(file("a.tif"), 40, 3, 8, std::string(std::size_t{40} * 40 * 3, 'x'),
+                   {{"compression", "zip"}, {"tiff:bigtiff", isBig}});
+        std::string bytes = loadBytes(file("a.tif"));
+        std::size_t const width = bytes.find(std::string("\0\1\3\0\1\0\0\0", 8)); // its tag
+        bytes.at(width + (*isBig == '1' ? 12 : 8)) = 44;
+        saveBytes(file("a.tif"), bytes);
+        expectLineWith("incomplete", errorOf([&] { open(file("a.tif")); }, ImageFailure::File));
+    }
+}
+
 TEST_F(FailuresTest, DamagedHeadersEndInErrorsOrPictures)
 {
     writeExr(file("in.exr"), {.tileSize = 16});
