@@ -7,10 +7,10 @@
 #include "remapcolor/commands/PlotCommand.h"
 #include "remapcolor/commands/RenderCommand.h"
 #include "remapcolor/options/CommandLine.h"
-#include "remapcolor/reports/Failures.h"
 #include "remapcolor/reports/Reporter.h"
 #include "remapcolor/reports/StandardStreams.h"
 #include "remapcolor/session/StopSignals.h"
+#include "session/Failures.h"
 
 #include <cstdlib>
 #include <exception>

@@ -5,9 +5,9 @@
 #include "remapcolor/options/CommandLine.h"
 #include "remapcolor/options/Completion.h"
 #include "remapcolor/reports/StandardStreams.h"
-#include "remapcolor/session/ToolSession.h"
 #include "remapcolor/text/ValueText.h"
 #include "runtime/graph/ValueNames.h"
+#include "session/ToolSession.h"
 
 namespace {
 
@@ -29,7 +29,7 @@ std::vector<std::string> listWords(HostValue const& value)
 
 Candidates completeSetting(std::string const& typed)
 {
-    ToolSession const session{NodeRequest()};
+    ToolSession const session;
     HostNode const& node = session.getNode();
     Candidates candidates;
     std::size_t const equals = typed.find('=');

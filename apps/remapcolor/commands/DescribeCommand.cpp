@@ -5,9 +5,8 @@
 #include "remapcolor/commands/DescriptionJson.h"
 #include "remapcolor/commands/DescriptionTable.h"
 #include "remapcolor/options/CommandOptions.h"
-#include "remapcolor/options/NodeRequest.h"
 #include "remapcolor/reports/StandardStreams.h"
-#include "remapcolor/session/ToolSession.h"
+#include "session/ToolSession.h"
 
 void addDescribeOptions(CommandOptions& options, DescribeRequest& request)
 {
@@ -17,7 +16,7 @@ void addDescribeOptions(CommandOptions& options, DescribeRequest& request)
 
 void runDescribe(DescribeRequest const& request)
 {
-    ToolSession const session{NodeRequest()};
+    ToolSession const session;
     HostNode const& node = session.getNode();
     switch (request.form) {
     case DescribeRequest::Form::Table: writeStandardOutput(formatDescription(node)); break;

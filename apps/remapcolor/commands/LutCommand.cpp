@@ -4,13 +4,13 @@
 
 #include "pluginAPI/IxSampleConversion.h"
 #include "remapcolor/commands/LutText.h"
-#include "remapcolor/reports/Failures.h"
 #include "remapcolor/session/LookNotes.h"
-#include "remapcolor/session/ProjectFiles.h"
-#include "remapcolor/session/ToolKeys.h"
-#include "remapcolor/session/ToolSession.h"
+#include "remapcolor/session/RequestedSession.h"
 #include "runtime/engine/SentPixels.h"
 #include "runtime/values/NumberText.h"
+#include "session/Failures.h"
+#include "session/ProjectFiles.h"
+#include "session/ToolKeys.h"
 
 #include <algorithm>
 #include <array>
@@ -248,7 +248,7 @@ std::string makeText(LutRequest const& request, Chain const& chain, Reporter& re
 
 void runLut(LutRequest const& request, Reporter& reporter)
 {
-    ToolSession const session(request.node);
+    RequestedSession const session(request.node);
     HostNode& node = session.getNode();
     Chain const chain{node, chooseTime(node, request.frame, {})};
     checkOutput(request.output, "table");

@@ -4,8 +4,8 @@
 
 #include "openfx/ParamNames.h"
 #include "pluginAPI/PiImageModifier.h"
-#include "remapcolor/reports/Failures.h"
 #include "runtime/curves/CurveSetText.h"
+#include "session/Failures.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

@@ -11,16 +11,16 @@
 #include "remapcolor/commands/PickText.h"
 #include "remapcolor/commands/PickedPixel.h"
 #include "remapcolor/options/PickRequest.h"
-#include "remapcolor/reports/Failures.h"
 #include "remapcolor/reports/StandardStreams.h"
 #include "remapcolor/session/LookNotes.h"
 #include "remapcolor/session/MaskFile.h"
+#include "remapcolor/session/RequestedSession.h"
 #include "remapcolor/session/StopSignals.h"
-#include "remapcolor/session/ToolKeys.h"
-#include "remapcolor/session/ToolSession.h"
 #include "runtime/graph/FinishedPixel.h"
 #include "runtime/graph/MaskNode.h"
 #include "runtime/project/ProjectValues.h"
+#include "session/Failures.h"
+#include "session/ToolKeys.h"
 
 #include <algorithm>
 #include <chrono>
@@ -156,7 +156,7 @@ private:
 
     PickRequest const& request;
     Reporter& reporter;
-    ToolSession session;
+    RequestedSession session;
     HostNode& node;
     double time;
     RCShdPtr<ControllerLink> link;

@@ -5,12 +5,12 @@
 #include "media/ImageFiles.h"
 #include "pluginAPI/IxSampleConversion.h"
 #include "remapcolor/commands/PlotFigure.h"
-#include "remapcolor/reports/Failures.h"
 #include "remapcolor/session/LookNotes.h"
-#include "remapcolor/session/ProjectFiles.h"
+#include "remapcolor/session/RequestedSession.h"
 #include "remapcolor/session/StopSignals.h"
-#include "remapcolor/session/ToolSession.h"
 #include "runtime/values/NumberText.h"
+#include "session/Failures.h"
+#include "session/ProjectFiles.h"
 
 #include <cstddef>
 #include <span>
@@ -99,7 +99,7 @@ std::string draw(Figure const& figure, FigureFormat format)
 void runPlot(PlotRequest const& request, Reporter& reporter)
 {
     StopSignals const signals;
-    ToolSession session(request.node);
+    RequestedSession session(request.node);
     HostNode& node = session.getNode();
     double const time = chooseTime(node, request.frame, request.input);
     checkOutput(request.output, "plot");

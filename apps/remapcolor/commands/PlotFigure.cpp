@@ -6,11 +6,11 @@
 #include "pluginAPI/PiImageModifier.h"
 #include "remapcolor/options/FrameOption.h"
 #include "remapcolor/session/LookNotes.h"
-#include "remapcolor/session/ToolKeys.h"
 #include "runtime/engine/SentPixels.h"
 #include "runtime/graph/EvaluatedValue.h"
 #include "runtime/graph/ValueNames.h"
 #include "runtime/values/NumberText.h"
+#include "session/ToolKeys.h"
 
 #include <algorithm>
 #include <array>

@@ -4,11 +4,11 @@
 
 #include "remapcolor/commands/OpenFxLook.h"
 #include "remapcolor/options/CommandOptions.h"
-#include "remapcolor/reports/Failures.h"
 #include "remapcolor/session/LookNotes.h"
-#include "remapcolor/session/ProjectFiles.h"
-#include "remapcolor/session/ToolSession.h"
+#include "remapcolor/session/RequestedSession.h"
 #include "runtime/values/NearestNames.h"
+#include "session/Failures.h"
+#include "session/ProjectFiles.h"
 
 #include <string>
 #include <utility>
@@ -43,7 +43,7 @@ void checkComplete(ProjectRequest const& request)
 
 void runProject(ProjectRequest const& request, Reporter& reporter)
 {
-    ToolSession const session(request.node);
+    RequestedSession const session(request.node);
     reportLook(session.getNode(), listKeyTimes(session.getNode()), reporter);
     // Refuses what it cannot express before anything is written.
     std::string const look =

@@ -5,14 +5,14 @@
 #include "files/FileError.h"
 #include "media/ImageFiles.h"
 #include "remapcolor/options/RenderRequest.h"
-#include "remapcolor/reports/Failures.h"
 #include "remapcolor/reports/StandardStreams.h"
 #include "remapcolor/session/LookNotes.h"
+#include "remapcolor/session/RequestedSession.h"
 #include "remapcolor/session/StopSignals.h"
-#include "remapcolor/session/ToolKeys.h"
-#include "remapcolor/session/ToolSession.h"
 #include "runtime/project/Project.h"
 #include "runtime/values/NumberText.h"
+#include "session/Failures.h"
+#include "session/ToolKeys.h"
 #include "shots/FileStamp.h"
 #include "shots/MachineLimits.h"
 
@@ -190,7 +190,7 @@ int runRender(RenderRequest const& request, Reporter& reporter)
     if (request.log.has_value()) {
         reporter.openLog(*request.log);
     }
-    ToolSession const session(request.node);
+    RequestedSession const session(request.node);
     HostNode& node = session.getNode();
     StopSignals const signals;
     ShotPlan plan = planShot(completeShot(request));

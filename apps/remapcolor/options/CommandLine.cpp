@@ -3,8 +3,8 @@
 #include "remapcolor/options/CommandLine.h"
 
 #include "remapcolor/options/CommandOptions.h"
-#include "remapcolor/reports/Failures.h"
 #include "runtime/values/NearestNames.h"
+#include "session/Failures.h"
 
 #include <CLI/CLI.hpp>
 #include <optional>

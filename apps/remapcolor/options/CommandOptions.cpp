@@ -2,9 +2,9 @@
 
 #include "remapcolor/options/CommandOptions.h"
 
-#include "remapcolor/reports/Failures.h"
 #include "runtime/values/NearestNames.h"
 #include "runtime/values/TextParts.h"
+#include "session/Failures.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

@@ -3,8 +3,8 @@
 #include "remapcolor/options/FrameOption.h"
 
 #include "remapcolor/options/CommandOptions.h"
-#include "remapcolor/reports/Failures.h"
 #include "runtime/values/NumberText.h"
+#include "session/Failures.h"
 
 #include <charconv>
 #include <string_view>

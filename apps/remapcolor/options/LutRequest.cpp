@@ -4,8 +4,8 @@
 
 #include "remapcolor/options/CommandOptions.h"
 #include "remapcolor/options/NumberOptions.h"
-#include "remapcolor/reports/Failures.h"
 #include "runtime/values/NearestNames.h"
+#include "session/Failures.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include "remapcolor/options/MaskRequest.h"
 
 #include "remapcolor/options/CommandOptions.h"
-#include "remapcolor/reports/Failures.h"
+#include "session/Failures.h"
 
 void addMaskOptions(CommandOptions& options, MaskRequest& request)
 {

@@ -4,7 +4,7 @@
 
 #include "remapcolor/options/CommandOptions.h"
 #include "remapcolor/options/OptionText.h"
-#include "remapcolor/session/ToolKeys.h"
+#include "session/ToolKeys.h"
 
 #include <string>
 

@@ -2,9 +2,9 @@
 
 #include "remapcolor/options/NumberOptions.h"
 
-#include "remapcolor/reports/Failures.h"
 #include "runtime/values/NumberText.h"
 #include "runtime/values/TextParts.h"
+#include "session/Failures.h"
 
 #include <charconv>
 #include <cmath>

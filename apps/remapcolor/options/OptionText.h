@@ -1,8 +1,8 @@
 #pragma once
 
 #include "remapcolor/options/CommandOptions.h"
-#include "remapcolor/reports/Failures.h"
 #include "runtime/values/NearestNames.h"
+#include "session/Failures.h"
 
 #include <string>
 #include <utility>

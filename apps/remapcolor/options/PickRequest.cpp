@@ -3,8 +3,8 @@
 #include "remapcolor/options/PickRequest.h"
 
 #include "remapcolor/options/CommandOptions.h"
-#include "remapcolor/reports/Failures.h"
 #include "runtime/values/TextParts.h"
+#include "session/Failures.h"
 
 #include <charconv>
 #include <optional>

@@ -1,8 +1,8 @@
 #include "remapcolor/options/ShotOptionText.h"
 
-#include "remapcolor/reports/Failures.h"
 #include "runtime/values/NearestNames.h"
 #include "runtime/values/NumberText.h"
+#include "session/Failures.h"
 
 #include <cmath>
 #include <optional>

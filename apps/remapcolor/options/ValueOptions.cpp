@@ -2,13 +2,13 @@
 
 #include "remapcolor/options/ValueOptions.h"
 
-#include "remapcolor/reports/Failures.h"
-#include "remapcolor/session/ToolKeys.h"
 #include "remapcolor/text/ValueText.h"
 #include "runtime/curves/CurveText.h"
 #include "runtime/graph/ValueNames.h"
 #include "runtime/values/NearestNames.h"
 #include "runtime/values/TextParts.h"
+#include "session/Failures.h"
+#include "session/ToolKeys.h"
 
 #include <algorithm>
 #include <cstddef>

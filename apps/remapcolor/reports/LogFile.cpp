@@ -1,7 +1,7 @@
 #include "remapcolor/reports/LogFile.h"
 
 #include "media/ImageFormats.h"
-#include "remapcolor/reports/Failures.h"
+#include "session/Failures.h"
 
 #include <cerrno>
 #include <ctime>

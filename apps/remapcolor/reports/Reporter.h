@@ -1,8 +1,8 @@
 #pragma once
 
-#include "remapcolor/reports/Failures.h"
 #include "remapcolor/reports/LogFile.h"
 #include "remapcolor/reports/ProgressBar.h"
+#include "session/Failures.h"
 #include "shots/ShotEvent.h"
 
 #include <filesystem>

@@ -2,7 +2,7 @@
 
 #include "remapcolor/reports/StandardStreams.h"
 
-#include "remapcolor/reports/Failures.h"
+#include "session/Failures.h"
 
 #include <cerrno>
 #include <fcntl.h>

@@ -2,12 +2,12 @@
 
 #include "remapcolor/session/CurveNotes.h"
 
-#include "remapcolor/reports/Failures.h"
 #include "remapcolor/session/NodePart.h"
-#include "remapcolor/session/ToolKeys.h"
 #include "runtime/graph/EvaluatedValue.h"
 #include "runtime/graph/ValueNames.h"
 #include "runtime/values/NumberText.h"
+#include "session/Failures.h"
+#include "session/ToolKeys.h"
 
 #include <algorithm>
 #include <array>

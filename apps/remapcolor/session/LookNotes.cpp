@@ -3,14 +3,14 @@
 #include "remapcolor/session/LookNotes.h"
 
 #include "pluginAPI/PiImageModifier.h"
-#include "remapcolor/reports/Failures.h"
 #include "remapcolor/session/CurveNotes.h"
-#include "remapcolor/session/ToolKeys.h"
 #include "remapcolor/text/ValueText.h"
 #include "runtime/graph/EvaluatedValue.h"
 #include "runtime/graph/ValueNames.h"
 #include "runtime/project/ProjectValues.h"
 #include "runtime/values/NumberText.h"
+#include "session/Failures.h"
+#include "session/ToolKeys.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,9 +1,9 @@
 #include "remapcolor/session/NodePart.h"
 
 #include "pluginAPI/PiImageModifier.h"
-#include "remapcolor/session/ToolKeys.h"
 #include "runtime/engine/SentPixels.h"
 #include "runtime/graph/ValueNames.h"
+#include "session/ToolKeys.h"
 
 NodePart::NodePart(HostNode const& node, NodeValues const& values)
     : graph(makeShared<HostGraph>()), part(graph->createNode(node.getTool()))

@@ -2,7 +2,7 @@
 
 #include "remapcolor/session/StopSignals.h"
 
-#include "remapcolor/reports/Failures.h"
+#include "session/Failures.h"
 
 #include <cstddef>
 #include <unistd.h>

@@ -2,12 +2,12 @@
 
 #include "remapcolor/text/ValueText.h"
 
-#include "remapcolor/reports/Failures.h"
 #include "runtime/curves/CurveText.h"
 #include "runtime/values/KeyframeText.h"
 #include "runtime/values/NearestNames.h"
 #include "runtime/values/NumberText.h"
 #include "runtime/values/TextParts.h"
+#include "session/Failures.h"
 
 #include <array>
 #include <charconv>

@@ -3,7 +3,7 @@
 #include "apps/remapcolor/Program.h"
 #include "remapcolor/commands/PlotFigure.h"
 #include "remapcolor/options/NodeRequest.h"
-#include "remapcolor/session/ToolSession.h"
+#include "remapcolor/session/RequestedSession.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -37,7 +37,7 @@ struct Plotted {
 
     FigurePanel const& panel(std::size_t index) const { return plot.getFigure().panels[index]; }
 
-    ToolSession session;
+    RequestedSession session;
     RCShdPtr<ControllerLink> link;
     PlotFigure plot;
 };

@@ -1,7 +1,7 @@
 // The built program as its users meet it: files, exit statuses, lines on standard error.
 
 #include "apps/remapcolor/Program.h"
-#include "remapcolor/reports/Failures.h"
+#include "session/Failures.h"
 #include "support/Failures.h"
 #include "support/MediaSupport.h"
 

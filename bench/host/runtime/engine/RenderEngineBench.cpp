@@ -7,7 +7,7 @@
 #include "pluginAPI/IxSampleConversion.h"
 #include "pluginAPI/PxRequestMgr.h"
 #include "remapcolor/options/NodeRequest.h"
-#include "remapcolor/session/ToolSession.h"
+#include "remapcolor/session/RequestedSession.h"
 #include "support/Looks.h"
 
 #include <benchmark/benchmark.h>
@@ -91,7 +91,7 @@ struct Chain {
     {
     }
 
-    ToolSession session;
+    RequestedSession session;
     PxStrongHndl<SourceImageNode> start;
     PxNodePtr<PxImageProtocol const> end;
 };

@@ -2,9 +2,9 @@
 // refused, or the node takes what they say and shows it in a form that is read again.
 
 #include "remapcolor/options/ValueOptions.h"
-#include "remapcolor/reports/Failures.h"
 #include "remapcolor/text/ValueText.h"
 #include "runtime/values/TextParts.h"
+#include "session/Failures.h"
 #include "support/Expect.h"
 #include "support/Tool.h"
 

@@ -1,6 +1,6 @@
 #include "remapcolor/options/CommandLine.h"
 
-#include "remapcolor/reports/Failures.h"
+#include "session/Failures.h"
 #include "support/Failures.h"
 
 #include <gtest/gtest.h>

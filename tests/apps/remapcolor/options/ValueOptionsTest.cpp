@@ -1,8 +1,7 @@
 #include "remapcolor/options/ValueOptions.h"
 
-#include "remapcolor/options/NodeRequest.h"
-#include "remapcolor/reports/Failures.h"
-#include "remapcolor/session/ToolSession.h"
+#include "session/Failures.h"
+#include "session/ToolSession.h"
 #include "support/Failures.h"
 
 #include <gtest/gtest.h>
@@ -30,7 +29,7 @@ protected:
         return collectValues(session.getNode(), settings);
     }
 
-    ToolSession const session{NodeRequest()};
+    ToolSession const session;
 };
 
 TEST_F(ValueOptions, StructureSetsItsMembersAndNothingElse)

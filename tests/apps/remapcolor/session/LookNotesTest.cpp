@@ -2,7 +2,7 @@
 
 #include "remapcolor/options/NodeRequest.h"
 #include "remapcolor/session/CurveNotes.h"
-#include "remapcolor/session/ToolSession.h"
+#include "remapcolor/session/RequestedSession.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -14,13 +14,13 @@ using Form = ValueSetting::Form;
 using Names = std::vector<std::string>;
 
 /// Settings "NAME=VALUE", or of curves "rgb=...".
-ToolSession makeSession(Names const& settings)
+RequestedSession makeSession(Names const& settings)
 {
     NodeRequest request;
     for (std::string const& text : settings) {
         request.settings.push_back({text.starts_with("rgb=") ? Form::Curves : Form::Named, text});
     }
-    return ToolSession(request);
+    return RequestedSession(request);
 }
 
 void expectNotes(Names const& notes, Names const& wanted, Names const& settings)
@@ -70,7 +70,7 @@ TEST(LookNotes, NameWhatIsSetInVainOrHardlyMeant)
          {"\"Linear.Output Level\" of Red: Min 2 is above Max 1, which does not invert"}},
         {{"Linear.Input Level.Max=1@1,-1@3"}, {"Min and Max are both 0"}, {1.0, 2.0}}};
     for (auto const& [settings, wanted, times] : cases) {
-        ToolSession const session = makeSession(settings);
+        RequestedSession const session = makeSession(settings);
         expectNotes(findLookNotes(session.getNode(), times), wanted, settings);
     }
     EXPECT_EQ(listKeyTimes(makeSession({"Linear.Gamma=1@-2,2@7", "Adjust=on@7,off@9"}).getNode()),
@@ -93,7 +93,7 @@ TEST(CurveNotes, NameTheKeysThatTheTableMisses)
         {{"Adjust Curve.Blue=0,0 0.25,0.1 1,1 1000,1000 @1 | 0,0 0.25,0.1 1,1 2,2 @2"},
          {"\"Adjust Curve.Blue\" misses its key 0.25,0.1 at time 1, which gets 0.249"}}};
     for (auto const& [settings, wanted] : cases) {
-        ToolSession const session = makeSession(settings);
+        RequestedSession const session = makeSession(settings);
         HostNode const& node = session.getNode();
         expectNotes(findCurveNotes(node, listKeyTimes(node)), wanted, settings);
     }

@@ -1,6 +1,6 @@
 // How exceptions become an exit status and one line.
 
-#include "remapcolor/reports/Failures.h"
+#include "session/Failures.h"
 
 #include "runtime/loader/ToolLoader.h"
 #include "runtime/values/HostValue.h"

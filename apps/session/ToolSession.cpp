@@ -1,10 +1,9 @@
-#include "remapcolor/session/ToolSession.h"
+#include "session/ToolSession.h"
 
 #include "base/InInstructionSet.h"
-#include "remapcolor/options/NodeRequest.h"
-#include "remapcolor/reports/Failures.h"
-#include "remapcolor/session/ProjectFiles.h"
-#include "remapcolor/session/ToolKeys.h"
+#include "session/Failures.h"
+#include "session/ProjectFiles.h"
+#include "session/ToolKeys.h"
 
 #include <cstddef>
 #include <cstdlib>
@@ -34,24 +33,24 @@ void checkInstructionSet()
 
 } // namespace
 
-ToolSession::ToolSession(NodeRequest const& request)
+ToolSession::ToolSession(std::vector<std::filesystem::path> const& projects)
 {
     checkInstructionSet();
     loader.find(ToolKeys::libraryFile);
     graph = makeShared<HostGraph>();
-    node = prepareNode(loader.getTool(ToolKeys::tool), request);
-    node->setValues(collectValues(*node, request.settings));
+    node = prepareNode(loader.getTool(ToolKeys::tool), projects);
 }
 
-RCShdPtr<HostNode> ToolSession::prepareNode(PiToolProtocol const& tool, NodeRequest const& request)
+RCShdPtr<HostNode> ToolSession::prepareNode(PiToolProtocol const& tool,
+                                            std::vector<std::filesystem::path> const& projects)
 {
     RCShdPtr<HostNode> const created = graph->createNode(tool);
-    if (request.projects.empty()) {
+    if (projects.empty()) {
         return created;
     }
     // The new node only says what values there are.
     NodeValues saved;
-    for (std::filesystem::path const& project : request.projects) {
+    for (std::filesystem::path const& project : projects) {
         for (auto& [name, state] : loadProject(project, *created)) {
             saved.insert_or_assign(name, std::move(state));
         }

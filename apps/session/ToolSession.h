@@ -4,15 +4,16 @@
 #include "runtime/graph/HostGraph.h"
 #include "runtime/loader/ToolLoader.h"
 
-struct NodeRequest;
+#include <filesystem>
+#include <vector>
 
 /// The loaded tool and one node of it. Handles of the node and of its chains are let go before the
 /// session ends. One at a time; main thread.
 class ToolSession {
 public:
-    /// A node with the values that are asked for. Throws ToolLoadError, UsageError, ValueError,
-    /// SurroundingsError.
-    explicit ToolSession(NodeRequest const& request);
+    /// A node with the values of the projects, one after the other. Throws ToolLoadError,
+    /// UsageError, ValueError, SurroundingsError.
+    explicit ToolSession(std::vector<std::filesystem::path> const& projects = {});
 
     HostNode& getNode() const { return *node; }
 
@@ -20,7 +21,8 @@ public:
     RCShdPtr<ControllerLink> linkController();
 
 private:
-    RCShdPtr<HostNode> prepareNode(PiToolProtocol const& tool, NodeRequest const& request);
+    RCShdPtr<HostNode> prepareNode(PiToolProtocol const& tool,
+                                   std::vector<std::filesystem::path> const& projects);
 
     // In this order: the libraries outlive everything that comes from them.
     ToolLoader loader;

@@ -1,11 +1,11 @@
 // Project files, with failures as the user sees them.
 
-#include "remapcolor/session/ProjectFiles.h"
+#include "session/ProjectFiles.h"
 
 #include "files/FileError.h"
 #include "files/TemporaryFile.h"
-#include "remapcolor/reports/Failures.h"
 #include "runtime/project/Project.h"
+#include "session/Failures.h"
 
 #include <string>
 
