@@ -24,7 +24,7 @@ WORK = TOP / "build" / "mutate"
 TREE, BUILD = WORK / "tree", WORK / "build"
 VERDICTS = WORK / "verdicts.jsonl"
 TEST_SECONDS = 120  # tests that take this long for a room count as having noticed
-ROOMS = ["interface", "files", "runtime", "tool", "link", "bundle", "shots", "media", "app"]
+ROOMS = re.findall(r"^add_room_tests\((\w+)Tests", (TOP / "tests" / "CMakeLists.txt").read_text(), re.M)
 
 Mutant = collections.namedtuple("Mutant", "room kind what file old new place")
 
@@ -228,6 +228,7 @@ def main():
     # A job in the background ignores these, and so would the programs that tests send them to.
     signal.signal(signal.SIGINT, signal.default_int_handler)
     signal.signal(signal.SIGQUIT, signal.SIG_DFL)
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(2))  # leaves the copy as it was
     WORK.mkdir(parents=True, exist_ok=True)
     copy_sources()
     if not (configure() and build(*[f"{room}Tests" for room in ROOMS])

@@ -140,9 +140,40 @@ TEST_F(ShotTest, SkipKeepsWhatFitsAndMakesTheRestAgain)
                                                     std::chrono::seconds(1));
     EXPECT_EQ(rerun({"--any-age"}), std::pair(4, 2));
     EXPECT_EQ(rerun({}), std::pair(1, 5));
+    // What a look comes from is newer, and then a mask.
+    ASSERT_EQ(run({"project", "-o", "p.json"}).status, 0);
+    EXPECT_EQ(rerun({"-p", "p.json"}), std::pair(6, 0));
+    EXPECT_EQ(rerun({"-p", "p.json"}), std::pair(0, 6));
+    writeExr(path("m.exr"), {.channels = {}, .values = {{"A", 1.0F}}});
+    EXPECT_EQ(rerun({"--mask", "m.exr", "--any-age"}), std::pair(0, 6));
+    EXPECT_EQ(rerun({"--mask", "m.exr"}), std::pair(6, 0));
     ProgramResult const refused = run(renderOut({"--existing", "error", "-f", "2-3"}));
     EXPECT_EQ(refused.status, 2);
     expectLineWith("frames 2-3", refused.errors.at(0));
+}
+
+TEST_F(ShotTest, WhatIsOddAboutAFrameIsSaidAndItIsRendered)
+{
+    writeExr(input(2), {.channels = {{"R"}, {"G"}, {"B"}}});
+    writeExr(input(4), {.channels = {{"R"}, {"G"}, {"B"}, {"A"}, {"Z", Imf::FLOAT}}});
+    for (int const frame : {1, 2, 4}) {
+        writeExr(path("m.000" + std::to_string(frame) + ".exr"),
+                 {.channels = {}, .values = {{"A", frame == 1 ? 0.0F : 1.0F}}});
+    }
+    ProgramResult const result =
+        run(renderOut({"-f", "1-4", "--mask", "m.####.exr", "--on-missing", "skip"}));
+    EXPECT_EQ(result.status, 0);
+    for (std::string const line :
+         {"frame 1: no effect: the mask \"m.0001.exr\"",
+          "frame 2: its channels are not those of "
+          "frame 1",
+          "3 of 4 frames rendered, 1 skipped", "frame 4: its channels are not"}) {
+        EXPECT_EQ(std::count_if(result.errors.begin(), result.errors.end(),
+                                [&](auto const& said) { return said.find(line) != said.npos; }),
+                  1)
+            << line << testing::PrintToString(result.errors);
+    }
+    EXPECT_EQ(list("out"), (Names{"o.0001.exr", "o.0002.exr", "o.0004.exr"}));
 }
 
 TEST_F(ShotTest, EventsHaveTheFieldsThatAreWrittenDown)

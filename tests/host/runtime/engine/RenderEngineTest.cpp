@@ -132,8 +132,13 @@ TEST_F(RenderEngineTest, FailuresReachTheCallerAndTheChainStaysUsable)
         for (int place = 0; place < 3; ++place) {
             options.threads = threads;
             std::atomic<int> nbCalls = 0;
+            std::atomic<int> nbComputed = 0;
+            chain->onCompute = [&] { ++nbComputed; };
             auto const fail = [&] {
                 if (++nbCalls == 4) {
+                    while (place == 1 && threads > 1 && nbComputed < 5) {
+                        std::this_thread::yield(); // until another waits for its turn
+                    }
                     throw std::runtime_error("the fourth fails");
                 }
             };

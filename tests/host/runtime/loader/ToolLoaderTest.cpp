@@ -3,14 +3,21 @@
 
 #include "runtime/loader/ToolLoader.h"
 
+#include "base/EvEventManager.h"
 #include "base/InBuildInfo.h"
 #include "base/InPackageInit.h"
+#include "pluginAPI/PxRequestMgr.h"
 #include "runtime/project/Project.h"
 #include "support/Failures.h"
 #include "support/InMemoryHost.h"
 #include "support/StandardPixels.h"
 
 #include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <semaphore>
+#include <thread>
 
 namespace {
 
@@ -56,6 +63,48 @@ TEST(ToolLoaderTest, FindsByNameBesideTheProgramAndSaysWhereItLooked)
     EXPECT_EQ(folders, (std::vector<std::filesystem::path>{"a", "b"}));
     expectLineWith("lib/vxtools; set VX_TOOL_PATH",
                    messageOf<ToolLoadError>([&] { loader.find("nothing.vxtool"); }));
+}
+
+/// Ends when it may, and sees whether the tool is still there then.
+struct LastRequest : PxRequest {
+    void performExecute() override
+    {
+        hasStarted.release();
+        mayEnd.acquire();
+        auto const& packages = InPackageRegistry::getInstance();
+        InPackageInit const* const tool = packages.find("remapColorVxtool");
+        wasToolThere = tool != nullptr && packages.isRunning(*tool);
+    }
+    std::binary_semaphore hasStarted{0};
+    std::binary_semaphore mayEnd{0};
+    bool wasToolThere = false;
+};
+
+TEST(ToolLoaderTest, RequestsEndAndEventsGoBeforeTheTool)
+{
+    auto loader = std::make_unique<ToolLoader>();
+    loader->load(REMAPCOLOR_LIBRARY);
+    auto* const request = new LastRequest;
+    PxRequestMgr::getInstance().submit(request, 0);
+    request->hasStarted.acquire();
+    auto const held = std::make_shared<int>(0);
+    struct Holder : EvRequestEvent {
+        explicit Holder(std::shared_ptr<int> object) : kept(std::move(object)) {}
+        void execute() override { ADD_FAILURE(); }
+        std::shared_ptr<int> kept;
+    };
+    EvEventManager::getInstance().post(makeOwned<Holder>(held));
+    std::binary_semaphore hasGone{0};
+    std::jthread const opener([&] {
+        (void)hasGone.try_acquire_for(std::chrono::milliseconds(30));
+        request->mayEnd.release();
+    });
+    loader.reset();
+    hasGone.release();
+    PxRequestMgr::getInstance().wait(request);
+    EXPECT_TRUE(request->wasToolThere);
+    EXPECT_EQ(held.use_count(), 1);
+    PxRequestMgr::getInstance().release(request);
 }
 
 struct LoadedTool : ::testing::Test {
