@@ -60,7 +60,7 @@ public:
     virtual GeRectangle<int> getStripBounds(int index, int rows) const = 0;
 
     /// Fills `strip` with the rows `bounds`, as getStripBounds gave them, but for what unpackStrip
-    /// does. Buffers in `strip` may be used again.
+    /// does. Its buffers, those of another picture perhaps, may be used again; nothing is packed.
     virtual void fetchStrip(GeRectangle<int> const& bounds, ImageStrip& strip) = 0;
 
     /// The work after fetchStrip that strips do not share: any thread, several at once.

@@ -238,6 +238,8 @@ void RenderPool::read(Strip& strip)
     Picture& picture = *strip.picture;
     ImageSource& source = picture.job.source;
     strip.bounds = source.getStripBounds(strip.index, picture.stripRows);
+    // The last picture's blocks are none of this one's.
+    strip.image.packed.clear();
     source.fetchStrip(strip.bounds, strip.image);
     strip.mask = picture.job.mask == nullptr ? IxTile() : picture.job.mask->read(strip.bounds);
     endRead(strip);

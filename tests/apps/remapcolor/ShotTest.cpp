@@ -93,6 +93,35 @@ TEST_F(ShotTest, ChunksAndFramesByThemselvesGiveTheSameBytes)
     expectComplete("out");
 }
 
+TEST_F(ShotTest, FramesOfOtherMakesAreWhatTheyAreByThemselves)
+{
+    std::vector<ExrRecipe> const recipes = {
+        {.compression = Imf::ZIP_COMPRESSION, .dataWindow = {{0, 0}, {90, 70}}},
+        {.channels = {{"R"}, {"G"}}, .compression = Imf::ZIP_COMPRESSION},
+        {.compression = Imf::PIZ_COMPRESSION},
+        {.compression = Imf::ZIP_COMPRESSION, .tileSize = 16},
+        {.channels = {{"Y"}, {"Z", Imf::FLOAT}}, .compression = Imf::ZIPS_COMPRESSION},
+        {.compression = Imf::NO_COMPRESSION}};
+    int frame = 0;
+    for (ExrRecipe const& recipe : recipes) {
+        writeExr(input(++frame), recipe);
+    }
+    for (char const* const compression : {"input", "zip", "none"}) {
+        for (frame = 1; frame <= nbFrames; ++frame) {
+            std::string const name = "o.000" + std::to_string(frame) + ".exr";
+            EXPECT_EQ(run(render("in.000" + std::to_string(frame) + ".exr", "ref/" + name,
+                                 {"--frame", std::to_string(frame), "--compression", compression}))
+                          .status,
+                      0);
+        }
+        for (char const* const frames : {"1-6", "6-1"}) {
+            EXPECT_EQ(run(renderOut({"-f", frames, "-j1", "--compression", compression})).status,
+                      0);
+            expectComplete("out");
+        }
+    }
+}
+
 TEST_F(ShotTest, WhatFailsIsNamedAndTheOthersAreDone)
 {
     std::filesystem::resize_file(input(2), 900);
