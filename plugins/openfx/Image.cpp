@@ -36,18 +36,21 @@ Image::State Image::readFrame()
     auto const bounds = image.getRectangle(Prop::imageBounds);
     auto const depth = findDepth(image.getString(Prop::pixelDepth).value_or(""));
     auto const components = findComponents(image.getString(Prop::components).value_or(""));
+    if (bounds) {
+        frame.bounds = {bounds->x1, bounds->y1, bounds->x2, bounds->y2};
+    }
+    bool const isEmpty = bounds && frame.bounds.isEmpty();
     frame.firstRow = static_cast<std::byte*>(image.getPointer(Prop::imageData));
-    if (frame.firstRow == nullptr) {
+    if (frame.firstRow == nullptr && !isEmpty) {
         return State::Missing;
     }
     if (!bounds || !depth || !components) {
         return State::Unusable;
     }
-    frame.bounds = {bounds->x1, bounds->y1, bounds->x2, bounds->y2};
     frame.depth = *depth;
     frame.components = *components;
-    if (frame.bounds.isEmpty()) {
-        return State::Missing;
+    if (isEmpty) {
+        return State::Present; // a tile beyond what the clip covers
     }
     std::int64_t const width = std::int64_t{bounds->x2} - bounds->x1;
     std::int64_t const packed = width * static_cast<std::int64_t>(frame.getBytesPerPixel());

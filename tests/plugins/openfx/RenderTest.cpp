@@ -164,6 +164,11 @@ TEST_F(BundleRender, MaskAndMixBlendAsTheNativeHostDoes)
         Bytes const& expected = x == 3 ? unmixed : x == 4 ? mixed : plain;
         EXPECT_EQ(std::memcmp(&masked[at], &expected[at], 16), 0) << "x " << x;
     }
+    // A tile that the mask does not reach.
+    OfxTestImage empty({.components = Components::alpha, .bounds = {3, 0, 3, 0}});
+    effect.clip("Mask").image = &empty;
+    EXPECT_EQ(renderAll(effect, output), plain);
+    effect.clip("Mask").image = &mask;
     // A host has a mask where nothing is connected, or says that there is one and has none.
     auto& properties = effect.clip("Mask").properties.values;
     properties[OfxText::Prop::clipConnected] = {0};
