@@ -42,7 +42,7 @@ TEST(CurveText, HandlesBetweenPlainKeysAreAThirdOfTheWayAlongTheirSlopes)
     };
     for (auto const& [name, keys, slopes] :
          {Case{"mean of the neighbours", "0,0 3,3 6,12", {1, 2, 3}},
-          Case{"a top", "0,0 3,3 6,0", {1, 0, -1}}, Case{"a bottom", "0,0 3,-3 9,3", {-1, 0, 1}},
+          Case{"a top", "0,0 3,3 6,-3", {1, 0, -2}}, Case{"a bottom", "0,0 3,-3 9,9", {-1, 0, 2}},
           Case{"beside a level", "0,0 3,0 6,3", {0, 0, 1}},
           Case{"at most three times the flatter", "0,0 3,3 6,33", {1, 3, 10}},
           Case{"falling", "0,0 3,-30 6,-33", {-10, -3, -1}},

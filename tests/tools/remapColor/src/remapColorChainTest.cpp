@@ -247,10 +247,15 @@ TEST_P(RemapColorFormatTest, ConvertsAsTheReferenceAndKeepsTheBitsOfAlpha)
         std::size_t const component = sample % nbComponents;
         float const expected = transformSamples(chain, picture, sample - component)[component];
         ASSERT_TRUE(reference::sameValue(roundTo(wanted, expected), readSample(result, sample)));
-        bool const isAlpha = nbComponents != 3 && component + 1 == nbComponents;
-        if (isAlpha && wanted == depth) {
-            std::size_t const byte = sample * sampleBytes;
-            ASSERT_EQ(std::memcmp(&result.bytes[byte], &picture.bytes[byte], sampleBytes), 0);
+    }
+    for (int const mode : {0, 1}) {
+        bench.inputs.set<int>("Mode", mode);
+        Picture const made = bench.computePicture();
+        bool const keepsAlpha = nbComponents != 3 && wanted == depth;
+        for (std::size_t pixel = 1; keepsAlpha && pixel <= 65536; ++pixel) {
+            std::size_t const byte = (pixel * nbComponents - 1) * sampleBytes;
+            ASSERT_EQ(std::memcmp(&made.bytes[byte], &picture.bytes[byte], sampleBytes), 0)
+                << mode << " " << pixel;
         }
     }
 }
