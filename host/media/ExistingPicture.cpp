@@ -2,7 +2,7 @@
 
 #include "media/ExistingPicture.h"
 
-#include "media/ExrCompression.h"
+#include "media/ExrPlan.h"
 #include "media/ExrReader.h"
 #include "media/ImageFailure.h"
 #include "media/ImageFiles.h"
@@ -20,42 +20,72 @@ bool haveSameSize(GeRectangle<int> const& a, GeRectangle<int> const& b)
     return a.getWidth() == b.getWidth() && a.getHeight() == b.getHeight();
 }
 
-Fault findExrFault(ImageSource const& there, ImageSource const& source, IxPixelFormat const& format,
-                   WriteOptions const& options)
+bool haveSameChannels(Imf::ChannelList const& a, Imf::ChannelList const& b)
 {
-    ImageInfo const& info = there.getInfo();
-    ImageInfo const& wanted = source.getInfo();
-    if (!(info.dataWindow == wanted.dataWindow) || !(info.displayWindow == wanted.displayWindow)) {
+    auto const isSame = [](ExrFurtherChannel const& one, ExrFurtherChannel const& other) {
+        return one.name == other.name && one.xSampling == other.xSampling &&
+               one.ySampling == other.ySampling;
+    };
+    auto const list = listChannels(a);
+    auto const others = listChannels(b);
+    return std::equal(list.begin(), list.end(), others.begin(), others.end(), isSame);
+}
+
+bool haveSameTiles(ExrHeader const& a, ExrHeader const& b)
+{
+    return a.isTiled == b.isTiled && a.isDeep == b.isDeep &&
+           (!a.isTiled || a.header.tileDescription() == b.header.tileDescription());
+}
+
+/// Why a part is not the one that would be written.
+Fault findPartFault(ExrHeader const& part, ExrPlannedPart const& planned, bool isCompressionChosen)
+{
+    Imf::Header const& header = part.header;
+    Imf::Header const& wanted = planned.header.header;
+    if (header.dataWindow() != wanted.dataWindow() ||
+        header.displayWindow() != wanted.displayWindow()) {
         return "its windows are others";
     }
-    if (info.format.getComponents() != format.getComponents()) {
+    if (!haveSameChannels(header.channels(), wanted.channels())) {
         return "its channels are others";
     }
-    auto const* const thereExr = dynamic_cast<ExrReader const*>(&there);
-    auto const* const sourceExr = dynamic_cast<ExrReader const*>(&source);
-    SampleStorage const made =
-        format.getDepth() == IxPixelFormat::FLOAT16 ? SampleStorage::Half : SampleStorage::Float;
-    bool const isKept = options.keepsInputDepth && sourceExr != nullptr;
-    if (info.storage != (isKept ? wanted.storage : made)) {
+    if (!(header.channels() == wanted.channels())) {
         return "its depth is another";
     }
-    if (thereExr != nullptr && options.compression) {
-        Imf::Header expected = thereExr->getHeader().header;
-        applyCompression(options.compression, expected);
-        if (expected.compression() != thereExr->getHeader().header.compression()) {
-            return "its compression is another";
+    if (!haveSameTiles(part, planned.header)) {
+        return "its tiles are others";
+    }
+    bool const isSettled = isCompressionChosen || !planned.isProcessed();
+    if (isSettled && header.compression() != wanted.compression()) {
+        return "its compression is another";
+    }
+    return {};
+}
+
+Fault findExrFault(ImageSource const& there, ExrPlan const& plan, WriteOptions const& options)
+{
+    auto const* const exr = dynamic_cast<ExrReader const*>(&there);
+    if (exr == nullptr) {
+        return "it is of another kind";
+    }
+    std::vector<ExrHeader> const& parts = exr->getHeaders().parts;
+    if (parts.size() != plan.parts.size()) {
+        return "its parts are others";
+    }
+    for (std::size_t number = 0; number < parts.size(); ++number) {
+        Imf::Header const& header = parts[number].header;
+        Imf::Header const& wanted = plan.parts[number].header.header;
+        if (header.hasName() != wanted.hasName() ||
+            (header.hasName() && header.name() != wanted.name())) {
+            return "its parts are others";
+        }
+        Fault const fault =
+            findPartFault(parts[number], plan.parts[number], options.compression.has_value());
+        if (fault.has_value()) {
+            return fault;
         }
     }
-    auto const isSame = [](ExrFurtherChannel const& a, ExrFurtherChannel const& b) {
-        return a.name == b.name && a.type == b.type && a.xSampling == b.xSampling &&
-               a.ySampling == b.ySampling;
-    };
-    std::vector<ExrFurtherChannel> const none;
-    auto const& further = thereExr == nullptr ? none : thereExr->getFurtherChannels();
-    auto const& expected = sourceExr == nullptr ? none : sourceExr->getFurtherChannels();
-    bool const areSame =
-        std::equal(further.begin(), further.end(), expected.begin(), expected.end(), isSame);
-    return areSame ? Fault() : Fault("its channels are others");
+    return {};
 }
 
 /// Of a file without windows.
@@ -95,7 +125,7 @@ void readToTheEnd(ImageSource& picture, bool isLastStripEnough)
 } // namespace
 
 std::optional<std::string> findPictureFault(std::filesystem::path const& file,
-                                            ImageSource const& source, IxPixelFormat const& format,
+                                            ImageSource const& source, ResultFormat const& formatOf,
                                             ReadOptions const& readOptions,
                                             WriteOptions const& writeOptions)
 {
@@ -104,10 +134,15 @@ std::optional<std::string> findPictureFault(std::filesystem::path const& file,
     try {
         auto const there = openImage(file, isExr ? readOptions : ReadOptions());
         Fault const fault =
-            isExr ? findExrFault(*there, source, format, writeOptions)
-                  : findOtherFault(kind.value(), there->getInfo(), source, format, writeOptions);
-        if (!fault.has_value()) {
+            isExr ? findExrFault(*there, planExr(source, formatOf, writeOptions), writeOptions)
+                  : findOtherFault(kind.value(), there->getInfo(), source,
+                                   formatOf(source.getInfo()), writeOptions);
+        while (!fault.has_value()) {
             readToTheEnd(*there, isExr);
+            if (!there->hasNextSection()) {
+                break;
+            }
+            there->startNextSection();
         }
         return fault;
     } catch (ImageFileError const& error) {

@@ -7,6 +7,7 @@
 #include <ImfFrameBuffer.h>
 #include <ImfStringVectorAttribute.h>
 #include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <set>
 
@@ -25,11 +26,73 @@ Imf::Channel const* find(Imf::ChannelList const& channels, std::string const& na
     return channels.findChannel(name);
 }
 
+constexpr std::array<char const*, 4> words = {"red", "green", "blue", "alpha"};
+constexpr std::size_t alphaComponent = 3;
+
+std::string toLower(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    return text;
+}
+
+/// Full names of red, green, blue and alpha; "" for none.
+using RgbaNames = std::array<std::string, 4>;
+
+/// The channel whose name without the prefix is `wanted` in whatever case, or "".
+std::string findInAnyCase(Imf::ChannelList const& channels, std::string const& prefix,
+                          std::string const& wanted)
+{
+    for (auto channel = channels.begin(); channel != channels.end(); ++channel) {
+        std::string const name = channel.name();
+        if (name.size() == prefix.size() + wanted.size() && name.starts_with(prefix) &&
+            toLower(name.substr(prefix.size())) == wanted) {
+            return name;
+        }
+    }
+    return "";
+}
+
+bool hasAll(RgbaNames const& names)
+{
+    return std::none_of(names.begin(), names.begin() + alphaComponent,
+                        [](std::string const& name) { return name.empty(); });
+}
+
+bool hasNone(RgbaNames const& names)
+{
+    return std::all_of(names.begin(), names.begin() + alphaComponent,
+                       [](std::string const& name) { return name.empty(); });
+}
+
+/// Letters in lower case count as colour only where all three are there: "b" alone may be anything.
+RgbaNames findNames(Imf::ChannelList const& channels, std::string const& prefix)
+{
+    RgbaNames names;
+    RgbaNames withLetters;
+    for (std::size_t component = 0; component < names.size(); ++component) {
+        std::string const exact =
+            prefix + (component == alphaComponent ? exrAlphaName : exrColourNames[component]);
+        names[component] = find(channels, exact) != nullptr
+                               ? exact
+                               : findInAnyCase(channels, prefix, words[component]);
+        withLetters[component] =
+            !names[component].empty()
+                ? names[component]
+                : findInAnyCase(channels, prefix, std::string(words[component], 1));
+    }
+    return hasAll(withLetters) ? withLetters : names;
+}
+
 bool hasColour(Imf::ChannelList const& channels, std::string const& prefix)
 {
     return find(channels, prefix + luminanceName) != nullptr ||
-           std::any_of(exrColourNames.begin(), exrColourNames.end(),
-                       [&](char const* name) { return find(channels, prefix + name) != nullptr; });
+           !hasNone(findNames(channels, prefix));
+}
+
+bool hasAlpha(Imf::ChannelList const& channels, std::string const& prefix)
+{
+    return !findNames(channels, prefix)[alphaComponent].empty();
 }
 
 std::vector<std::string> layersWithColour(Imf::ChannelList const& channels)
@@ -54,9 +117,12 @@ std::vector<std::string> allNames(Imf::ChannelList const& channels)
     return names;
 }
 
-/// The first of a file's views has its channels without the view's name.
+/// The first of a file's views has its channels without the view's name, as has a part of a view.
 bool isFirstView(Imf::Header const& header, std::string const& layer)
 {
+    if (header.hasView() && header.view() == layer) {
+        return true;
+    }
     auto const* const views = header.findTypedAttribute<Imf::StringVectorAttribute>("multiView");
     return views != nullptr && !views->value().empty() && views->value().front() == layer;
 }
@@ -72,8 +138,8 @@ std::string chooseLayer(Imf::Header const& header, std::string const& wanted,
         return layer;
     }
     std::vector<std::string> const layers = layersWithColour(channels);
-    bool const hasAlpha = find(channels, prefix + exrAlphaName) != nullptr;
-    if (!isOwn && !hasAlpha) {
+    bool const isAlpha = hasAlpha(channels, prefix);
+    if (!isOwn && !isAlpha) {
         throwReadError(ImageFailure::Request, file,
                        "it has no layer " + quoteName(wanted) + " with colour; " +
                            (layers.empty() ? "it has no layers with colour at all"
@@ -86,7 +152,7 @@ std::string chooseLayer(Imf::Header const& header, std::string const& wanted,
         throwReadError(ImageFailure::Request, file,
                        "only its layers have colour; choose one of " + quoteList(layers));
     }
-    if (!hasAlpha) {
+    if (!isAlpha) {
         throwReadError(ImageFailure::File, file,
                        "it has no channels of colour; its channels are " +
                            quoteList(allNames(channels)));
@@ -96,10 +162,7 @@ std::string chooseLayer(Imf::Header const& header, std::string const& wanted,
 
 ExrColourKind findKind(Imf::ChannelList const& channels, std::string const& prefix)
 {
-    bool const hasRgb =
-        std::any_of(exrColourNames.begin(), exrColourNames.end(),
-                    [&](char const* name) { return find(channels, prefix + name) != nullptr; });
-    if (hasRgb) {
+    if (!hasNone(findNames(channels, prefix))) {
         return ExrColourKind::Rgb;
     }
     if (find(channels, prefix + luminanceName) == nullptr) {
@@ -126,8 +189,7 @@ bool isColour(std::string const& name, ExrColour const& colour)
     }
     switch (colour.kind) {
     case ExrColourKind::Rgb:
-        return std::any_of(exrColourNames.begin(), exrColourNames.end(),
-                           [&](char const* letter) { return name == colour.prefix + letter; });
+        return std::find(colour.names.begin(), colour.names.end(), name) != colour.names.end();
     case ExrColourKind::Luminance: return name == colour.prefix + luminanceName;
     case ExrColourKind::SubsampledLumaChroma:
     case ExrColourKind::FullLumaChroma:
@@ -164,12 +226,13 @@ std::string findMaskChannel(Imf::ChannelList const& channels, std::string const&
     if (names.size() == 1) {
         return names.front();
     }
-    if (find(channels, prefix + exrAlphaName) != nullptr) {
+    RgbaNames const colours = findNames(channels, prefix);
+    if (!colours[alphaComponent].empty()) {
         return "";
     }
-    for (char const* const colour : exrColourNames) {
-        if (find(channels, prefix + colour) != nullptr) {
-            return prefix + colour;
+    for (std::string const& colour : colours) {
+        if (!colour.empty()) {
+            return colour;
         }
     }
     if (!hasColour(channels, prefix) && layersWithColour(channels).empty()) {
@@ -218,12 +281,10 @@ ExrColour chooseExrColour(Imf::Header const& header, std::string const& layer,
     colour.layer = chooseLayer(header, layer, file);
     colour.prefix = prefixOf(colour.layer);
     colour.kind = findKind(channels, colour.prefix);
-    colour.alphaName = colour.prefix + exrAlphaName;
-    colour.hasAlpha = find(channels, colour.alphaName) != nullptr;
-    for (std::size_t component = 0; component < exrColourNames.size(); ++component) {
-        colour.isPresent[component] =
-            find(channels, colour.prefix + exrColourNames[component]) != nullptr;
-    }
+    RgbaNames const names = findNames(channels, colour.prefix);
+    std::copy_n(names.begin(), colour.names.size(), colour.names.begin());
+    colour.alphaName = names[alphaComponent];
+    colour.hasAlpha = !colour.alphaName.empty();
     for (auto channel = channels.begin(); channel != channels.end(); ++channel) {
         if (isColour(channel.name(), colour)) {
             checkColourChannel(channel.name(), channel.channel(), colour, file);
@@ -233,6 +294,44 @@ ExrColour chooseExrColour(Imf::Header const& header, std::string const& layer,
         }
     }
     return colour;
+}
+
+bool hasLayer(Imf::Header const& header, std::string const& layer)
+{
+    Imf::ChannelList const& channels = header.channels();
+    if (layer.empty() && hasAnyColour(header)) {
+        return true;
+    }
+    std::string const prefix = prefixOf(isFirstView(header, layer) ? "" : layer);
+    return hasColour(channels, prefix) || hasAlpha(channels, prefix);
+}
+
+bool hasAnyColour(Imf::Header const& header)
+{
+    return hasColour(header.channels(), "") || !layersWithColour(header.channels()).empty();
+}
+
+std::vector<std::string> listFullLayers(Imf::Header const& header)
+{
+    Imf::ChannelList const& channels = header.channels();
+    std::vector<std::string> layers = layersWithColour(channels);
+    layers.insert(layers.begin(), "");
+    std::erase_if(layers, [&](std::string const& layer) {
+        std::string const prefix = prefixOf(layer);
+        RgbaNames const names = findNames(channels, prefix);
+        if (hasNone(names)) {
+            return findKind(channels, prefix) != ExrColourKind::SubsampledLumaChroma &&
+                   findKind(channels, prefix) != ExrColourKind::FullLumaChroma;
+        }
+        return !hasAll(names) || std::any_of(names.begin(), names.begin() + alphaComponent,
+                                             [&](std::string const& name) {
+                                                 Imf::Channel const& channel = channels[name];
+                                                 return channel.type == Imf::UINT ||
+                                                        channel.xSampling != 1 ||
+                                                        channel.ySampling != 1;
+                                             });
+    });
+    return layers;
 }
 
 std::vector<ExrFurtherChannel> listChannels(Imf::ChannelList const& channels)
@@ -267,11 +366,13 @@ ExrColour chooseExrMask(Imf::Header const& header, std::string const& layer,
 }
 
 std::vector<ExrFurtherChannel> findFurtherChannels(Imf::ChannelList const& channels,
-                                                   ExrColour const& colour)
+                                                   std::vector<ExrColour> const& colours)
 {
     std::vector<ExrFurtherChannel> further = listChannels(channels);
-    std::erase_if(further, [&colour](ExrFurtherChannel const& channel) {
-        return isColour(channel.name, colour);
+    std::erase_if(further, [&colours](ExrFurtherChannel const& channel) {
+        return std::any_of(colours.begin(), colours.end(), [&channel](ExrColour const& colour) {
+            return isColour(channel.name, colour);
+        });
     });
     return further;
 }

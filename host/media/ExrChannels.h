@@ -25,9 +25,9 @@ enum class ExrColourKind {
 /// The channels that become a tile's pixels.
 struct ExrColour {
     ExrColourKind kind = ExrColourKind::Rgb;
-    std::string layer;               ///< "" for the file's own
-    std::string prefix;              ///< of channel names: "" or the layer and a dot
-    std::array<bool, 3> isPresent{}; ///< which of R, G, B the file has (Rgb only)
+    std::string layer;                  ///< "" for the file's own
+    std::string prefix;                 ///< of channel names: "" or the layer and a dot
+    std::array<std::string, 3> names{}; ///< full names of red, green, blue; "" for none (Rgb only)
     bool hasAlpha = false;
     std::string alphaName;           ///< the channel's full name, if any; any channel of a mask
     Imf::PixelType type = Imf::HALF; ///< the widest of them
@@ -45,10 +45,21 @@ struct ExrFurtherChannel {
 inline constexpr std::array<char const*, 3> exrColourNames = {"R", "G", "B"};
 inline constexpr char const* exrAlphaName = "A";
 
-/// Finds the colour of `layer`, or for "" the file's own or that of its only layer. Throws
-/// ImageFileError where there is none, several, or a kind that cannot be processed.
+/// Finds the colour of `layer`, or for "" the part's own or that of its only layer. Where there is
+/// no R, a channel called "red", or "r" beside green and blue, in whatever case, counts as R; so do
+/// others. Throws ImageFileError where there is none, several, or a kind that cannot be processed.
 ExrColour chooseExrColour(Imf::Header const& header, std::string const& layer,
                           std::filesystem::path const& file);
+
+/// Whether there is something that can be processed: colour, or alpha alone. Of any layer for "".
+bool hasLayer(Imf::Header const& header, std::string const& layer);
+
+/// Whether there is colour in any layer.
+bool hasAnyColour(Imf::Header const& header);
+
+/// The layers with red, green and blue or luminance and chroma of half or float, the part's own
+/// ("") first.
+std::vector<std::string> listFullLayers(Imf::Header const& header);
 
 /// Finds the channel of a mask, which becomes the alpha of a picture of alpha alone: `channel` of
 /// `layer`, or for "" the alpha, the only channel there is, or the first one of colour. Of
@@ -56,9 +67,9 @@ ExrColour chooseExrColour(Imf::Header const& header, std::string const& layer,
 ExrColour chooseExrMask(Imf::Header const& header, std::string const& layer,
                         std::string const& channel, std::filesystem::path const& file);
 
-/// All channels that are not part of `colour`, in the file's order.
+/// All channels that are part of no colour, in the file's order.
 std::vector<ExrFurtherChannel> findFurtherChannels(Imf::ChannelList const& channels,
-                                                   ExrColour const& colour);
+                                                   std::vector<ExrColour> const& colours);
 
 /// All channels there are, in the file's order.
 std::vector<ExrFurtherChannel> listChannels(Imf::ChannelList const& channels);

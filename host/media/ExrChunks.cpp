@@ -1,4 +1,4 @@
-// What a file's chunks hold against what its header announces.
+// What a file's chunks hold against what its headers announce.
 
 #include "media/ExrChunks.h"
 
@@ -14,55 +14,13 @@
 namespace {
 
 constexpr std::uint64_t offsetBytes = 8;
-constexpr std::uint64_t numberBytes = 4;     // of the numbers at a chunk's head
-constexpr std::uint64_t scanLineNumbers = 2; // row, size
-constexpr std::uint64_t tileNumbers = 5;     // column, row, both levels, size
+constexpr std::uint64_t numberBytes = 4; // of the numbers at a chunk's head
+constexpr std::uint64_t deepSizes = 3;   // packed counts, packed samples, samples; 8 bytes each
+constexpr std::size_t mostHeadBytes = 5 * numberBytes + deepSizes * offsetBytes;
 
 [[noreturn]] void throwDamagedBlock()
 {
     throw Iex::InputExc("a block of pixels does not hold what the header announces");
-}
-
-/// Tiles of one level, or of all of a file with several.
-std::uint64_t countTiles(Imf::TileDescription const& tiles, GeRectangle<int> const& window)
-{
-    auto const isUp = tiles.roundingMode == Imf::ROUND_UP;
-    auto const sizeAt = [isUp](int size, unsigned level) {
-        std::uint64_t const rounding = isUp ? (1ULL << level) - 1 : 0;
-        return std::max<std::uint64_t>((static_cast<std::uint64_t>(size) + rounding) >> level, 1);
-    };
-    auto const countLevels = [&sizeAt](int size) {
-        unsigned levels = 1;
-        while (sizeAt(size, levels - 1) > 1) {
-            ++levels;
-        }
-        return levels;
-    };
-    auto const tilesOf = [](std::uint64_t size, unsigned tile) { return (size + tile - 1) / tile; };
-    int const width = window.getWidth();
-    int const height = window.getHeight();
-    auto const tilesAt = [&](unsigned levelX, unsigned levelY) {
-        return tilesOf(sizeAt(width, levelX), tiles.xSize) *
-               tilesOf(sizeAt(height, levelY), tiles.ySize);
-    };
-    std::uint64_t count = 0;
-    switch (tiles.mode) {
-    case Imf::MIPMAP_LEVELS:
-        for (unsigned level = 0; level < countLevels(std::max(width, height)); ++level) {
-            count += tilesAt(level, level);
-        }
-        return count;
-    case Imf::RIPMAP_LEVELS:
-        for (unsigned down = 0; down < countLevels(height); ++down) {
-            for (unsigned across = 0; across < countLevels(width); ++across) {
-                count += tilesAt(across, down);
-            }
-        }
-        return count;
-    case Imf::ONE_LEVEL:
-    case Imf::NUM_LEVELMODES: break;
-    }
-    return tilesAt(0, 0);
 }
 
 [[noreturn]] void throwIncomplete(std::filesystem::path const& file)
@@ -73,41 +31,58 @@ std::uint64_t countTiles(Imf::TileDescription const& tiles, GeRectangle<int> con
 
 } // namespace
 
-ExrChunks::ExrChunks(ExrHeader const& header, CheckedInput& input,
-                     std::filesystem::path const& wantedFile)
-    : stream(input), file(wantedFile), compression(header.header.compression()),
-      channels(listChannels(header.header.channels())), isTiled(header.isTiled),
-      hasPartNumbers(header.hasPartNumbers), rowsPerChunk(rowsPerBlockOf(header))
+std::vector<ExrChunks> ExrChunks::readAll(ExrHeaders const& headers, CheckedInput& stream,
+                                          std::filesystem::path const& file)
 {
-    Imath::Box2i const& box = header.header.dataWindow();
-    window = {box.min.x, box.min.y, box.max.x + 1, box.max.y + 1};
-    columnsPerChunk =
-        isTiled ? static_cast<int>(header.header.tileDescription().xSize) : window.getWidth();
-    auto const rows = static_cast<std::uint64_t>(rowsPerChunk);
-    readTable(header.tableStart,
-              isTiled ? countTiles(header.header.tileDescription(), window)
-                      : (static_cast<std::uint64_t>(window.getHeight()) + rows - 1) / rows);
-    std::size_t const last = measureRooms();
-    checkRooms();
-    checkBlock(0, Unpacker::Own);
-    if (isOfFullResolution(last)) {
-        checkBlock(last, Unpacker::Own);
+    std::vector<ExrChunks> parts;
+    std::uint64_t tablesEnd = headers.tablesStart;
+    for (std::size_t part = 0; part < headers.parts.size(); ++part) {
+        parts.push_back(ExrChunks(headers, part, stream, file));
+        std::uint64_t const entries = parts.back().grid.countChunks();
+        if (tablesEnd > stream.getSize() ||
+            entries > (stream.getSize() - tablesEnd) / offsetBytes) {
+            parts.back().throwTooShort();
+        }
+        tablesEnd += entries * offsetBytes;
+    }
+    std::uint64_t start = headers.tablesStart;
+    for (ExrChunks& part : parts) {
+        part.readTable(start, tablesEnd);
+        start += part.chunks.size() * offsetBytes;
+    }
+    measureRooms(parts, stream.getSize());
+    for (ExrChunks const& part : parts) {
+        part.checkRooms();
+        part.checkBlock(0, Unpacker::Own);
+        part.checkBlock(part.listByPlace().back(), Unpacker::Own);
+    }
+    return parts;
+}
+
+ExrChunks::ExrChunks(ExrHeaders const& headers, std::size_t part, CheckedInput& input,
+                     std::filesystem::path const& wantedFile)
+    : stream(&input), file(wantedFile), grid(headers.parts[part]),
+      compression(headers.parts[part].header.compression()),
+      channels(listChannels(headers.parts[part].header.channels())),
+      isDeep(headers.parts[part].isDeep), hasPartNumbers(headers.hasPartNumbers),
+      number(static_cast<int>(part))
+{
+    Imf::Header const& header = headers.parts[part].header;
+    bool const isCounted = headers.hasPartNumbers && header.hasChunkCount();
+    if (isCounted && static_cast<std::uint64_t>(header.chunkCount()) != grid.countChunks()) {
+        throw Iex::InputExc("a part announces another number of blocks than it has");
     }
 }
 
-void ExrChunks::readTable(std::uint64_t start, std::uint64_t entries)
+/// All tables together end at `end`.
+void ExrChunks::readTable(std::uint64_t start, std::uint64_t end)
 {
-    std::uint64_t const left = stream.getSize() - start;
-    if (entries > left / offsetBytes) {
-        throwTooShort();
-    }
-    std::vector<std::byte> table(entries * offsetBytes);
-    stream.readAt(start, table);
-    std::uint64_t const end = start + table.size();
-    chunks.resize(entries);
+    std::vector<std::byte> table(grid.countChunks() * offsetBytes);
+    stream->readAt(start, table);
+    chunks.resize(grid.countChunks());
     for (std::size_t index = 0; index < chunks.size(); ++index) {
         std::uint64_t const offset = readNumber<std::uint64_t>(&table[index * offsetBytes]);
-        if (offset == 0 || offset > stream.getSize()) {
+        if (offset == 0 || offset > stream->getSize()) {
             throwIncomplete(file); // a writer that did not end leaves 0
         }
         if (offset < end) {
@@ -117,31 +92,41 @@ void ExrChunks::readTable(std::uint64_t start, std::uint64_t entries)
     }
 }
 
-/// Returns the chunk that comes last in the file.
-std::size_t ExrChunks::measureRooms()
+void ExrChunks::measureRooms(std::vector<ExrChunks>& parts, std::uint64_t end)
 {
-    std::vector<std::size_t> order(chunks.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
-    std::sort(order.begin(), order.end(),
-              [this](std::size_t a, std::size_t b) { return chunks[a].offset < chunks[b].offset; });
-    std::uint64_t end = stream.getSize();
-    for (auto index = order.rbegin(); index != order.rend(); ++index) {
-        chunks[*index].room = end - chunks[*index].offset;
-        end = chunks[*index].offset;
+    std::vector<Chunk*> order;
+    for (ExrChunks& part : parts) {
+        for (Chunk& chunk : part.chunks) {
+            order.push_back(&chunk);
+        }
     }
-    return order.back();
+    std::sort(order.begin(), order.end(),
+              [](Chunk const* a, Chunk const* b) { return a->offset < b->offset; });
+    for (auto chunk = order.rbegin(); chunk != order.rend(); ++chunk) {
+        (*chunk)->room = end - (*chunk)->offset;
+        end = (*chunk)->offset;
+    }
 }
 
-/// That each chunk of full resolution could become what it stands for.
+std::vector<std::uint64_t> ExrChunks::listByPlace() const
+{
+    std::vector<std::uint64_t> order(chunks.size());
+    std::iota(order.begin(), order.end(), std::uint64_t{0});
+    std::sort(order.begin(), order.end(), [this](std::uint64_t a, std::uint64_t b) {
+        return chunks[a].offset < chunks[b].offset;
+    });
+    return order;
+}
+
+/// That each chunk could become what it stands for.
 void ExrChunks::checkRooms() const
 {
-    std::uint64_t const expansion = mostExpansion(compression);
-    for (std::size_t index = 0; index < chunks.size(); ++index) {
+    for (std::uint64_t index = 0; index < chunks.size(); ++index) {
         std::uint64_t const room = chunks[index].room;
         if (room < headBytes()) {
             throwIncomplete(file);
         }
-        if (isOfFullResolution(index) && rawBytesOf(index) > (room - headBytes()) * expansion) {
+        if (!isDeep && rawBytesOf(index) > (room - headBytes()) * mostExpansion(compression)) {
             throwTooShort();
         }
     }
@@ -149,72 +134,105 @@ void ExrChunks::checkRooms() const
 
 void ExrChunks::throwTooShort() const
 {
+    GeRectangle<int> const& window = grid.getLevels().front().window;
     throwReadError(ImageFailure::File, file,
                    "the file is damaged (it announces " + std::to_string(window.getWidth()) +
                        " x " + std::to_string(window.getHeight()) +
                        " pixels but is too short for them)");
 }
 
+/// The part's number, where the chunk belongs, and its size.
 std::uint64_t ExrChunks::headBytes() const
 {
-    return ((isTiled ? tileNumbers : scanLineNumbers) + (hasPartNumbers ? 1 : 0)) * numberBytes;
+    std::uint64_t const sizes = isDeep ? deepSizes * offsetBytes : numberBytes;
+    return ((hasPartNumbers ? 1 : 0) + grid.countCoordinates()) * numberBytes + sizes;
 }
 
-std::size_t ExrChunks::chunksAcross() const
+std::uint64_t ExrChunks::rawBytesOf(std::uint64_t index) const
 {
-    return static_cast<std::size_t>((window.getWidth() - 1) / columnsPerChunk + 1);
+    return furtherBytesOf(channels, grid.boundsOf(index));
 }
 
-bool ExrChunks::isOfFullResolution(std::size_t index) const
+void ExrChunks::checkRows(ExrChunkGrid::Level const& level, int first, int last,
+                          Unpacker unpacker) const
 {
-    return index / chunksAcross() <=
-           static_cast<std::size_t>((window.getHeight() - 1) / rowsPerChunk);
-}
-
-/// Of a chunk of full resolution.
-std::uint64_t ExrChunks::rawBytesOf(std::size_t index) const
-{
-    int const left = window.x0 + static_cast<int>(index % chunksAcross()) * columnsPerChunk;
-    int const top = window.y0 + static_cast<int>(index / chunksAcross()) * rowsPerChunk;
-    int const width = std::min(columnsPerChunk, window.x1 - left);
-    int const height = std::min(rowsPerChunk, window.y1 - top);
-    return furtherBytesOf(channels, {left, top, left + width, top + height});
-}
-
-void ExrChunks::checkRows(int first, int last, Unpacker unpacker) const
-{
-    std::size_t const begin =
-        static_cast<std::size_t>((first - window.y0) / rowsPerChunk) * chunksAcross();
-    std::size_t const end =
-        static_cast<std::size_t>((last - window.y0) / rowsPerChunk + 1) * chunksAcross();
-    for (std::size_t index = begin; index < end; ++index) {
+    std::uint64_t const end = grid.firstInRow(level, last) + level.across;
+    for (std::uint64_t index = grid.firstInRow(level, first); index < end; ++index) {
         checkBlock(index, unpacker);
     }
 }
 
-void ExrChunks::checkBlock(std::size_t index, Unpacker unpacker) const
+/// Returns the bytes that follow the head, which are in the file.
+std::uint64_t ExrChunks::readHead(std::uint64_t index) const
 {
     Chunk const& chunk = chunks[index];
-    std::array<std::byte, (tileNumbers + 1) * numberBytes> head{};
-    stream.readAt(chunk.offset, std::span(head).first(headBytes()));
-    std::byte const* const size = &head[headBytes() - numberBytes];
-    std::uint64_t const packed = readNumber<std::uint32_t>(size);
-    std::uint64_t const raw = rawBytesOf(index);
-    if (packed > chunk.room - headBytes()) {
+    std::array<std::byte, mostHeadBytes> head{};
+    stream->readAt(chunk.offset, std::span(head).first(headBytes()));
+    std::byte const* next = head.data();
+    auto const takeNumber = [&next] {
+        auto const value = static_cast<int>(readNumber<std::uint32_t>(next));
+        next += numberBytes;
+        return value;
+    };
+    bool isOwn = !hasPartNumbers || takeNumber() == number;
+    for (int const coordinate : grid.coordinatesOf(index)) {
+        isOwn = takeNumber() == coordinate && isOwn;
+    }
+    if (!isOwn) {
+        throw Iex::InputExc("a block of pixels lies where another one should be");
+    }
+    std::uint64_t const left = chunk.room - headBytes();
+    if (!isDeep) {
+        std::uint64_t const packed = readNumber<std::uint32_t>(next);
+        if (packed > left) {
+            throwIncomplete(file);
+        }
+        return packed;
+    }
+    std::uint64_t const counts = readNumber<std::uint64_t>(next);
+    std::uint64_t const samples = readNumber<std::uint64_t>(next + offsetBytes);
+    if (counts > left || samples > left - counts) {
         throwIncomplete(file);
     }
+    return counts + samples;
+}
+
+/// Returns what readHead does.
+std::uint64_t ExrChunks::checkBlock(std::uint64_t index, Unpacker unpacker) const
+{
+    std::uint64_t const packed = readHead(index);
+    if (isDeep) {
+        return packed;
+    }
+    std::uint64_t const raw = rawBytesOf(index);
     if (raw == 0) {
-        return; // rows that no sub-sampled channel has samples in
+        return packed; // rows that no sub-sampled channel has samples in
     }
     if (packed == 0 || packed > raw || raw > packed * mostExpansion(compression)) {
         throwDamagedBlock();
     }
     if (unpacker == Unpacker::Own || isCheckedByLibrary(compression)) {
-        return;
+        return packed;
     }
     std::vector<std::byte> bytes(packed);
-    stream.readAt(chunk.offset + headBytes(), bytes);
+    stream->readAt(chunks[index].offset + headBytes(), bytes);
     if (!fills(bytes, raw, compression)) {
         throwDamagedBlock();
     }
+    return packed;
+}
+
+std::vector<std::byte> ExrChunks::readPacked(std::uint64_t index) const
+{
+    std::vector<std::byte> bytes(checkBlock(index, Unpacker::Own));
+    stream->readAt(chunks[index].offset + headBytes(), bytes);
+    return bytes;
+}
+
+std::vector<std::byte> ExrChunks::readRaw(std::uint64_t index) const
+{
+    std::uint64_t const skipped = hasPartNumbers ? numberBytes : 0;
+    std::vector<std::byte> bytes(headBytes() - skipped + checkBlock(index, Unpacker::Own));
+    stream->readAt(chunks[index].offset + skipped, bytes);
+    return bytes;
 }

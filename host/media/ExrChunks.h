@@ -1,6 +1,7 @@
 #pragma once
 
 #include "media/ExrChannels.h"
+#include "media/ExrChunkGrid.h"
 #include "media/ExrHeader.h"
 
 #include <cstddef>
@@ -8,25 +9,38 @@
 #include <filesystem>
 #include <vector>
 
-/// Holds what a header announces against the chunks that the file has for it: blocks of rows, or
-/// tiles. The library takes memory for what is announced, and of a block that unpacks to less it
-/// hands on whatever was in the memory.
+/// Holds what a part's header announces against the chunks that the file has for it: blocks of
+/// rows, or tiles. The library takes memory for what is announced, and of a block that unpacks to
+/// less it hands on whatever was in the memory.
 ///
 /// No chunk can unpack to more than its compression allows, and chunks share no bytes: so the table
 /// of where they begin tells whether the file can hold the picture at all. What a block says of
 /// itself is looked at when its rows are about to be read. One thread at a time.
 class ExrChunks {
 public:
-    /// Reads the table and checks it. Throws ImageFileError, and what the stream throws. `stream`
-    /// lives longer.
-    ExrChunks(ExrHeader const& header, CheckedInput& stream, std::filesystem::path const& file);
+    /// Reads the tables of all parts and checks them. Throws ImageFileError, and what the stream
+    /// throws. `stream` lives longer.
+    static std::vector<ExrChunks> readAll(ExrHeaders const& headers, CheckedInput& stream,
+                                          std::filesystem::path const& file);
+
+    ExrChunkGrid const& getGrid() const { return grid; }
 
     /// Who unpacks a block: our own code refuses what does not fill it.
     enum class Unpacker { Library, Own };
 
-    /// Checks the chunks that have the rows `first` to `last`. Throws Iex::InputExc for damage,
-    /// ImageFileError for what is missing.
-    void checkRows(int first, int last, Unpacker unpacker) const;
+    /// Checks the chunks that have the rows `first` to `last` of a level. Throws Iex::InputExc for
+    /// damage, ImageFileError for what is missing.
+    void checkRows(ExrChunkGrid::Level const& level, int first, int last, Unpacker unpacker) const;
+
+    /// The packed pixels of a chunk. Throws as checkRows.
+    std::vector<std::byte> readPacked(std::uint64_t chunk) const;
+
+    /// A chunk as it is in the file, but for the number of its part. Deep ones too. Throws as
+    /// checkRows.
+    std::vector<std::byte> readRaw(std::uint64_t chunk) const;
+
+    /// The chunks in the order in which they lie in the file.
+    std::vector<std::uint64_t> listByPlace() const;
 
 private:
     struct Chunk {
@@ -34,24 +48,24 @@ private:
         std::uint64_t room = 0; ///< bytes to the next chunk or to the end of the file
     };
 
-    void readTable(std::uint64_t start, std::uint64_t entries);
-    std::size_t measureRooms();
+    ExrChunks(ExrHeaders const& headers, std::size_t part, CheckedInput& stream,
+              std::filesystem::path const& file);
+    void readTable(std::uint64_t start, std::uint64_t end);
+    static void measureRooms(std::vector<ExrChunks>& parts, std::uint64_t end);
     void checkRooms() const;
     [[noreturn]] void throwTooShort() const;
     std::uint64_t headBytes() const;
-    std::size_t chunksAcross() const;
-    bool isOfFullResolution(std::size_t index) const;
-    std::uint64_t rawBytesOf(std::size_t index) const;
-    void checkBlock(std::size_t index, Unpacker unpacker) const;
+    std::uint64_t rawBytesOf(std::uint64_t index) const;
+    std::uint64_t readHead(std::uint64_t index) const;
+    std::uint64_t checkBlock(std::uint64_t index, Unpacker unpacker) const;
 
-    CheckedInput& stream;
+    CheckedInput* stream;
     std::filesystem::path file;
+    ExrChunkGrid grid;
     Imf::Compression compression;
     std::vector<ExrFurtherChannel> channels; ///< all there are
-    GeRectangle<int> window;
-    bool isTiled;
+    bool isDeep;
     bool hasPartNumbers;
-    int rowsPerChunk;
-    int columnsPerChunk = 0;   ///< a tile's width, or the window's
-    std::vector<Chunk> chunks; ///< those of full resolution come first
+    int number; ///< of the part
+    std::vector<Chunk> chunks;
 };

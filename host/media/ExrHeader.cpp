@@ -13,6 +13,7 @@
 #include <ImfVersion.h>
 #include <algorithm>
 #include <limits>
+#include <set>
 #include <string>
 
 namespace {
@@ -31,12 +32,6 @@ struct HeaderOutline {
 [[noreturn]] void throwDamaged(std::filesystem::path const& file, std::string const& what)
 {
     throwReadError(ImageFailure::File, file, "the file is damaged (" + what + ")");
-}
-
-[[noreturn]] void throwDeep(std::filesystem::path const& file)
-{
-    throwReadError(ImageFailure::File, file,
-                   "it holds deep data, which has no plain pixels; flatten it first");
 }
 
 HeaderOutline outlineHeader(CheckedInput& stream)
@@ -67,20 +62,41 @@ void checkKind(HeaderOutline const& outline, std::filesystem::path const& file)
     if (outline.parts == 0) {
         throwDamaged(file, "its header is empty");
     }
-    if (outline.parts > 1) {
-        throwReadError(ImageFailure::File, file,
-                       "it has " + std::to_string(outline.parts) +
-                           " parts; files of several parts cannot be processed, split it first");
-    }
-    if (Imf::isNonImage(outline.version)) {
+    if (Imf::isNonImage(outline.version) && !Imf::isMultiPart(outline.version)) {
         throwDeep(file);
     }
 }
 
-void checkPartType(Imf::Header const& header, std::filesystem::path const& file)
+/// What a part says of its kind. In a file of one part only, nothing but the version tells.
+void checkPartType(ExrHeader& part, ExrHeaders const& headers, std::filesystem::path const& file)
 {
-    if (header.hasType() && Imf::isDeepData(header.type())) {
-        throwDeep(file);
+    Imf::Header const& header = part.header;
+    part.isDeep = header.hasType() && Imf::isDeepData(header.type());
+    if (!headers.hasPartNumbers) {
+        part.isTiled = Imf::isTiled(headers.version);
+        if (part.isDeep) {
+            throwDeep(file);
+        }
+        return;
+    }
+    if (!header.hasType() || !header.hasName()) {
+        throwDamaged(file, "one of its parts has no name or no type");
+    }
+    if (!Imf::isSupportedType(header.type())) {
+        throwReadError(ImageFailure::File, file,
+                       "its part " + quoteName(header.name()) +
+                           " is of a kind that is not known here");
+    }
+    part.isTiled = header.type() == Imf::TILEDIMAGE || header.type() == Imf::DEEPTILE;
+}
+
+void checkNames(ExrHeaders const& headers, std::filesystem::path const& file)
+{
+    std::set<std::string> names;
+    for (ExrHeader const& part : headers.parts) {
+        if (headers.hasPartNumbers && !names.insert(part.header.name()).second) {
+            throwDamaged(file, "two of its parts are called " + quoteName(part.header.name()));
+        }
     }
 }
 
@@ -142,7 +158,7 @@ void checkSizes(ExrHeader const& header, std::filesystem::path const& file, std:
     std::uint64_t const pixelBytes = bytesPerPixelOf(header.header.channels());
     std::string const size = std::to_string(width) + " x " + std::to_string(height) + " pixels";
     // Widths and heights have 31 bits: their product fits, and the division avoids the rest.
-    if (pixelBytes != 0 && width * height > mostBytes / pixelBytes) {
+    if (pixelBytes != 0 && !header.isDeep && width * height > mostBytes / pixelBytes) {
         throwReadError(ImageFailure::File, file,
                        "it announces " + size + ", more than is processed here");
     }
@@ -157,29 +173,43 @@ void checkSizes(ExrHeader const& header, std::filesystem::path const& file, std:
 
 } // namespace
 
-ExrHeader readExrHeader(CheckedInput& stream, std::filesystem::path const& file,
-                        std::size_t mostBytes)
+ExrHeaders readExrHeaders(CheckedInput& stream, std::filesystem::path const& file,
+                          std::size_t mostBytes)
 {
-    ExrHeader result;
+    ExrHeaders result;
     try {
         HeaderOutline const outline = outlineHeader(stream);
         checkKind(outline, file);
         stream.seekg(headerStart);
-        int version = outline.version;
-        result.header.readFrom(stream, version);
-        checkPartType(result.header, file);
-        result.hasPartNumbers = Imf::isMultiPart(version);
+        result.version = outline.version;
+        result.hasPartNumbers = Imf::isMultiPart(outline.version);
+        for (int index = 0; index < outline.parts; ++index) {
+            ExrHeader& part = result.parts.emplace_back();
+            int version = outline.version;
+            part.header.readFrom(stream, version);
+            checkPartType(part, result, file);
+            part.header.sanityCheck(part.isTiled, result.hasPartNumbers);
+            checkSizes(part, file, stream.getSize(), mostBytes);
+        }
+        checkNames(result, file);
         // The headers of parts end with an empty one.
-        result.tableStart = stream.tellg() + (result.hasPartNumbers ? 1 : 0);
-        // A file of several parts that has one only names its kind in that part.
-        result.isTiled = Imf::isMultiPart(version) ? result.header.type() == Imf::TILEDIMAGE
-                                                   : Imf::isTiled(version);
-        result.header.sanityCheck(result.isTiled);
-        checkSizes(result, file, stream.getSize(), mostBytes);
+        result.tablesStart = stream.tellg() + (result.hasPartNumbers ? 1 : 0);
         return result;
     } catch (...) {
         rethrowAsReadError(file, stream.getSystemError());
     }
+}
+
+void throwDeep(std::filesystem::path const& file)
+{
+    throwReadError(ImageFailure::File, file,
+                   "it holds deep data, which has no plain pixels; flatten it first");
+}
+
+std::string namePart(ExrHeaders const& headers, std::size_t part)
+{
+    Imf::Header const& header = headers.parts[part].header;
+    return header.hasName() ? quoteName(header.name()) : std::to_string(part);
 }
 
 int rowsPerBlockOf(ExrHeader const& header)

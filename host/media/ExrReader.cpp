@@ -7,9 +7,11 @@
 
 #include <Iex.h>
 #include <ImfFrameBuffer.h>
-#include <ImfInputFile.h>
+#include <ImfInputPart.h>
+#include <ImfMultiPartInputFile.h>
 #include <ImfStandardAttributes.h>
-#include <ImfTiledInputFile.h>
+#include <ImfThreading.h>
+#include <ImfTiledInputPart.h>
 #include <algorithm>
 #include <limits>
 #include <set>
@@ -42,7 +44,8 @@ std::string sourceChannelOf(ExrColour const& colour, std::size_t component)
     switch (colour.kind) {
     case ExrColourKind::Rgb:
         // An absent channel stays in the frame: the library fills it with 0.
-        return colour.prefix + exrColourNames[component];
+        return colour.names[component].empty() ? colour.prefix + exrColourNames[component]
+                                               : colour.names[component];
     case ExrColourKind::Luminance: return component == 0 ? colour.prefix + "Y" : "";
     case ExrColourKind::FullLumaChroma:
         return colour.prefix + std::array{"RY", "Y", "BY"}[component];
@@ -56,72 +59,145 @@ std::string sourceChannelOf(ExrColour const& colour, std::size_t component)
 
 ExrReader::ExrReader(std::filesystem::path const& file, ReadOptions const& options)
     : path(file), stream(std::make_unique<CheckedInput>(file)),
-      header(readExrHeader(*stream, file, options.mostBytes)),
-      colour(options.maskChannel
-                 ? chooseExrMask(header.header, options.layer, *options.maskChannel, file)
-                 : chooseExrColour(header.header, options.layer, file)),
-      further(findFurtherChannels(header.header.channels(), colour))
+      headers(readExrHeaders(*stream, file, options.mostBytes)),
+      selection(selectExr(headers, options, file)), bringsFurther(!options.maskChannel)
 {
-    bringsFurther = !options.maskChannel;
-    describe();
     try {
-        openPixels();
+        chunks = ExrChunks::readAll(headers, *stream, path);
+        for (std::size_t index = 0; index < selection.size(); ++index) {
+            std::size_t const nbLevels = chunks[selection[index].part].getGrid().getLevels().size();
+            for (std::size_t level = 0; level < nbLevels; ++level) {
+                sections.push_back({index, level});
+            }
+        }
+        startSection();
     } catch (...) {
-        rethrowAsReadError(path, stream->getSystemError());
+        rethrowAsReadError(path, getSystemError());
     }
 }
 
 ExrReader::~ExrReader() = default;
 
-void ExrReader::describe()
+int ExrReader::getSystemError() const
 {
-    info.dataWindow = toRectangle(header.header.dataWindow());
-    info.displayWindow = toRectangle(header.header.displayWindow());
-    if (header.header.lineOrder() == Imf::DECREASING_Y) {
-        order = StripOrder::BottomToTop;
+    for (auto const& reader : lumaChroma) {
+        if (reader != nullptr && reader->getSystemError() != 0) {
+            return reader->getSystemError();
+        }
     }
+    return stream->getSystemError();
+}
+
+ImageInfo ExrReader::describe(std::size_t part, ExrColour const& colour) const
+{
+    Imf::Header const& header = headers.parts[part].header;
+    ImageInfo described;
+    described.dataWindow = toRectangle(header.dataWindow());
+    described.displayWindow = toRectangle(header.displayWindow());
     bool const isHalf = colour.type == Imf::HALF || isConvertedToHalf(colour);
-    info.storage = isHalf ? SampleStorage::Half : SampleStorage::Float;
-    Rational const aspect =
-        toRational(Imf::Rational(header.header.pixelAspectRatio()), Rational(1, 1));
-    info.format = IxPixelFormat(componentsOf(colour),
-                                isHalf ? IxPixelFormat::FLOAT16 : IxPixelFormat::FLOAT32, aspect,
-                                colour.hasAlpha);
-    if (Imf::hasFramesPerSecond(header.header)) {
-        info.frameRate = toRational(Imf::framesPerSecond(header.header), info.frameRate);
+    described.storage = isHalf ? SampleStorage::Half : SampleStorage::Float;
+    Rational const aspect = toRational(Imf::Rational(header.pixelAspectRatio()), Rational(1, 1));
+    described.format = IxPixelFormat(componentsOf(colour),
+                                     isHalf ? IxPixelFormat::FLOAT16 : IxPixelFormat::FLOAT32,
+                                     aspect, colour.hasAlpha);
+    if (Imf::hasFramesPerSecond(header)) {
+        described.frameRate = toRational(Imf::framesPerSecond(header), described.frameRate);
+    }
+    return described;
+}
+
+ExrChunkGrid::Level const& ExrReader::levelAt(Place const& place) const
+{
+    return chunks[selection[place.selected].part].getGrid().getLevels()[place.level];
+}
+
+std::vector<ImageSource::Section> ExrReader::listSections() const
+{
+    std::vector<Section> list;
+    for (Place const& place : sections) {
+        ExrChunkGrid::Level const& level = levelAt(place);
+        list.push_back({level.window, level.x, level.y});
+    }
+    return list;
+}
+
+void ExrReader::startNextSection()
+{
+    try {
+        ++sectionIndex;
+        startSection();
+    } catch (...) {
+        rethrowAsReadError(path, getSystemError());
+    }
+}
+
+void ExrReader::startSection()
+{
+    if (!isPlain) {
+        order = partHeader().header.lineOrder() == Imf::DECREASING_Y ? StripOrder::BottomToTop
+                                                                     : StripOrder::TopToBottom;
+    }
+    furtherInfos.clear();
+    for (ExrColour const& colour : colours()) {
+        ImageInfo& layer = &colour == &colours().front() ? info : furtherInfos.emplace_back();
+        layer = describe(selected().part, colour);
+        layer.dataWindow = levelAt(getPlace()).window;
+    }
+    if (getPlace().level == 0) {
+        openPixels();
     }
 }
 
 void ExrReader::openPixels()
 {
-    chunks.emplace(header, *stream, path);
-    stream->seekg(0);
-    if (colour.kind == ExrColourKind::SubsampledLumaChroma) {
-        // Its rows are read ahead of their strips.
-        chunks->checkRows(info.dataWindow.y0, info.dataWindow.y1 - 1, ExrChunks::Unpacker::Library);
-        lumaChroma = std::make_unique<LumaChromaReader>(path, colour);
-    }
-    if (header.isTiled) {
-        tiles = std::make_unique<Imf::TiledInputFile>(*stream);
-    } else {
-        scanLines = std::make_unique<Imf::InputFile>(*stream);
-        if (ExrZipBlocks::areIn(header.header)) {
-            zipBlocks.emplace(header.header);
+    auto const part = static_cast<int>(selected().part);
+    rowsMultiple = 1;
+    scanLines.reset();
+    tiles.reset();
+    zipBlocks.reset();
+    lumaChroma.clear();
+    for (ExrColour const& colour : colours()) {
+        lumaChroma.emplace_back();
+        if (colour.kind != ExrColourKind::SubsampledLumaChroma) {
+            continue;
         }
+        if (part != 0) {
+            throwReadError(ImageFailure::File, path,
+                           "its part " + namePart(headers, selected().part) +
+                               " holds sub-sampled chroma, which is read of a first part only");
+        }
+        // Its rows are read ahead of their strips.
+        chunks[0].checkRows(levelAt(getPlace()), info.dataWindow.y0, info.dataWindow.y1 - 1,
+                            ExrChunks::Unpacker::Library);
+        lumaChroma.back() = std::make_unique<LumaChromaReader>(path, colour);
+    }
+    if (library == nullptr) {
+        stream->seekg(0);
+        constexpr bool repairsTables = false; // they have been looked at
+        library = std::make_unique<Imf::MultiPartInputFile>(*stream, Imf::globalThreadCount(),
+                                                            repairsTables);
+    }
+    if (partHeader().isTiled) {
+        tiles = std::make_unique<Imf::TiledInputPart>(*library, part);
+        return;
+    }
+    scanLines = std::make_unique<Imf::InputPart>(*library, part);
+    if (ExrZipBlocks::areIn(partHeader().header)) {
+        zipBlocks.emplace(partHeader().header);
     }
 }
 
 int ExrReader::getRowsPerBlock() const
 {
     // A tile may be taller than the picture.
-    return alignRows(rowsPerBlockOf(header), rowsMultiple, info.dataWindow.getHeight());
+    return alignRows(rowsPerBlockOf(partHeader()), rowsMultiple, info.dataWindow.getHeight());
 }
 
 std::size_t ExrReader::getFurtherBytesPerRow() const
 {
     GeRectangle<int> firstRow = info.dataWindow;
     firstRow.y1 = firstRow.y0 + 1;
-    return bringsFurther ? furtherBytesOf(further, firstRow) : 0;
+    return bringsFurther ? furtherBytesOf(selected().further, firstRow) : 0;
 }
 
 GeRectangle<int> ExrReader::getStripBounds(int index, int rows) const
@@ -129,12 +205,30 @@ GeRectangle<int> ExrReader::getStripBounds(int index, int rows) const
     return stripBoundsOf(info.dataWindow, index, rows, order);
 }
 
-std::vector<std::string> ExrReader::listLosses() const
+std::size_t ExrReader::countPictures() const
 {
-    if (header.isTiled && header.header.tileDescription().mode != Imf::ONE_LEVEL) {
-        return {quoteName(path.string()) + " has several resolutions; only the full one is kept"};
+    std::size_t pictures = 0;
+    for (ExrSelectedPart const& part : selection) {
+        pictures += part.layers.size();
     }
-    return {};
+    return pictures;
+}
+
+std::vector<std::string> ExrReader::listLosses(FileKind target) const
+{
+    std::vector<std::string> losses;
+    if (target == FileKind::Exr) {
+        return losses;
+    }
+    if (chunks[selected().part].getGrid().getLevels().size() > 1) {
+        losses.push_back(quoteName(path.string()) +
+                         " has several resolutions; only the full one is kept");
+    }
+    if (headers.parts.size() > 1) {
+        losses.push_back(quoteName(path.string()) + " has " + std::to_string(headers.parts.size()) +
+                         " parts; only part " + namePart(headers, selected().part) + " is kept");
+    }
+    return losses;
 }
 
 std::vector<std::string> ExrReader::listMetadata(FileKind) const
@@ -157,7 +251,8 @@ std::vector<std::string> ExrReader::listMetadata(FileKind) const
                                                   "preview",
                                                   "dwaCompressionLevel"};
     std::vector<std::string> names;
-    for (auto attribute = header.header.begin(); attribute != header.header.end(); ++attribute) {
+    Imf::Header const& header = partHeader().header;
+    for (auto attribute = header.begin(); attribute != header.end(); ++attribute) {
         if (!storage.contains(attribute.name())) {
             names.emplace_back(attribute.name());
         }
@@ -167,48 +262,50 @@ std::vector<std::string> ExrReader::listMetadata(FileKind) const
 
 void ExrReader::takePlainStrips()
 {
+    isPlain = true;
     order = StripOrder::TopToBottom;
     bringsFurther = false;
+    sections.resize(1);
 }
 
 void ExrReader::fetchStrip(GeRectangle<int> const& bounds, ImageStrip& strip)
 {
     try {
         strip.colour = IxTile(); // its buffer is the best one for the next tile
+        strip.furtherColour.clear();
+        strip.packed.clear();
         strip.colour = IxTile(info.format, bounds);
-        strip.furtherChannels.resize(bringsFurther ? furtherBytesOf(further, bounds) : 0);
+        for (ImageInfo const& layer : furtherInfos) {
+            strip.furtherColour.emplace_back(layer.format, bounds);
+        }
+        strip.furtherChannels.resize(bringsFurther ? furtherBytesOf(selected().further, bounds)
+                                                   : 0);
         Imf::FrameBuffer const frame = makeFrame(strip);
-        bool const isUnpackedHere = zipBlocks && zipBlocks->suit(frame);
-        chunks->checkRows(bounds.y0, bounds.y1 - 1,
-                          isUnpackedHere ? ExrChunks::Unpacker::Own : ExrChunks::Unpacker::Library);
-        if (isUnpackedHere) {
+        if (zipBlocks && zipBlocks->suit(frame)) {
             fetchBlocks(bounds, strip.packed);
             return;
         }
+        chunks[selected().part].checkRows(levelAt(getPlace()), bounds.y0, bounds.y1 - 1,
+                                          ExrChunks::Unpacker::Library);
         readRows(frame, bounds);
-        if (colour.kind == ExrColourKind::SubsampledLumaChroma) {
-            lumaChroma->readRows(strip.colour);
+        for (std::size_t layer = 0; layer < lumaChroma.size(); ++layer) {
+            if (lumaChroma[layer] != nullptr) {
+                lumaChroma[layer]->readRows(layer == 0 ? strip.colour
+                                                       : strip.furtherColour[layer - 1]);
+            }
         }
-        finishColour(strip.colour);
+        finishColours(strip);
     } catch (...) {
-        int const lumaError = lumaChroma != nullptr ? lumaChroma->getSystemError() : 0;
-        rethrowAsReadError(path, lumaError != 0 ? lumaError : stream->getSystemError());
+        rethrowAsReadError(path, getSystemError());
     }
 }
 
 void ExrReader::fetchBlocks(GeRectangle<int> const& bounds, std::vector<PackedBlock>& blocks)
 {
+    ExrChunks const& part = chunks[selected().part];
     int const rows = zipBlocks->getRowsPerBlock();
-    blocks.resize(static_cast<std::size_t>((bounds.getHeight() + rows - 1) / rows));
-    int y = bounds.y0;
-    for (PackedBlock& block : blocks) {
-        char const* bytes = nullptr;
-        int size = 0;
-        scanLines->rawPixelData(y, bytes, size);
-        auto const* const first = reinterpret_cast<std::byte const*>(bytes);
-        block.firstRow = y;
-        block.bytes.assign(first, first + size);
-        y += rows;
+    for (int y = bounds.y0; y < bounds.y1; y += rows) {
+        blocks.push_back({y, part.readPacked(part.getGrid().firstInRow(levelAt(getPlace()), y))});
     }
 }
 
@@ -222,7 +319,7 @@ void ExrReader::unpackStrip(ImageStrip& strip) const
         for (PackedBlock const& block : strip.packed) {
             zipBlocks->unpack(block.bytes, block.firstRow, frame);
         }
-        finishColour(strip.colour);
+        finishColours(strip);
     } catch (...) {
         constexpr int noSystemError = 0;
         rethrowAsReadError(path, noSystemError);
@@ -234,22 +331,26 @@ void ExrReader::unpackStrip(ImageStrip& strip) const
 Imf::FrameBuffer ExrReader::makeFrame(ImageStrip& strip) const
 {
     Imf::FrameBuffer frame;
-    insertColour(frame, strip.colour);
+    insertColour(frame, 0, strip.colour);
+    for (std::size_t layer = 1; layer < colours().size(); ++layer) {
+        insertColour(frame, layer, strip.furtherColour[layer - 1]);
+    }
     if (bringsFurther) {
-        insertFurtherChannels(frame, further, strip.colour.getBounds(),
+        insertFurtherChannels(frame, selected().further, strip.colour.getBounds(),
                               strip.furtherChannels.data());
     }
     return frame;
 }
 
-void ExrReader::insertColour(Imf::FrameBuffer& frame, IxTile const& tile) const
+void ExrReader::insertColour(Imf::FrameBuffer& frame, std::size_t layer, IxTile const& tile) const
 {
+    ExrColour const& colour = colours()[layer];
     if (colour.kind == ExrColourKind::SubsampledLumaChroma) {
         return;
     }
     IxWriteGuard const guard(tile);
-    std::size_t const pixelBytes = info.format.getBytesPerPixel();
-    bool const isHalf = info.format.getDepth() == IxPixelFormat::FLOAT16;
+    std::size_t const pixelBytes = tile.getPixelFormat().getBytesPerPixel();
+    bool const isHalf = tile.getPixelFormat().getDepth() == IxPixelFormat::FLOAT16;
     std::size_t const sampleBytes = isHalf ? 2 : 4;
     std::byte* const first = guard.getRow(tile.getBounds().y0);
     auto const insert = [&](std::string const& name, std::size_t component) {
@@ -280,22 +381,26 @@ void ExrReader::readRows(Imf::FrameBuffer const& frame, GeRectangle<int> const& 
         scanLines->readPixels(bounds.y0, bounds.y1 - 1);
         return;
     }
-    int const tileRows = rowsPerBlockOf(header);
-    int const top = info.dataWindow.y0;
+    ExrChunkGrid::Level const& level = levelAt(getPlace());
+    int const tileRows = rowsPerBlockOf(partHeader());
+    int const top = level.window.y0;
     tiles->setFrameBuffer(frame);
-    tiles->readTiles(0, tiles->numXTiles() - 1, (bounds.y0 - top) / tileRows,
-                     (bounds.y1 - 1 - top) / tileRows);
+    tiles->readTiles(0, static_cast<int>(level.across) - 1, (bounds.y0 - top) / tileRows,
+                     (bounds.y1 - 1 - top) / tileRows, level.x, level.y);
 }
 
-void ExrReader::finishColour(IxTile const& tile) const
+void ExrReader::finishColours(ImageStrip const& strip) const
 {
-    switch (colour.kind) {
-    case ExrColourKind::Luminance: spreadLuminance(tile); break;
-    case ExrColourKind::FullLumaChroma:
-        convertFullLumaChroma(tile, luminanceWeightsOf(header.header));
-        break;
-    case ExrColourKind::SubsampledLumaChroma:
-    case ExrColourKind::Rgb:
-    case ExrColourKind::AlphaOnly: break;
+    for (std::size_t layer = 0; layer < colours().size(); ++layer) {
+        IxTile const& tile = layer == 0 ? strip.colour : strip.furtherColour[layer - 1];
+        switch (colours()[layer].kind) {
+        case ExrColourKind::Luminance: spreadLuminance(tile); break;
+        case ExrColourKind::FullLumaChroma:
+            convertFullLumaChroma(tile, luminanceWeightsOf(partHeader().header));
+            break;
+        case ExrColourKind::SubsampledLumaChroma:
+        case ExrColourKind::Rgb:
+        case ExrColourKind::AlphaOnly: break;
+        }
     }
 }

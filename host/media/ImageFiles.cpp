@@ -94,12 +94,17 @@ void checkOutput(std::filesystem::path const& file, IxPixelFormat::Depth depth,
 }
 
 std::unique_ptr<ImageSink> createImage(std::filesystem::path const& file, ImageSource& source,
-                                       IxPixelFormat const& format, WriteOptions const& options,
+                                       ResultFormat const& formatOf, WriteOptions const& options,
                                        MediaReport const& report)
 {
+    IxPixelFormat const format = formatOf(source.getInfo());
     FileKind const kind = checkKind(file, format.getDepth(), options);
     if (auto const* const media = dynamic_cast<MediaSource const*>(&source)) {
-        for (std::string const& loss : media->listLosses()) {
+        if (kind != FileKind::Exr && media->countPictures() > 1) {
+            throwWriteError(ImageFailure::Request, file,
+                            "it has room for one picture, but several layers or parts are chosen");
+        }
+        for (std::string const& loss : media->listLosses(kind)) {
             report.warn(loss);
         }
         std::vector<std::string> lost;
@@ -112,7 +117,7 @@ std::unique_ptr<ImageSink> createImage(std::filesystem::path const& file, ImageS
         }
     }
     if (kind == FileKind::Exr) {
-        return std::make_unique<ExrWriter>(file, source, format, options, report);
+        return std::make_unique<ExrWriter>(file, source, formatOf, options, report);
     }
     return oiioModule().create(file, source, format, options, report);
 }

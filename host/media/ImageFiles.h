@@ -18,13 +18,13 @@ std::unique_ptr<ImageSource> openImage(std::filesystem::path const& file,
 void checkOutput(std::filesystem::path const& file, IxPixelFormat::Depth depth,
                  WriteOptions const& options);
 
-/// Begins a picture that keeps everything of `source` but its colour pixels, which come in
-/// `format`. The file appears under its name in finish(); until then it is a hidden
+/// Begins a picture that keeps everything of `source` but its colour pixels, which come as
+/// `formatOf` says. The file appears under its name in finish(); until then it is a hidden
 /// temporary beside it. A sink that can only write from top to bottom or has no place for further
 /// channels tells `source`, whose strips then follow: ask for their bounds afterwards, and read
 /// none before. Main thread; throws ImageFileError.
 std::unique_ptr<ImageSink> createImage(std::filesystem::path const& file, ImageSource& source,
-                                       IxPixelFormat const& format, WriteOptions const& options,
+                                       ResultFormat const& formatOf, WriteOptions const& options,
                                        MediaReport const& report);
 
 /// Threads that image libraries may use for themselves, 0 for none.

@@ -1,17 +1,30 @@
 #pragma once
 
+#include "runtime/engine/ImageSource.h"
+
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 /// How a picture is to be read.
 struct ReadOptions {
-    std::string layer{}; ///< channels of this layer ("" = the file's own R, G, B)
+    /// Layers of channels, each in the part or the first part that has it. Empty, or "": the
+    /// part's own red, green, blue, or those of its only layer.
+    std::vector<std::string> layers{};
+    bool everyLayer = false; ///< all with red, green and blue instead; of all parts without `part`
+    /// A part's name or number, from 0. Empty: the first part with colour.
+    std::string part{};
+    bool everyPart = false; ///< all with red, green and blue instead
     /// Set for a mask, of which one channel is read: this one of the layer; "" for alpha, or else
     /// the only channel or the first one of colour.
     std::optional<std::string> maskChannel{};
     std::size_t mostBytes = std::size_t{64} << 30; ///< pictures announcing more are refused
 };
+
+/// The format in which the pixels of a layer come back.
+using ResultFormat = std::function<IxPixelFormat(ImageInfo const& layer)>;
 
 /// How the pixels of an EXR file can be packed.
 enum class Compression { None, Rle, Zips, Zip, Piz, Pxr24, B44, B44a, Dwaa, Dwab };
@@ -28,6 +41,7 @@ inline constexpr float mostDwaLevel = 10000.0F; // at which values may be off by
 struct WriteOptions {
     /// Files with integer samples keep the source's storage where the output format can.
     bool keepsInputDepth = false;
-    /// Of EXR files only; without one, that of an EXR source, or else ZIP.
+    /// Of EXR files only, for the parts that are processed; without one, that of an EXR source, or
+    /// else ZIP.
     std::optional<CompressionChoice> compression{};
 };

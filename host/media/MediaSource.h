@@ -19,8 +19,11 @@ public:
     /// The file holds channels that the strips do not bring along in their tiles.
     virtual bool hasFurtherChannels() const = 0;
 
-    /// What of the file no sink gets to see, a line each; empty for most files.
-    virtual std::vector<std::string> listLosses() const = 0;
+    /// What of the file a sink of kind `target` does not get to see, a line each; empty for most.
+    virtual std::vector<std::string> listLosses(FileKind target) const = 0;
+
+    /// Layers of all parts that were chosen; a file of another kind has room for one.
+    virtual std::size_t countPictures() const { return 1; }
 
     /// The file's kind if it is one that can be written.
     virtual std::optional<FileKind> getKind() const = 0;

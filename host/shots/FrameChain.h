@@ -13,9 +13,9 @@ struct FrameChain {
     IxPixelFormat getPixelFormat() const { return end->getImageFormat().getPixelFormat(); }
 };
 
-/// The chain of a node for a picture of `info`; `maskInfo` is null for no mask.
-FrameChain buildFrameChain(HostNode& node, ImageInfo const& info, ImageInfo const* maskInfo,
-                           MaskUse maskUse);
+/// The chain of a node for a picture of `info`; `mask` is empty for none.
+FrameChain buildFrameChain(HostNode& node, ImageInfo const& info,
+                           PxNodePtr<MaskImageNode> const& mask);
 
 /// Depth of what the node makes of a float picture: known before the input is.
 IxPixelFormat::Depth foreseeDepth(HostNode& node);

@@ -33,6 +33,8 @@ public:
     {
         sink->writeStrip(result, strip);
     }
+    void endSection() override { sink->endSection(); }
+    void startSection() override { sink->startSection(); }
     void finish() override
     {
         run.checkUnchanged();
@@ -79,13 +81,65 @@ std::int64_t FrameRun::getTimeOfSources() const
     return std::max(inputStamp.written, mask == nullptr ? inputStamp.written : maskStamp.written);
 }
 
-void FrameRun::connect(HostNode& node, MaskUse maskUse)
+void FrameRun::connect(HostNode& chainNode, MaskUse use)
 {
-    chain = buildFrameChain(node, source->getInfo(), mask == nullptr ? nullptr : &mask->getInfo(),
-                            maskUse);
+    node = &chainNode;
+    maskUse = use;
+    sections = source->listSections();
+    connectSection();
+}
+
+void FrameRun::connectSection()
+{
+    ImageSource::Section const& section = sections[sectionIndex];
+    PxNodePtr<MaskImageNode> maskNode;
     if (mask != nullptr) {
-        maskFeed.emplace(*chain.mask, *mask);
+        ImageSource* sectionMask = mask.get();
+        if (section.levelX > 0 || section.levelY > 0) {
+            sectionMask = &reducedMask.emplace(*mask, section);
+        }
+        maskNode = makeNode<MaskImageNode>(sectionMask->getInfo(), maskUse);
+        maskFeed.emplace(*maskNode, *sectionMask);
+        masks.push_back(maskNode);
     }
+    chains.clear();
+    chains.push_back(buildFrameChain(*node, source->getInfo(), maskNode));
+    for (ImageInfo const& layer : source->getFurtherLayers()) {
+        chains.push_back(buildFrameChain(*node, layer, maskNode));
+    }
+}
+
+ResultFormat FrameRun::getResultFormat() const
+{
+    return
+        [this](ImageInfo const& info) { return buildFrameChain(*node, info, {}).getPixelFormat(); };
+}
+
+bool FrameRun::startNextSection()
+{
+    if (!source->hasNextSection()) {
+        return false;
+    }
+    source->startNextSection();
+    sink->startSection();
+    ++sectionIndex;
+    connectSection();
+    return true;
+}
+
+double FrameRun::getShare(double share) const
+{
+    double done = 0.0;
+    double all = 0.0;
+    for (std::size_t index = 0; index < sections.size(); ++index) {
+        GeRectangle<int> const& window = sections[index].dataWindow;
+        double const pixels = static_cast<double>(window.getWidth()) * window.getHeight();
+        all += pixels;
+        if (index <= sectionIndex) {
+            done += pixels * (index < sectionIndex ? 1.0 : share);
+        }
+    }
+    return done / all;
 }
 
 void FrameRun::create(WriteOptions const& writeOptions, std::filesystem::path const& fixedFolder)
@@ -100,7 +154,7 @@ void FrameRun::create(WriteOptions const& writeOptions, std::filesystem::path co
     MediaReport const report = {.note = keep(FrameMessage::Kind::Note),
                                 .warn = keep(FrameMessage::Kind::Warning)};
     sink = std::make_unique<CheckedSink>(
-        *this, createImage(files.output, *source, getPixelFormat(), writeOptions, report));
+        *this, createImage(files.output, *source, getResultFormat(), writeOptions, report));
 }
 
 /// Makes what is missing of the folders below `fixedFolder`.
@@ -125,8 +179,16 @@ void FrameRun::makeFolder(std::filesystem::path const& fixedFolder)
 
 RenderJob FrameRun::getJob()
 {
-    return {*chain.end, *chain.start, *source, *sink, maskFeed.has_value() ? &*maskFeed : nullptr,
-            files.time};
+    RenderJob job{*chains[0].end,
+                  *chains[0].start,
+                  *source,
+                  *sink,
+                  maskFeed.has_value() ? &*maskFeed : nullptr,
+                  files.time};
+    for (std::size_t layer = 1; layer < chains.size(); ++layer) {
+        job.furtherLayers.push_back({*chains[layer].end, *chains[layer].start});
+    }
+    return job;
 }
 
 /// On the worker that finishes.
@@ -143,7 +205,10 @@ void FrameRun::checkUnchanged() const
 /// On the worker that finishes.
 void FrameRun::noteMaskInVain()
 {
-    if (chain.mask.isNull() || !chain.mask->isInVain()) {
+    bool const isInVain =
+        !masks.empty() && std::all_of(masks.begin(), masks.end(),
+                                      [](auto const& maskNode) { return maskNode->isInVain(); });
+    if (!isInVain) {
         return;
     }
     std::lock_guard const lock(mutex);

@@ -4,6 +4,7 @@
 #include "runtime/engine/RenderPool.h"
 #include "shots/FileStamp.h"
 #include "shots/FrameChain.h"
+#include "shots/ReducedSource.h"
 #include "shots/ShotPlan.h"
 
 #include <chrono>
@@ -39,17 +40,26 @@ public:
     /// When the newest of the pictures that are read was written.
     std::int64_t getTimeOfSources() const;
 
-    /// Builds the chain. Before all that follows.
-    void connect(HostNode& node, MaskUse maskUse);
-    IxPixelFormat getPixelFormat() const { return chain.getPixelFormat(); }
+    /// Builds the chains of the source's first section. Before all that follows; `chainNode` lives
+    /// longer.
+    void connect(HostNode& chainNode, MaskUse use);
+
+    /// The format in which the tool's result comes for a layer. User-interface thread.
+    ResultFormat getResultFormat() const;
 
     /// Begins the picture that is written; its folder is made if the frame's number is in its name.
     /// Throws ImageFileError.
     void create(WriteOptions const& writeOptions, std::filesystem::path const& fixedFolder);
 
-    /// What workers have to do; for once. Its sink refuses to finish when a picture that was read
-    /// is another by then.
+    /// What workers have to do for the section that is on; for once. The sink refuses to finish
+    /// when a picture that was read is another by then.
     RenderJob getJob();
+
+    /// Goes on to the next section after a job has ended well. False when the frame is complete.
+    bool startNextSection();
+
+    /// The share of the frame that is done when `share` of the section is.
+    double getShare(double share) const;
 
     /// What was said since the last call.
     std::vector<FrameMessage> takeMessages();
@@ -58,6 +68,7 @@ private:
     class CheckedSink;
 
     void makeFolder(std::filesystem::path const& fixedFolder);
+    void connectSection();
     void checkUnchanged() const;
     void noteMaskInVain();
 
@@ -73,7 +84,13 @@ private:
     bool isComplete = false;                        ///< written before the job ends
     std::unique_ptr<ImageSource> source;
     std::unique_ptr<ImageSource> mask; ///< null for none
-    FrameChain chain;
-    std::optional<MaskFeed> maskFeed;
-    std::unique_ptr<ImageSink> sink; ///< ends before the sources
+    HostNode* node = nullptr;
+    MaskUse maskUse = MaskUse::AsIs;
+    std::vector<ImageSource::Section> sections;
+    std::size_t sectionIndex = 0;
+    std::vector<FrameChain> chains;              ///< of the section's layers
+    std::optional<ReducedSource> reducedMask;    ///< where the section is a lower resolution
+    std::optional<MaskFeed> maskFeed;            ///< of the section
+    std::vector<PxNodePtr<MaskImageNode>> masks; ///< of all sections so far
+    std::unique_ptr<ImageSink> sink;             ///< ends before the sources
 };

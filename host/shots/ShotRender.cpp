@@ -111,7 +111,7 @@ private:
     {
         double done = static_cast<double>(countDone());
         for (Running const& one : running) {
-            done += pool.getShare(one.ticket);
+            done += one.frame->getShare(pool.getShare(one.ticket));
         }
         options.progress(done);
     }
@@ -234,7 +234,7 @@ private:
                 return "the project is newer";
             }
         }
-        return findPictureFault(files.output, frame.getSource(), frame.getPixelFormat(),
+        return findPictureFault(files.output, frame.getSource(), frame.getResultFormat(),
                                 options.read, options.write);
     }
 
@@ -292,6 +292,15 @@ private:
         auto const found = std::find_if(running.begin(), running.end(), [&](Running const& one) {
             return one.ticket == ended->ticket;
         });
+        std::exception_ptr failure = ended->failure;
+        try {
+            if (!failure && found->frame->startNextSection()) {
+                found->ticket = pool.add(found->frame->getJob());
+                return;
+            }
+        } catch (...) {
+            failure = std::current_exception();
+        }
         std::unique_ptr<FrameRun> const frame = std::move(found->frame);
         running.erase(found);
         FrameFiles const& files = frame->getFiles();
@@ -299,13 +308,13 @@ private:
             tell(message.kind == FrameMessage::Kind::Note ? Kind::Note : Kind::Warning, files,
                  message.text);
         }
-        if (!ended->failure) {
+        if (!failure) {
             ++summary.rendered;
             tell(Kind::Frame, files, {}, 0, frame->getMilliseconds());
-        } else if (isCancellation(ended->failure)) {
+        } else if (isCancellation(failure)) {
             summary.unfinished.push_back(files.frame);
         } else {
-            fail(files, correctFailure(files, ended->failure));
+            fail(files, correctFailure(files, failure));
         }
     }
 

@@ -3,10 +3,20 @@
 #include "media/PixelRows.h"
 
 #include <ImfChannelList.h>
+#include <ImfDeepFrameBuffer.h>
+#include <ImfDeepScanLineInputPart.h>
+#include <ImfDeepScanLineOutputPart.h>
 #include <ImfFrameBuffer.h>
 #include <ImfInputFile.h>
+#include <ImfInputPart.h>
+#include <ImfMultiPartInputFile.h>
+#include <ImfMultiPartOutputFile.h>
 #include <ImfOutputFile.h>
+#include <ImfOutputPart.h>
+#include <ImfPartType.h>
+#include <ImfTiledInputPart.h>
 #include <ImfTiledOutputFile.h>
+#include <ImfTiledOutputPart.h>
 #include <OpenImageIO/imageio.h>
 
 #include <cstring>
@@ -33,9 +43,7 @@ struct Plane {
     Imf::Slice slice;
 };
 
-} // namespace
-
-void writeExr(std::filesystem::path const& file, ExrRecipe const& recipe)
+Imf::Header makeHeader(ExrRecipe const& recipe)
 {
     Imf::Header header(recipe.displayWindow, recipe.dataWindow, 2.0F, Imath::V2f(0.25F, 0), 1.5F,
                        recipe.lineOrder, recipe.compression);
@@ -46,9 +54,22 @@ void writeExr(std::filesystem::path const& file, ExrRecipe const& recipe)
     for (auto const& [name, value] : recipe.values) {
         header.channels().insert(name, Imf::Channel(Imf::HALF));
     }
+    if (recipe.tileSize != 0) {
+        auto const size = static_cast<unsigned>(recipe.tileSize);
+        header.setTileDescription(Imf::TileDescription(size, size,
+                                                       recipe.hasLevelsOfBoth ? Imf::RIPMAP_LEVELS
+                                                       : recipe.hasLevels     ? Imf::MIPMAP_LEVELS
+                                                                              : Imf::ONE_LEVEL));
+    }
     recipe.addAttributes(header);
+    return header;
+}
+
+using Planes = std::map<std::string, Plane>;
+
+Imf::FrameBuffer fillFrame(ExrRecipe const& recipe, Imf::Header const& header, Planes& planes)
+{
     std::mt19937 random(7);
-    std::map<std::string, Plane> planes;
     Imf::FrameBuffer frame;
     for (auto channel = header.channels().begin(); channel != header.channels().end(); ++channel) {
         Plane& plane =
@@ -61,6 +82,173 @@ void writeExr(std::filesystem::path const& file, ExrRecipe const& recipe)
         }
         frame.insert(channel.name(), plane.slice);
     }
+    return frame;
+}
+
+template <typename Output>
+void writeTiles(Output& output)
+{
+    for (int y = 0; y < output.numYLevels(); ++y) {
+        for (int x = 0; x < output.numXLevels(); ++x) {
+            if (output.isValidLevel(x, y)) {
+                output.writeTiles(0, output.numXTiles(x) - 1, 0, output.numYTiles(y) - 1, x, y);
+            }
+        }
+    }
+}
+
+/// Every pixel has as many samples as its column's number has below 4.
+void writeDeep(Imf::DeepScanLineOutputPart output, Imf::Header const& header)
+{
+    Imath::Box2i const& window = header.dataWindow();
+    int const width = window.max.x - window.min.x + 1;
+    std::vector<unsigned> counts(static_cast<std::size_t>(width));
+    std::vector<float> values(static_cast<std::size_t>(width) * 4, 0.375F);
+    std::vector<float*> pointers(static_cast<std::size_t>(width));
+    for (std::size_t x = 0; x < counts.size(); ++x) {
+        counts[x] = static_cast<unsigned>(x % 4);
+        pointers[x] = &values[x * 4];
+    }
+    Imf::DeepFrameBuffer frame;
+    frame.insertSampleCountSlice(Imf::Slice(
+        Imf::UINT, reinterpret_cast<char*>(counts.data() - window.min.x), sizeof(unsigned), 0));
+    for (auto channel = header.channels().begin(); channel != header.channels().end(); ++channel) {
+        frame.insert(channel.name(),
+                     Imf::DeepSlice(channel.channel().type,
+                                    reinterpret_cast<char*>(pointers.data() - window.min.x),
+                                    sizeof(float*), 0, sizeof(float)));
+    }
+    output.setFrameBuffer(frame);
+    output.writePixels(window.max.y - window.min.y + 1);
+}
+
+} // namespace
+
+void writeParts(std::filesystem::path const& file, std::vector<ExrRecipe> const& recipes)
+{
+    std::vector<Imf::Header> headers;
+    for (ExrRecipe const& recipe : recipes) {
+        Imf::Header header = makeHeader(recipe);
+        header.setType(recipe.isDeep          ? Imf::DEEPSCANLINE
+                       : recipe.tileSize == 0 ? Imf::SCANLINEIMAGE
+                                              : Imf::TILEDIMAGE);
+        if (!header.hasName()) {
+            header.setName(std::to_string(headers.size()));
+        }
+        headers.push_back(header);
+    }
+    Imf::MultiPartOutputFile output(file.c_str(), headers.data(), static_cast<int>(headers.size()));
+    for (std::size_t index = 0; index < recipes.size(); ++index) {
+        auto const part = static_cast<int>(index);
+        Planes planes;
+        if (recipes[index].isDeep) {
+            writeDeep(Imf::DeepScanLineOutputPart(output, part), headers[index]);
+            continue;
+        }
+        Imf::FrameBuffer const frame = fillFrame(recipes[index], headers[index], planes);
+        if (recipes[index].tileSize == 0) {
+            Imf::OutputPart lines(output, part);
+            lines.setFrameBuffer(frame);
+            Imath::Box2i const& window = recipes[index].dataWindow;
+            lines.writePixels(window.max.y - window.min.y + 1);
+        } else {
+            Imf::TiledOutputPart tiles(output, part);
+            tiles.setFrameBuffer(frame);
+            writeTiles(tiles);
+        }
+    }
+}
+
+std::map<std::string, std::string> loadParts(std::filesystem::path const& file, bool isPackedToo)
+{
+    std::map<std::string, std::string> bytes;
+    Imf::MultiPartInputFile input(file.c_str());
+    for (int part = 0; part < input.parts(); ++part) {
+        Imf::Header const& header = input.header(part);
+        std::string const name = (header.hasName() ? header.name() : "") + "/";
+        Imath::Box2i const& window = header.dataWindow();
+        if (header.hasType() && header.type() == Imf::DEEPSCANLINE) {
+            Imf::DeepScanLineInputPart deep(input, part);
+            for (int y = window.min.y; y <= window.max.y; ++y) {
+                std::uint64_t size = 0;
+                deep.rawPixelData(y, nullptr, size);
+                std::string& row = bytes[name + std::to_string(y)];
+                row.resize(size);
+                deep.rawPixelData(y, row.data(), size);
+            }
+            continue;
+        }
+        auto const load = [&](Imath::Box2i const& box, std::string const& place, auto const& read) {
+            Planes planes;
+            Imf::FrameBuffer frame;
+            for (auto channel = header.channels().begin(); channel != header.channels().end();
+                 ++channel) {
+                Plane& plane =
+                    planes.try_emplace(channel.name(), channel.channel(), box).first->second;
+                frame.insert(channel.name(), plane.slice);
+            }
+            read(frame);
+            for (auto const& [channel, plane] : planes) {
+                bytes[name + channel + place] = plane.bytes;
+            }
+        };
+        if (!header.hasTileDescription()) {
+            Imf::InputPart lines(input, part);
+            load(window, "/0,0", [&](Imf::FrameBuffer const& frame) {
+                lines.setFrameBuffer(frame);
+                lines.readPixels(window.min.y, window.max.y);
+            });
+            for (int y = window.min.y; isPackedToo && y <= window.max.y; ++y) {
+                char const* packed = nullptr;
+                int size = 0;
+                lines.rawPixelData(y, packed, size);
+                bytes[name + std::to_string(y)] =
+                    std::string(packed, static_cast<std::size_t>(size));
+            }
+            continue;
+        }
+        Imf::TiledInputPart tiles(input, part);
+        for (int y = 0; y < tiles.numYLevels(); ++y) {
+            for (int x = 0; x < tiles.numXLevels(); ++x) {
+                if (!tiles.isValidLevel(x, y)) {
+                    continue;
+                }
+                load(tiles.dataWindowForLevel(x, y),
+                     "/" + std::to_string(x) + "," + std::to_string(y),
+                     [&](Imf::FrameBuffer const& frame) {
+                         tiles.setFrameBuffer(frame);
+                         tiles.readTiles(0, tiles.numXTiles(x) - 1, 0, tiles.numYTiles(y) - 1, x,
+                                         y);
+                     });
+            }
+        }
+    }
+    return bytes;
+}
+
+std::string loadHeaders(std::filesystem::path const& file)
+{
+    std::string const bytes = loadBytes(file);
+    std::size_t place = 8;
+    bool const hasParts = (bytes.at(5) & 0x10) != 0;
+    do {
+        while (bytes.at(place) != '\0') {
+            place += std::string(bytes.c_str() + place).size() + 1;
+            place += std::string(bytes.c_str() + place).size() + 1;
+            std::uint32_t size = 0;
+            std::memcpy(&size, &bytes.at(place), sizeof size);
+            place += 4 + size;
+        }
+        ++place;
+    } while (hasParts && bytes.at(place) != '\0');
+    return bytes.substr(0, place);
+}
+
+void writeExr(std::filesystem::path const& file, ExrRecipe const& recipe)
+{
+    Imf::Header const header = makeHeader(recipe);
+    Planes planes;
+    Imf::FrameBuffer const frame = fillFrame(recipe, header, planes);
     if (recipe.tileSize == 0) {
         Imf::OutputFile output(file.c_str(), header);
         output.setFrameBuffer(frame);
@@ -68,14 +256,9 @@ void writeExr(std::filesystem::path const& file, ExrRecipe const& recipe)
         output.writePixels(recipe.isComplete ? rows : rows / 2);
         return;
     }
-    auto const size = static_cast<unsigned>(recipe.tileSize);
-    header.setTileDescription(
-        Imf::TileDescription(size, size, recipe.hasLevels ? Imf::MIPMAP_LEVELS : Imf::ONE_LEVEL));
     Imf::TiledOutputFile output(file.c_str(), header);
     output.setFrameBuffer(frame);
-    for (int level = 0; level < output.numLevels(); ++level) {
-        output.writeTiles(0, output.numXTiles(level) - 1, 0, output.numYTiles(level) - 1, level);
-    }
+    writeTiles(output);
 }
 
 std::map<std::string, std::string> loadExr(std::filesystem::path const& file)
@@ -158,32 +341,30 @@ std::vector<std::string> copyImage(std::filesystem::path const& from,
     MediaReport const report = {
         .note = [&](std::string const& text) { notes.push_back(text); },
         .warn = [&](std::string const& text) { notes.push_back("warning: " + text); }};
-    auto const source = openImage(from, {.layer = options.layer});
+    auto const source = openImage(from, options.read);
     bool const keepsDepth = options.depth == IxPixelFormat::COMPLEX;
-    IxPixelFormat const& read = source->getInfo().format;
-    IxPixelFormat const format =
-        options.colour.empty()
-            ? IxPixelFormat(read.getComponents(), keepsDepth ? read.getDepth() : options.depth,
-                            read.getAspectRatio(), read.isPremultiplied())
-            : IxPixelFormat(IxPixelFormat::RGB, IxPixelFormat::FLOAT32, {}, false);
-    auto const sink =
-        createImage(to, *source, format,
-                    {.keepsInputDepth = keepsDepth, .compression = options.compression}, report);
-    int const rows = source->getRowsPerBlock() * options.blocksPerStrip;
-    int const strips = (source->getInfo().dataWindow.getHeight() - 1) / rows + 1;
-    ImageStrip strip;
-    for (int index = 0; index < strips; ++index) {
-        source->readStrip(source->getStripBounds(index, rows), strip);
-        IxTile result = strip.colour;
-        if (format != read) { // only colour and widening to float are asked for here
-            result = IxTile(format, strip.colour.getBounds());
+    auto const formatOf = [&](ImageInfo const& info) {
+        IxPixelFormat const& read = info.format;
+        return options.colour.empty()
+                   ? IxPixelFormat(read.getComponents(),
+                                   keepsDepth ? read.getDepth() : options.depth,
+                                   read.getAspectRatio(), read.isPremultiplied())
+                   : IxPixelFormat(IxPixelFormat::RGB, IxPixelFormat::FLOAT32, {}, false);
+    };
+    // Only colour and widening to float are asked for here.
+    auto const convert = [&](ImageInfo const& info, IxTile const& tile) {
+        IxPixelFormat const& read = info.format;
+        IxPixelFormat const format = formatOf(info);
+        IxTile result = tile;
+        if (format != read) {
+            result = IxTile(format, tile.getBounds());
             auto const samples =
                 static_cast<std::size_t>(result.getBounds().getWidth() * format.getNbComponents());
             for (int y = result.getBounds().y0; y < result.getBounds().y1; ++y) {
                 std::span const row(reinterpret_cast<float*>(IxWriteGuard(result).getRow(y)),
                                     samples);
                 if (options.colour.empty()) {
-                    samplesToFloat(IxReadGuard(strip.colour).getRow(y), read.getDepth(), row);
+                    samplesToFloat(IxReadGuard(tile).getRow(y), read.getDepth(), row);
                 }
                 for (std::size_t sample = 0; sample < samples && !options.colour.empty();
                      ++sample) {
@@ -191,7 +372,29 @@ std::vector<std::string> copyImage(std::filesystem::path const& from,
                 }
             }
         }
-        sink->writeStrip(result, strip);
+        return result;
+    };
+    auto const sink =
+        createImage(to, *source, formatOf,
+                    {.keepsInputDepth = keepsDepth, .compression = options.compression}, report);
+    for (;;) {
+        int const rows = source->getRowsPerBlock() * options.blocksPerStrip;
+        int const strips = (source->getInfo().dataWindow.getHeight() - 1) / rows + 1;
+        ImageStrip strip;
+        for (int index = 0; index < strips; ++index) {
+            source->readStrip(source->getStripBounds(index, rows), strip);
+            for (std::size_t layer = 0; layer < strip.furtherColour.size(); ++layer) {
+                IxTile& tile = strip.furtherColour[layer];
+                tile = convert(source->getFurtherLayers()[layer], tile);
+            }
+            sink->writeStrip(convert(source->getInfo(), strip.colour), strip);
+        }
+        sink->endSection();
+        if (!source->hasNextSection()) {
+            break;
+        }
+        source->startNextSection();
+        sink->startSection();
     }
     sink->finish();
     return notes;

@@ -44,6 +44,8 @@ struct ExrRecipe {
     Imf::LineOrder lineOrder = Imf::INCREASING_Y;
     int tileSize = 0; ///< 0 for scan lines
     bool hasLevels = false;
+    bool hasLevelsOfBoth = false; ///< widths and heights apart
+    bool isDeep = false;          ///< of a part of scan lines
     Imath::Box2i dataWindow{{0, 0}, {36, 52}};
     Imath::Box2i displayWindow{{0, 0}, {36, 52}};
     bool isComplete = true;
@@ -51,6 +53,18 @@ struct ExrRecipe {
     std::function<void(Imf::Header&)> addAttributes = [](Imf::Header&) {};
 };
 void writeExr(std::filesystem::path const& file, ExrRecipe const& recipe);
+
+/// The same as parts that are called "0", "1" and so on, unless their attributes say otherwise.
+void writeParts(std::filesystem::path const& file, std::vector<ExrRecipe> const& recipes);
+
+/// The bytes of every channel of every part at every resolution, as "part/channel/x,y"; of deep
+/// parts the packed bytes of every row, as "part/row". Other packed bytes too if asked for, as
+/// "part/chunk".
+std::map<std::string, std::string> loadParts(std::filesystem::path const& file,
+                                             bool isPackedToo = false);
+
+/// What comes before the tables of chunks.
+std::string loadHeaders(std::filesystem::path const& file);
 
 /// The bytes of every channel at full resolution, row after row.
 std::map<std::string, std::string> loadExr(std::filesystem::path const& file);
@@ -73,7 +87,7 @@ OtherAttributes loadOtherAttributes(std::filesystem::path const& file);
 
 /// How a picture is copied with the code under test.
 struct CopyOptions {
-    std::string layer{};
+    ReadOptions read{};
     IxPixelFormat::Depth depth = IxPixelFormat::COMPLEX; ///< COMPLEX: the source's, kept
     int blocksPerStrip = 2;
     std::optional<CompressionChoice> compression{};

@@ -93,7 +93,7 @@ public:
         reportLook(node, {time}, reporter);
         // What "render --depth 32" gives, whatever a project says.
         node.setValues({{ToolKeys::outputDepth, Animated<int>(ToolKeys::depth32)}});
-        source = openImage(request.input, {.layer = request.layer});
+        source = openImage(request.input, request.read);
         maskSource = openMask(request.mask, source->getInfo(), reporter);
         if (maskSource != nullptr) {
             mask.node = makeNode<MaskImageNode>(maskSource->getInfo(), request.mask.use);

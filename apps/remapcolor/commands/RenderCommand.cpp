@@ -135,8 +135,8 @@ ShotOptions makeOptions(RenderRequest const& request, HostNode const& node, Shot
                         Reporter& reporter)
 {
     ShotOptions options;
-    options.read.layer = request.layer;
-    options.mask = {.layer = request.mask.layer, .maskChannel = request.mask.channel};
+    options.read = request.read;
+    options.mask = makeReadOptions(request.mask);
     options.maskUse = request.mask.use;
     options.write = makeWriteOptions(request, node);
     options.threads = request.threads > 0 ? request.threads : countUsableCores();

@@ -14,18 +14,25 @@ void addMaskOptions(CommandOptions& options, MaskRequest& request)
                       {ValueHint::Kind::File});
     options.addOption("--mask-layer", "NAME", "Take the mask from this layer",
                       [&request](std::string const& text) { request.layer = text; });
+    options.addOption("--mask-part", "N|NAME", "Take the mask from this part",
+                      [&request](std::string const& text) { request.part = text; });
     options.addOption("--mask-channel", "NAME", "Take the mask from this channel",
                       [&request](std::string const& text) { request.channel = text; });
     options.addFlag("--mask-invert", "Keep the source where the mask is 1",
                     [&request] { request.use = MaskUse::Inverted; });
 }
 
+ReadOptions makeReadOptions(MaskRequest const& request)
+{
+    return {.layers = {request.layer}, .part = request.part, .maskChannel = request.channel};
+}
+
 void checkComplete(MaskRequest const& request)
 {
-    bool const isPlain =
-        request.layer.empty() && request.channel.empty() && request.use == MaskUse::AsIs;
+    bool const isPlain = request.layer.empty() && request.part.empty() &&
+                         request.channel.empty() && request.use == MaskUse::AsIs;
     if (!request.file.has_value() && !isPlain) {
-        throw UsageError("--mask-layer, --mask-channel and --mask-invert need a mask; add "
-                         "--mask FILE");
+        throw UsageError("--mask-layer, --mask-part, --mask-channel and --mask-invert need a "
+                         "mask; add --mask FILE");
     }
 }

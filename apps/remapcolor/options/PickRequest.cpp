@@ -3,6 +3,7 @@
 #include "remapcolor/options/PickRequest.h"
 
 #include "remapcolor/options/CommandOptions.h"
+#include "remapcolor/options/LayerOptions.h"
 #include "runtime/values/TextParts.h"
 #include "session/Failures.h"
 
@@ -50,8 +51,7 @@ void addPickOptions(CommandOptions& options, PickRequest& request)
         "PLACE...", "Pixels X,Y and areas X,Y,W,H, as the data window counts",
         [&request](std::string const& text) { request.places.push_back(parsePlace(text)); });
     addNodeOptions(options, request.node);
-    options.addOption("--layer", "NAME", "Take the channels NAME.R, NAME.G, NAME.B of the file",
-                      [&request](std::string const& text) { request.layer = text; });
+    addLayerOptions(options, LayerCount::One, request.read);
     addMaskOptions(options, request.mask);
     addFrameOption(options, "-f,--frame", request.frame);
     options.addFlag("--json", "One JSON object, or an array of them for several places",

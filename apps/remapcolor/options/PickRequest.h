@@ -1,5 +1,6 @@
 #pragma once
 
+#include "media/MediaOptions.h"
 #include "remapcolor/options/FrameOption.h"
 #include "remapcolor/options/MaskRequest.h"
 #include "remapcolor/options/NodeRequest.h"
@@ -24,7 +25,7 @@ struct PickRequest {
     std::filesystem::path input;
     std::vector<PickPlace> places;
     NodeRequest node;
-    std::string layer; ///< empty for the file's own channels
+    ReadOptions read;
     MaskRequest mask;
     FrameChoice frame;
     Form form = Form::Lines;

@@ -3,6 +3,7 @@
 #include "remapcolor/options/RenderRequest.h"
 
 #include "remapcolor/options/CommandOptions.h"
+#include "remapcolor/options/LayerOptions.h"
 #include "remapcolor/options/NumberOptions.h"
 #include "remapcolor/options/OptionText.h"
 #include "remapcolor/options/ShotOptionText.h"
@@ -143,8 +144,7 @@ void addRenderOptions(CommandOptions& options, RenderRequest& request)
         "none). dwaa:LEVEL, dwab:LEVEL: the more, the smaller.",
         [&request](std::string const& text) { request.compression = parseCompression(text); },
         hintWords(compressionKinds));
-    options.addOption("--layer", "NAME", "Process the channels NAME.R, NAME.G, NAME.B",
-                      [&request](std::string const& text) { request.layer = text; });
+    addLayerOptions(options, LayerCount::Several, request.read);
     options.addOption("-j,--threads", "N", "Workers (default: the cores it may use)",
                       [&request](std::string const& text) {
                           request.threads = parseWhole("--threads", text, 1, mostThreads);

@@ -21,7 +21,7 @@ struct RenderRequest {
     std::string framesFile; ///< that lists the frames; "-" for standard input, "" for none
     NodeRequest node;
     MaskRequest mask;
-    std::string layer;                            ///< empty for the file's own channels
+    ReadOptions read;
     std::optional<CompressionChoice> compression; ///< none: the input's
     ExistingOutput existing = ExistingOutput::Overwrite;
     MissingInput missing = MissingInput::Fail;

@@ -11,7 +11,7 @@ std::unique_ptr<ImageSource> openMask(MaskRequest const& request, ImageInfo cons
     if (!request.file.has_value()) {
         return nullptr;
     }
-    auto mask = openImage(*request.file, {.layer = request.layer, .maskChannel = request.channel});
+    auto mask = openImage(*request.file, makeReadOptions(request));
     std::string const windows = describeMaskWindows(mask->getInfo(), picture);
     if (!windows.empty()) {
         reporter.note(windows);

@@ -34,12 +34,23 @@ void render(fs::path const& input, fs::path const& output)
     static RCShdPtr<HostGraph> const graph = makeShared<HostGraph>();
     static RCShdPtr<HostNode> const node = graph->createNode(getTool());
     auto const source = openImage(input, {.mostBytes = mostBytes});
-    auto const start = makeNode<SourceImageNode>(source->getInfo());
-    auto const chain =
-        castNode<PxImageProtocol const>(node->buildChain(PxNodePtr<PxImageProtocol const>(start)));
-    auto const sink = createImage(output, *source, chain->getImageFormat().getPixelFormat(),
-                                  {.keepsInputDepth = true}, {});
-    renderImage(*chain, *start, *source, *sink, {});
+    auto const build = [](PxNodePtr<SourceImageNode> const& start) {
+        return castNode<PxImageProtocol const>(
+            node->buildChain(PxNodePtr<PxImageProtocol const>(start)));
+    };
+    ResultFormat const formatOf = [&build](ImageInfo const& info) {
+        return build(makeNode<SourceImageNode>(info))->getImageFormat().getPixelFormat();
+    };
+    auto const sink = createImage(output, *source, formatOf, {.keepsInputDepth = true}, {});
+    for (;;) {
+        auto const start = makeNode<SourceImageNode>(source->getInfo());
+        renderImage(*build(start), *start, *source, *sink, {});
+        if (!source->hasNextSection()) {
+            return;
+        }
+        source->startNextSection();
+        sink->startSection();
+    }
 }
 
 void expectOneLine(std::string const& text)

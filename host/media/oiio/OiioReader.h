@@ -30,7 +30,7 @@ public:
 
     bool isLuminanceOnly() const override { return isLuminance; }
     bool hasFurtherChannels() const override { return false; } // listLosses says so
-    std::vector<std::string> listLosses() const override { return losses; }
+    std::vector<std::string> listLosses(FileKind) const override { return losses; }
     void takePlainStrips() override {}
     void alignStrips(int rows) override { rowsMultiple = rows; }
 

@@ -17,6 +17,12 @@ public:
     /// along for channels that the tool does not touch.
     virtual void writeStrip(IxTile const& result, ImageStrip const& strip) = 0;
 
+    /// All strips of a section of the source have come.
+    virtual void endSection() {}
+
+    /// The source has gone on to its next section.
+    virtual void startSection() {}
+
     /// Completes the file, checks it and lets it appear under its name.
     virtual void finish() = 0;
 };

@@ -32,6 +32,9 @@ struct PackedBlock {
 /// A run of whole rows on its way from a source to a sink. Movable; one thread has it at a time.
 struct ImageStrip {
     IxTile colour; ///< native-format pixels; its bounds are the strip's rows over the data window
+    /// The same of further layers that are processed too, as ImageSource::getFurtherLayers lists
+    /// them; on their way to the sink what has become of them.
+    std::vector<IxTile> furtherColour;
     /// Samples of channels that the tool does not touch, in a layout that the source and the sink
     /// of one file kind share; empty otherwise.
     std::vector<std::byte> furtherChannels;
@@ -41,11 +44,36 @@ struct ImageStrip {
 
 /// Reads one picture strip by strip. Used by one thread at a time, unless said otherwise; throws
 /// ImageFileError.
+///
+/// A file may hold several pictures of different windows that are all processed: parts and
+/// resolutions. They come one after the other as sections; what is said of the picture is said of
+/// the section that is on.
 class ImageSource {
 public:
     virtual ~ImageSource() = default;
 
     virtual ImageInfo const& getInfo() const = 0;
+
+    /// What strips bring besides `getInfo()`: layers with the same windows.
+    virtual std::vector<ImageInfo> const& getFurtherLayers() const
+    {
+        static std::vector<ImageInfo> const none;
+        return none;
+    }
+
+    /// A section's place in the file.
+    struct Section {
+        GeRectangle<int> dataWindow;
+        int levelX = 0; ///< its resolution is that of the picture divided by two so often
+        int levelY = 0;
+    };
+    /// All that there are; one for most files.
+    virtual std::vector<Section> listSections() const { return {{getInfo().dataWindow}}; }
+
+    virtual bool hasNextSection() const { return false; }
+
+    /// Goes on to the next section, after all strips of this one have come. Throws ImageFileError.
+    virtual void startNextSection() {}
 
     /// Rows that are read together with the least work (a compression block or a row of tiles),
     /// at least 1.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "runtime/engine/SourceImageNode.h"
+#include "runtime/engine/StripWindow.h"
 
 /// A second picture that a render reads along with the first: the part of it that lies under each
 /// strip. `read` is for one thread at a time.
@@ -8,21 +9,17 @@ class MaskFeed {
 public:
     /// `startNode` was made from the source's info and is part of the chain that is rendered. Both
     /// live longer.
-    MaskFeed(SourceImageNode& startNode, ImageSource& imageSource);
+    MaskFeed(SourceImageNode& startNode, ImageSource& imageSource)
+        : node(startNode), pixels(imageSource)
+    {
+    }
 
     SourceImageNode& getNode() const { return node; }
 
-    /// The picture's pixels within `bounds`; a null tile where it has none. Cheapest for bounds
-    /// that follow one another. Throws ImageFileError.
-    IxTile read(GeRectangle<int> const& bounds);
+    /// As StripWindow::read.
+    IxTile read(GeRectangle<int> const& bounds) { return pixels.read(bounds); }
 
 private:
-    void copyStrip(IxWriteGuard& tile) const;
-
     SourceImageNode& node;
-    ImageSource& source;
-    int rowsPerStrip;
-    int nbStrips;
-    int heldStrip = -1; // which one `strip` holds; it may reach into the next bounds
-    ImageStrip strip;
+    StripWindow pixels;
 };

@@ -17,8 +17,13 @@ std::size_t estimateStripBytes(RenderJob const& job)
 {
     ImageInfo const& info = job.source.getInfo();
     auto const width = static_cast<std::size_t>(std::max(info.dataWindow.getWidth(), 0));
-    std::size_t const pixelBytes = info.format.getBytesPerPixel() +
-                                   job.chain.getImageFormat().getPixelFormat().getBytesPerPixel();
+    std::size_t pixelBytes = info.format.getBytesPerPixel() +
+                             job.chain.getImageFormat().getPixelFormat().getBytesPerPixel();
+    for (std::size_t layer = 0; layer < job.furtherLayers.size(); ++layer) {
+        pixelBytes +=
+            job.source.getFurtherLayers()[layer].format.getBytesPerPixel() +
+            job.furtherLayers[layer].chain.getImageFormat().getPixelFormat().getBytesPerPixel();
+    }
     int const most = std::clamp(info.dataWindow.getHeight(), 0, chooseStripRows(job.source));
     return 2 * static_cast<std::size_t>(most) *
            (width * pixelBytes + job.source.getFurtherBytesPerRow());
@@ -258,13 +263,20 @@ void RenderPool::compute(Strip& strip) const
 {
     RenderJob const& job = strip.picture->job;
     job.source.unpackStrip(strip.image);
-    DeliveredStrip const delivered(job.sourceNode, strip.image.colour);
     std::optional<DeliveredStrip> deliveredMask;
     if (!strip.mask.isNull()) {
         deliveredMask.emplace(job.mask->getNode(), strip.mask);
     }
     PxImageContext const context(job.time, strip.bounds);
-    strip.result = job.chain.computeImage(context).getTileGuard().getTile();
+    auto const send = [&context](RenderLane const& lane, IxTile const& tile) {
+        DeliveredStrip const delivered(lane.sourceNode, tile);
+        return lane.chain.computeImage(context).getTileGuard().getTile();
+    };
+    strip.result = send({job.chain, job.sourceNode}, strip.image.colour);
+    for (std::size_t layer = 0; layer < job.furtherLayers.size(); ++layer) {
+        IxTile& colour = strip.image.furtherColour[layer];
+        colour = send(job.furtherLayers[layer], colour);
+    }
     job.sink.packStrip(strip.result, strip.image);
 }
 
@@ -289,7 +301,10 @@ void RenderPool::countWritten(Strip const& strip)
         return;
     }
     lock.unlock();
-    picture.job.sink.finish();
+    picture.job.sink.endSection();
+    if (!picture.job.source.hasNextSection()) {
+        picture.job.sink.finish();
+    }
     lock.lock();
     picture.isFinished = true;
 }

@@ -18,6 +18,12 @@
 #include <thread>
 #include <vector>
 
+/// A chain and its start.
+struct RenderLane {
+    PxImageProtocol const& chain;
+    SourceImageNode& sourceNode;
+};
+
 /// A picture's way from a source through a chain to a sink. What it names lives until the picture
 /// has ended. `sourceNode` is the start of `chain`.
 struct RenderJob {
@@ -25,8 +31,9 @@ struct RenderJob {
     SourceImageNode& sourceNode;
     ImageSource& source;
     ImageSink& sink;
-    MaskFeed* mask = nullptr; ///< read along with the picture, for a chain that evaluates it too
+    MaskFeed* mask = nullptr; ///< read along with the picture, for chains that evaluate it too
     double time = 0.0;
+    std::vector<RenderLane> furtherLayers{}; ///< one for each of the source's
 };
 
 /// Bytes that one strip of the picture takes on its way; roughly.
@@ -43,6 +50,8 @@ class RenderCancelled {};
 /// than workers, and one picture's end and the next one's beginning are worked on at once. A worker
 /// goes where the fewest are, to the oldest picture among these: it waits for no one as long as
 /// there are as many pictures as workers.
+///
+/// A job is one section of its source; the sink is finished with the last one.
 ///
 /// The pixels do not depend on the number of workers, of pictures, or the size of strips.
 ///

@@ -283,3 +283,48 @@ TEST_F(ShotTest, EndedRunsLeaveWholeFramesAndARerunTheRest)
 }
 
 } // namespace
+
+TEST_F(ShotTest, PartsAreFoundByNameInEachFrameWhateverTheThreads)
+{
+    auto const called = [](char const* name) {
+        return [name](Imf::Header& header) { header.setName(name); };
+    };
+    ExrRecipe const main = {.channels = {{"R"}, {"G"}, {"B"}, {"spec.R"}, {"spec.G"}, {"spec.B"}},
+                            .addAttributes = called("main")};
+    ExrRecipe const other = {.tileSize = 16, .hasLevels = true, .addAttributes = called("other")};
+    ExrRecipe const deep = {.channels = {{"R"}},
+                            .compression = Imf::NO_COMPRESSION,
+                            .isDeep = true,
+                            .addAttributes = called("deep")};
+    writeParts(input(1), {deep, main, other});
+    writeParts(input(2), {other, deep, main});
+    auto const renderParts = [&](Names more) {
+        more.insert(more.end(), {"-f", "1-2", "--mask", "in.0003.exr", "--mask-channel", "R"});
+        return run(render("in.####.exr", "out/o.####.exr", more));
+    };
+    ASSERT_EQ(renderParts({"--part", "other", "-j", "1"}).status, 0);
+    auto const before = loadParts(input(2));
+    auto const after = loadParts(output(2));
+    EXPECT_TRUE(after.at("main/R/0,0") == before.at("main/R/0,0"));
+    EXPECT_TRUE(after.at("deep/7") == before.at("deep/7"));
+    EXPECT_FALSE(after.at("other/R/2,2") == before.at("other/R/2,2"));
+    ASSERT_EQ(renderParts({"--part", "all", "--layer", "all", "-j", "1"}).status, 0);
+    std::string const bytes = loadBytes(output(2));
+    ASSERT_EQ(renderParts({"--layer", "all", "-j", "5"}).status, 0);
+    EXPECT_TRUE(loadBytes(output(2)) == bytes);
+    auto const skipped = [&](Names const& more) {
+        Names all = {"--existing", "skip", "--progress", "json"};
+        all.insert(all.end(), more.begin(), more.end());
+        return Json::parse(renderParts(all).errors.back()).at("skipped").get<int>();
+    };
+    EXPECT_EQ(skipped({}), 2);
+    std::filesystem::copy_file(output(2), output(1),
+                               std::filesystem::copy_options::overwrite_existing);
+    EXPECT_EQ(skipped({}), 1); // its parts are in another order
+    ProgramResult const pick =
+        run({"pick", "in.0001.exr", "3,4", "--part", "other", "-s", "Linear.Gamma=2"});
+    EXPECT_EQ(pick.status, 0);
+    EXPECT_NE(pick.output.find("out.red"), std::string::npos);
+    EXPECT_EQ(run({"pick", "in.0001.exr", "3,4", "--part", "deep"}).status, 1);
+    EXPECT_EQ(run({"pick", "in.0001.exr", "3,4", "--part", "all"}).status, 2);
+}

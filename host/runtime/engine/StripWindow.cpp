@@ -1,16 +1,16 @@
-#include "runtime/engine/MaskFeed.h"
+#include "runtime/engine/StripWindow.h"
 
 #include "runtime/engine/RenderEngine.h"
 
 #include <cstring>
 
-MaskFeed::MaskFeed(SourceImageNode& startNode, ImageSource& imageSource)
-    : node(startNode), source(imageSource), rowsPerStrip(chooseStripRows(imageSource)),
+StripWindow::StripWindow(ImageSource& imageSource)
+    : source(imageSource), rowsPerStrip(chooseStripRows(imageSource)),
       nbStrips((imageSource.getInfo().dataWindow.getHeight() + rowsPerStrip - 1) / rowsPerStrip)
 {
 }
 
-IxTile MaskFeed::read(GeRectangle<int> const& bounds)
+IxTile StripWindow::read(GeRectangle<int> const& bounds)
 {
     GeRectangle<int> const covered = intersect(bounds, source.getInfo().dataWindow);
     if (covered.isEmpty()) {
@@ -35,7 +35,7 @@ IxTile MaskFeed::read(GeRectangle<int> const& bounds)
 }
 
 /// The rows that both have.
-void MaskFeed::copyStrip(IxWriteGuard& tile) const
+void StripWindow::copyStrip(IxWriteGuard& tile) const
 {
     GeRectangle<int> const& bounds = tile.getTile().getBounds();
     GeRectangle<int> const rows = intersect(bounds, strip.colour.getBounds());
