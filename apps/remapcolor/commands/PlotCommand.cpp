@@ -52,7 +52,7 @@ void checkInput(PlotRequest const& request)
 
 void countPixels(PlotRequest const& request, PlotFigure& figure)
 {
-    auto const source = openImage(request.input, {.layer = request.layer});
+    auto const source = openImage(request.input, request.read);
     if (source->getInfo().format.getComponents() == IxPixelFormat::ALPHA) {
         throw UsageError("there is no colour in " + quote(request.input.string()) +
                          ", of which a histogram could be drawn");

@@ -31,10 +31,8 @@ constexpr char const* renderExamples =
     "Examples:\n"
     "  remapcolor render in.exr -o out.png --mode EXRDisplay --depth 8 \\\n"
     "      -s EXRDisplay.Exposure=1.5 -s \"EXRDisplay.Knee High=4\"\n"
-    "  remapcolor render in.exr -o out.exr --curve \"rgb=0,0 0.5,0.65 1,1\"\n"
     "  remapcolor render shot.####.exr -o out/shot.####.exr -p look.json -f 1-100\n"
     "  remapcolor render in.exr -o out.exr -p look.json --mask matte.png --mix 0.5\n"
-    "  remapcolor render in.0012.exr -o out.exr -s Linear.Gamma=1@1,2@24 --frame 12\n"
     "  remapcolor render in.png -o out.exr --depth 16    (EXR holds no 8-bit channels)\n"
     "\n"
     "\"remapcolor describe\" lists all inputs; \"man remapcolor\" says more of each option.";

@@ -29,8 +29,8 @@ ReadOptions makeReadOptions(MaskRequest const& request)
 
 void checkComplete(MaskRequest const& request)
 {
-    bool const isPlain = request.layer.empty() && request.part.empty() &&
-                         request.channel.empty() && request.use == MaskUse::AsIs;
+    bool const isPlain = request.layer.empty() && request.part.empty() && request.channel.empty() &&
+                         request.use == MaskUse::AsIs;
     if (!request.file.has_value() && !isPlain) {
         throw UsageError("--mask-layer, --mask-part, --mask-channel and --mask-invert need a "
                          "mask; add --mask FILE");

@@ -3,6 +3,7 @@
 #include "remapcolor/options/PlotRequest.h"
 
 #include "remapcolor/options/CommandOptions.h"
+#include "remapcolor/options/LayerOptions.h"
 #include "remapcolor/options/NumberOptions.h"
 #include "runtime/values/NearestNames.h"
 #include "session/Failures.h"
@@ -56,8 +57,7 @@ void addPlotOptions(CommandOptions& options, PlotRequest& request)
     addNodeOptions(options, request.node);
     addDepthOption(options, request.node);
     addFrameOption(options, "-f,--frame", request.frame);
-    options.addOption("--layer", "NAME", "Take the channels NAME.R, NAME.G, NAME.B of the file",
-                      [&request](std::string const& text) { request.layer = text; });
+    addLayerOptions(options, LayerCount::One, request.read);
     options.addFlag("-q,--quiet", "Print errors only",
                     [&request] { request.verbosity = Verbosity::Quiet; });
 }
@@ -68,7 +68,9 @@ void checkComplete(PlotRequest& request)
         throw UsageError("plot needs a figure to write; add -o OUT.svg or OUT.png");
     }
     request.format = findFormat(request.output);
-    if (!request.layer.empty() && request.input.empty()) {
-        throw UsageError("--layer needs a picture; write remapcolor plot INPUT -o OUT.svg");
+    bool const isPlain = request.read.layers.empty() && request.read.part.empty();
+    if (!isPlain && request.input.empty()) {
+        throw UsageError(
+            "--layer and --part need a picture; write remapcolor plot INPUT -o OUT.svg");
     }
 }

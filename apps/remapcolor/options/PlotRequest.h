@@ -1,5 +1,6 @@
 #pragma once
 
+#include "media/MediaOptions.h"
 #include "plots/FigureFile.h"
 #include "primitives/GeInterval.h"
 #include "remapcolor/options/FrameOption.h"
@@ -20,7 +21,7 @@ struct PlotRequest {
     std::optional<GeInterval<float>> results; ///< to plot; none: all
     NodeRequest node;
     FrameChoice frame;
-    std::string layer; ///< of the input; empty for the file's own channels
+    ReadOptions read; ///< of the input
     Verbosity verbosity = Verbosity::Normal;
 };
 

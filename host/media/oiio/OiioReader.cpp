@@ -62,9 +62,8 @@ Rational toAspect(float ratio)
 OiioReader::OiioReader(std::filesystem::path const& wantedFile, ReadOptions const& options)
     : path(wantedFile), file(wantedFile)
 {
-    bool const hasLayer =
-        std::any_of(options.layers.begin(), options.layers.end(),
-                    [](std::string const& layer) { return !layer.empty(); });
+    bool const hasLayer = std::any_of(options.layers.begin(), options.layers.end(),
+                                      [](std::string const& layer) { return !layer.empty(); });
     if (hasLayer || !options.part.empty()) {
         throwReadError(ImageFailure::Request, path,
                        std::string("only EXR files have ") + (hasLayer ? "layers" : "parts"));

@@ -128,7 +128,7 @@ TEST_F(PlotTest, WritesTheSameFigureEachTimeOrOneLine)
           Case{{"plot", "-o", "a.svg", "--range", "1,0"}, 2, "the lower one first"},
           Case{{"plot", "-o", "a.svg", "--stops", "-8,200"}, 2, "from -120 to 120"},
           Case{{"plot", "-o", "a.svg", "--results", "all"}, 2, "--results takes two numbers"},
-          Case{{"plot", "-o", "a.svg", "--layer", "x"}, 2, "--layer needs a picture"},
+          Case{{"plot", "-o", "a.svg", "--layer", "x"}, 2, "need a picture"},
           Case{{"plot", "alpha.exr", "-o", "a.svg"}, 2, "there is no colour in \"alpha.exr\""},
           Case{{"plot", "gone.exr", "-o", "a.svg"}, 1, "there is no such file"}}) {
         ProgramResult const result = Program(folder, words).wait();

@@ -86,9 +86,9 @@ TEST_P(ExrRoundTripTest, KeepsEveryBitOfPixelsAndHeader)
 {
     writeExr(file("in.exr"), GetParam().recipe);
     for (int const blocks : {1, 3}) {
-        std::vector<std::string> const notes = copyImage(
-            file("in.exr"), file("out.exr"),
-            {.read = {.layers = {GetParam().layer}}, .blocksPerStrip = blocks});
+        std::vector<std::string> const notes =
+            copyImage(file("in.exr"), file("out.exr"),
+                      {.read = {.layers = {GetParam().layer}}, .blocksPerStrip = blocks});
         EXPECT_TRUE(loadExr(file("out.exr")) == loadExr(file("in.exr")));
         EXPECT_TRUE(loadAttributes(file("out.exr")) == loadAttributes(file("in.exr")));
         EXPECT_TRUE(notes.empty()) << notes.front();

@@ -209,7 +209,7 @@ TEST_F(ExrPartsTest, PartsThatAreNotProcessedAreHeldAgainstTheFileToo)
         expectLineWith(reason, errorOf(copy, ImageFailure::File));
         EXPECT_EQ(folder.list().size(), 2U);
     };
-    expect(tables + 2, 0x7f, "incomplete");                      // a chunk beyond the file
+    expect(tables + 2, 0x7f, "incomplete");           // a chunk beyond the file
     expect(tables + 8, honest[tables], "incomplete"); // two rows at one place
     std::uint64_t first = 0;
     std::memcpy(&first, &honest[tables], sizeof first);
