@@ -1,0 +1,78 @@
+// remapcolor-editor: the desktop program.
+
+#include "editor/window/EditorWindow.h"
+#include "editor/window/Theme.h"
+#include "session/Failures.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <cstdio>
+
+namespace {
+
+/// A failure that nobody has handled is said, and the work goes on.
+class Application : public QApplication {
+public:
+    using QApplication::QApplication;
+
+    bool notify(QObject* receiver, QEvent* event) override
+    {
+        try {
+            return QApplication::notify(receiver, event);
+        } catch (...) {
+            auto* const window = qobject_cast<EditorWindow*>(activeWindow());
+            if (window == nullptr) {
+                throw;
+            }
+            window->tellFailure(std::current_exception());
+            return true;
+        }
+    }
+};
+
+void openFile(EditorWindow& window, QString const& file)
+{
+    if (file.endsWith(".json", Qt::CaseInsensitive)) {
+        window.openProject(file.toStdString());
+    } else {
+        window.openPicture(file.toStdString());
+    }
+}
+
+} // namespace
+
+int main(int nbArguments, char** arguments)
+{
+    Application application(nbArguments, arguments);
+    QApplication::setApplicationName("remapcolor-editor");
+    QApplication::setApplicationVersion(REMAPCOLOR_VERSION);
+    Theme::apply(application);
+    QCommandLineParser parser;
+    parser.setApplicationDescription("Remaps the colours of a picture by curves.");
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addPositionalArgument("FILE", "A picture, a project (.json), or one of each",
+                                 "[FILE...]");
+    QCommandLineOption const shot("screenshot", "Save the window as PNG when it is shown, and end.",
+                                  "FILE.png");
+    parser.addOption(shot);
+    parser.process(application);
+    try {
+        EditorWindow window;
+        if (parser.isSet(shot)) {
+            QObject::connect(&window, &EditorWindow::settled, &window, [&] {
+                bool const isSaved = window.grab().save(parser.value(shot));
+                QApplication::exit(isSaved ? 0 : 1);
+            });
+        }
+        for (QString const& file : parser.positionalArguments()) {
+            openFile(window, file);
+        }
+        window.show();
+        return QApplication::exec();
+    } catch (...) {
+        Failure const failure = describeCurrentFailure();
+        std::fprintf(stderr, "remapcolor-editor: %s\n", failure.text.c_str());
+        return failure.status;
+    }
+}

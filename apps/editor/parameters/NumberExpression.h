@@ -1,0 +1,8 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+/// The value of a sum as people type it: numbers, + - * / and parentheses, blanks anywhere between
+/// them. Empty for what is none, and for one without a finite value.
+std::optional<double> evaluateExpression(std::string_view text);

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QLineEdit>
+#include <optional>
+
+/// A number: typed, also as a sum; dragged sideways, finely with Ctrl; stepped by the wheel and the
+/// arrow keys while it has the focus. It says what is wanted and shows what it is told.
+class NumberField : public QLineEdit {
+    Q_OBJECT
+
+public:
+    explicit NumberField(double stepSize, QWidget* parent = nullptr);
+
+    void showNumber(double newNumber);
+
+    /// Marks what was asked for as refused, in place, with the reason.
+    void refuse(QString const& reason);
+
+signals:
+    void entered(double number);
+    void dragBegan();
+    void dragged(double number);
+    void dragEnded();
+    void dragAbandoned();
+
+protected:
+    bool event(QEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+
+private:
+    void commit();
+    void markRefused(bool isRefused);
+    double scaleStep(Qt::KeyboardModifiers modifiers) const;
+
+    double step;
+    double number = 0.0;
+    std::optional<double> dragStart; ///< the number at the press
+    double dragX = 0.0;
+    bool isDragging = false;
+};
