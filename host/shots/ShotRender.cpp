@@ -304,11 +304,12 @@ private:
         std::unique_ptr<FrameRun> const frame = std::move(found->frame);
         running.erase(found);
         FrameFiles const& files = frame->getFiles();
-        for (FrameMessage const& message : frame->takeMessages()) {
-            tell(message.kind == FrameMessage::Kind::Note ? Kind::Note : Kind::Warning, files,
-                 message.text);
-        }
         if (!failure) {
+            // What a picture lacks is told of a picture that is there.
+            for (FrameMessage const& message : frame->takeMessages()) {
+                tell(message.kind == FrameMessage::Kind::Note ? Kind::Note : Kind::Warning, files,
+                     message.text);
+            }
             ++summary.rendered;
             tell(Kind::Frame, files, {}, 0, frame->getMilliseconds());
         } else if (isCancellation(failure)) {

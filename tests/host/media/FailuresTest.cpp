@@ -5,11 +5,13 @@
 #include <ImfChannelList.h>
 #include <ImfMultiPartOutputFile.h>
 
+#include <atomic>
 #include <csignal>
 #include <cstring>
 #include <random>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <thread>
 
 namespace {
 
@@ -274,6 +276,39 @@ TEST_F(FailuresTest, DamagedHeadersEndInErrorsOrPictures)
             EXPECT_EQ(std::string(error.what()).find('\n'), std::string::npos);
         }
     }
+}
+
+TEST_F(FailuresTest, DamagedFilesOnSeveralThreadsHaveTheirOwnMessages)
+{
+    auto const findFault = [this](std::string const& name) {
+        return messageOf<ImageFileError>([&] { copyImage(file(name), file("out" + name)); });
+    };
+    std::map<std::string, std::string> faults;
+    std::mt19937 random(5);
+    std::string samples(std::size_t{60} * 60 * 3, ' ');
+    std::generate(samples.begin(), samples.end(), [&] { return static_cast<char>(random()); });
+    for (char const* const name : {"a.png", "b.png", "c.jpg", "d.tif", "e.tif", "f.dpx"}) {
+        writeOther(file(name), 60, 3, 8, samples, {{"compression", "lzw"}});
+        std::string bytes = loadBytes(file(name));
+        std::size_t const place = name[0] == 'f' ? 780 : bytes.size() / 2;
+        bytes.replace(place, 40, std::string(40, name[0] == 'b' ? '\0' : '\xff'));
+        saveBytes(file(name), bytes);
+        faults[name] = findFault(name);
+        expectLineWith(name, faults[name]);
+    }
+    std::atomic<int> nbMixedUp = 0;
+    std::vector<std::thread> threads;
+    for (auto const& [name, fault] : faults) {
+        threads.emplace_back([&findFault, &nbMixedUp, &name = name, &fault = fault] {
+            for (int round = 0; round < 20; ++round) {
+                nbMixedUp += findFault(name) != fault ? 1 : 0;
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(nbMixedUp, 0);
 }
 
 TEST_F(FailuresTest, FullDiskIsNoticedAndLeavesTheFormerFile)
