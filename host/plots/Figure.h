@@ -25,6 +25,7 @@ struct FigureLine {
     FigureTone tone;
     std::string label; ///< at its end; empty for none
     std::vector<FigurePoint> points;
+    bool isOnAnother = false; ///< of the same points, which stays visible below
 };
 
 /// A key of a curve with the handles on either side.

@@ -14,6 +14,7 @@
 
 #include <cstddef>
 #include <span>
+#include <utility>
 
 namespace {
 
@@ -67,6 +68,17 @@ void countPixels(PlotRequest const& request, PlotFigure& figure)
     }
 }
 
+/// The panels that are asked for.
+Figure selectPanels(Figure figure, std::set<PlotPanel> const& wanted)
+{
+    std::vector<FigurePanel> panels;
+    for (PlotPanel const panel : wanted) {
+        panels.push_back(std::move(figure.panels[static_cast<std::size_t>(panel)]));
+    }
+    figure.panels = std::move(panels);
+    return figure;
+}
+
 void reportOutside(PictureHistogram const& histogram, Reporter& reporter)
 {
     if (histogram.getNbOutside() > 0) {
@@ -107,11 +119,17 @@ void runPlot(PlotRequest const& request, Reporter& reporter)
     auto const link = session.linkController();
     reportLook(node, {time}, reporter);
     PlotFigure figure(node, *link, time, {makeInputAxis(request), request.results});
-    reportHiddenKeys(figure.getHiddenKeys(), reporter);
+    bool const showsCurves = request.panels.contains(PlotPanel::Curves);
+    if (showsCurves) {
+        reportHiddenKeys(figure.getHiddenKeys(), reporter);
+    }
     if (!request.input.empty()) {
         countPixels(request, figure);
-        reportOutside(figure.getInputHistogram(), reporter);
+        bool const showsCurvesOnly = showsCurves && request.panels.size() == 1;
+        reportOutside(showsCurvesOnly ? figure.getTransferHistogram() : figure.getInputHistogram(),
+                      reporter);
         figure.addHistograms(request.input.filename().string());
     }
-    saveText(request.output, "plot", draw(figure.getFigure(), request.format));
+    saveText(request.output, "plot",
+             draw(selectPanels(figure.getFigure(), request.panels), request.format));
 }

@@ -64,13 +64,14 @@ struct Samples {
             }
             lines.push_back({tones[channel], letters[channel], points});
             for (std::size_t other = 0; other < channel; ++other) {
-                if (!lines[channel].label.empty() && areSame(lines[other].points, points)) {
+                if (!lines[channel].isOnAnother && areSame(lines[other].points, points)) {
                     lines[other].label += std::string(" ") + letters[channel];
                     lines[channel].label.clear();
+                    lines[channel].isOnAnother = true;
                 }
             }
         }
-        if (lines[1].label.empty() && lines[2].label.empty()) {
+        if (lines[1].isOnAnother && lines[2].isOnAnother) {
             return {{FigureTone::Neutral, "", lines.front().points}};
         }
         return lines;

@@ -15,9 +15,9 @@ struct PlotRanges {
     std::optional<GeInterval<float>> results; ///< none: all that there are
 };
 
-/// What a node does to values at a time, as a figure of three panels: the mode's transfer, the
-/// adjustment curves, and both together. Every value that is drawn has been through the tool.
-/// User-interface thread.
+/// What a node does to values at a time, as a figure with the panels of PlotPanel: the mode's
+/// transfer, the adjustment curves, and both together. Every value that is drawn has been through
+/// the tool. User-interface thread.
 class PlotFigure {
 public:
     /// Node and link live longer.
@@ -32,8 +32,9 @@ public:
 
     Figure const& getFigure() const { return figure; }
 
-    /// Of the picture's values, before the tool.
+    /// Of the picture's values, and of what the transfer makes of them.
     PictureHistogram const& getInputHistogram() const { return inputHistogram; }
+    PictureHistogram const& getTransferHistogram() const { return transferHistogram; }
 
     /// Keys that lie beyond the panel of the curves, "x,y" each.
     std::vector<std::string> const& getHiddenKeys() const { return hiddenKeys; }

@@ -5,7 +5,9 @@
 #include "remapcolor/options/CommandOptions.h"
 #include "remapcolor/options/LayerOptions.h"
 #include "remapcolor/options/NumberOptions.h"
+#include "remapcolor/options/OptionText.h"
 #include "runtime/values/NearestNames.h"
+#include "runtime/values/TextParts.h"
 #include "session/Failures.h"
 
 namespace {
@@ -34,6 +36,18 @@ GeInterval<float> parseStops(std::string const& text)
     return stops;
 }
 
+Words<PlotPanel> const panelWords = {
+    {"transfer", PlotPanel::Transfer}, {"curves", PlotPanel::Curves}, {"both", PlotPanel::Both}};
+
+std::set<PlotPanel> parsePanels(std::string const& text)
+{
+    std::set<PlotPanel> panels;
+    for (std::string_view const word : split(text, ',')) {
+        panels.insert(chooseWord("--show", panelWords, std::string(word)));
+    }
+    return panels;
+}
+
 } // namespace
 
 void addPlotOptions(CommandOptions& options, PlotRequest& request)
@@ -54,6 +68,10 @@ void addPlotOptions(CommandOptions& options, PlotRequest& request)
     options.addOption(
         "--results", "LO,HI", "Results to plot (default: all there are)",
         [&request](std::string const& text) { request.results = parseRange("--results", text); });
+    options.addOption(
+        "--show", "PANELS", "transfer, curves, both, or two of them with a comma",
+        [&request](std::string const& text) { request.panels = parsePanels(text); },
+        hintWords(panelWords));
     addNodeOptions(options, request.node);
     addDepthOption(options, request.node);
     addFrameOption(options, "-f,--frame", request.frame);

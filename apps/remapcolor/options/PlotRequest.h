@@ -9,7 +9,11 @@
 
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <string>
+
+/// What a figure may show, from left to right.
+enum class PlotPanel { Transfer, Curves, Both };
 
 /// What "plot" is asked to do.
 struct PlotRequest {
@@ -19,6 +23,7 @@ struct PlotRequest {
     GeInterval<float> range{0.0F, 1.0F};     ///< of the input: values, or stops from 1
     bool hasStops = false;
     std::optional<GeInterval<float>> results; ///< to plot; none: all
+    std::set<PlotPanel> panels{PlotPanel::Transfer, PlotPanel::Curves, PlotPanel::Both};
     NodeRequest node;
     FrameChoice frame;
     ReadOptions read; ///< of the input

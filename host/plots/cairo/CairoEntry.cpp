@@ -7,12 +7,9 @@
 #include <cmath>
 #include <cstddef>
 #include <fontconfig/fontconfig.h>
-#include <memory>
 #include <string_view>
 
 namespace {
-
-using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
 
 constexpr double pngScale = 2.0; // pixels a point
 
@@ -71,11 +68,8 @@ void drawSvg(Figure const& figure, std::string& bytes)
 void drawPng(Figure const& figure, std::string& bytes)
 {
     FigureSize const size = measureFigure(figure);
-    Surface const surface(
-        cairo_image_surface_create(CAIRO_FORMAT_RGB24,
-                                   static_cast<int>(std::lround(pngScale * size.width)),
-                                   static_cast<int>(std::lround(pngScale * size.height))),
-        &cairo_surface_destroy);
+    auto const surface = makeImage(static_cast<int>(std::lround(pngScale * size.width)),
+                                   static_cast<int>(std::lround(pngScale * size.height)));
     draw(figure, surface, pngScale);
     checkStatus(cairo_surface_write_to_png_stream(surface.get(), &append, &bytes));
 }

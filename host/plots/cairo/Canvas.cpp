@@ -6,19 +6,61 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <new>
 #include <numbers>
+#include <span>
 
 namespace {
 
-/// The library counts in 1/256 in 32 bits: places far out would come back on the other side.
-double limit(double coordinate)
+constexpr double farOut = 1e4; // where nobody sees it, and the library can still count
+
+bool isFarOut(FigurePoint const& place)
 {
-    constexpr double farOut = 1e5;
-    return std::clamp(coordinate, -farOut, farOut);
+    return std::abs(place.x) > farOut || std::abs(place.y) > farOut;
+}
+
+/// `place`, or where the way to it from `start`, which is not far out, leaves what can be counted.
+FigurePoint approach(FigurePoint const& start, FigurePoint const& place)
+{
+    double share = 1.0;
+    for (double FigurePoint::*const along : {&FigurePoint::x, &FigurePoint::y}) {
+        double const end = std::clamp(place.*along, -farOut, farOut);
+        if (end != place.*along) {
+            share = std::min(share, (end - start.*along) / (place.*along - start.*along));
+        }
+    }
+    return {start.x + share * (place.x - start.x), start.y + share * (place.y - start.y)};
+}
+
+FigurePoint limit(FigurePoint const& place)
+{
+    return {std::clamp(place.x, -farOut, farOut), std::clamp(place.y, -farOut, farOut)};
+}
+
+/// The places of a line without gaps, those far out brought nearer on its way.
+std::vector<FigurePoint> bringNearer(std::span<FigurePoint const> places)
+{
+    std::vector<FigurePoint> near;
+    for (std::size_t index = 0; index < places.size(); ++index) {
+        bool const isOut = isFarOut(places[index]);
+        bool const wasOut = index > 0 && isFarOut(places[index - 1]);
+        if (wasOut && !isOut) {
+            near.push_back(approach(places[index], places[index - 1]));
+        }
+        near.push_back(!isOut                 ? places[index]
+                       : index > 0 && !wasOut ? approach(places[index - 1], places[index])
+                                              : limit(places[index]));
+    }
+    return near;
 }
 
 } // namespace
+
+Surface makeImage(int width, int height)
+{
+    return {cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height), &cairo_surface_destroy};
+}
 
 Canvas::Canvas(cairo_surface_t* surface) : context(cairo_create(surface))
 {
@@ -82,17 +124,22 @@ void Canvas::frame(Box const& box, Ink const& ink, double width)
 }
 
 void Canvas::line(std::vector<FigurePoint> const& places, Ink const& ink, double width,
-                  std::vector<double> const& dashes)
+                  Dashes const& dashes)
 {
     choose(ink);
     cairo_set_line_width(context, width);
-    cairo_set_dash(context, dashes.data(), static_cast<int>(dashes.size()), 0.0);
-    for (FigurePoint const& place : places) {
-        if (std::isfinite(place.x) && std::isfinite(place.y)) {
-            cairo_line_to(context, limit(place.x), limit(place.y));
-        } else {
-            cairo_new_sub_path(context);
+    cairo_set_dash(context, dashes.lengths.data(), static_cast<int>(dashes.lengths.size()),
+                   dashes.start);
+    auto const isFinite = [](FigurePoint const& place) {
+        return std::isfinite(place.x) && std::isfinite(place.y);
+    };
+    for (auto start = places.begin(); start != places.end();) {
+        auto const end = std::find_if_not(start, places.end(), isFinite);
+        cairo_new_sub_path(context);
+        for (FigurePoint const& place : bringNearer({start, end})) {
+            cairo_line_to(context, place.x, place.y);
         }
+        start = std::find_if(end, places.end(), isFinite);
     }
     cairo_stroke(context);
     cairo_set_dash(context, nullptr, 0, 0.0);
@@ -111,7 +158,7 @@ void Canvas::circle(FigurePoint const& centre, double radius, Ink const& inside,
 {
     constexpr double outlineWidth = 1.2;
     cairo_new_sub_path(context);
-    cairo_arc(context, limit(centre.x), limit(centre.y), radius, 0.0, 2.0 * std::numbers::pi);
+    cairo_arc(context, centre.x, centre.y, radius, 0.0, 2.0 * std::numbers::pi);
     choose(inside);
     cairo_fill_preserve(context);
     choose(outline);

@@ -3,6 +3,7 @@
 #include "plots/Figure.h"
 
 #include <cairo.h>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -30,8 +31,19 @@ struct Font {
     bool isBold = false;
 };
 
+/// Of a line.
+struct Dashes {
+    std::vector<double> lengths{}; ///< of ink and gap in turn; none for a line without gaps
+    double start = 0.0;            ///< how far into them the line begins
+};
+
 /// Where a text's place lies in it: 0 at its left, 0.5 in its middle, 1 at its right.
 enum class Align { Left, Middle, Right };
+
+using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
+
+/// An opaque picture; in a state of failure where there is no memory for it.
+Surface makeImage(int width, int height);
 
 /// What is drawn on, in points. Whatever the library finds wrong stays in its state until
 /// `check`.
@@ -54,10 +66,9 @@ public:
     void fill(Box const& box, Ink const& ink);
     void frame(Box const& box, Ink const& ink, double width);
 
-    /// Breaks where a place is not finite. `dashes` are lengths of ink and gap in turn, none for a
-    /// line without gaps.
+    /// Breaks where a place is not finite.
     void line(std::vector<FigurePoint> const& places, Ink const& ink, double width,
-              std::vector<double> const& dashes = {});
+              Dashes const& dashes = {});
     void fillShape(std::vector<FigurePoint> const& places, Ink const& ink);
     void circle(FigurePoint const& centre, double radius, Ink const& inside, Ink const& outline);
 

@@ -20,7 +20,8 @@ constexpr double rightOfPanel = 26.0;
 constexpr double aboveTitle = 36.0;
 constexpr double aboveSubtitle = 56.0;
 constexpr double abovePanels = 94.0;
-constexpr double belowPanels = 92.0; // ticks, label and legend
+constexpr double aboveLegend = 68.0; // ticks and label
+constexpr double belowLegend = 24.0;
 
 constexpr Font titleFont{17.0, true};
 constexpr Font subtitleFont{12.0};
@@ -29,6 +30,7 @@ constexpr Font legendFont{11.5};
 constexpr double sampleWidth = 28.0; // of a line in the legend
 constexpr double sampleGap = 7.0;
 constexpr double entryGap = 26.0;
+constexpr double rowHeight = 20.0;
 
 /// A sample, drawn with its left end at a place, and what it stands for.
 struct LegendEntry {
@@ -92,21 +94,28 @@ public:
         }
     }
 
-    void draw(double y, double width) const
+    /// Draws rows within a figure of that width, the first on the line `y`; gives the last one's
+    /// line.
+    double draw(double y, double width) const
     {
         double x = margin + leftOfPanel;
+        double const textWidth = width - margin - x - sampleWidth - sampleGap;
         for (LegendEntry const& entry : entries) {
-            double const textX = x + sampleWidth + sampleGap;
+            std::string const text = canvas.cut(entry.text, legendFont, textWidth);
+            double const entryWidth = sampleWidth + sampleGap + canvas.measure(text, legendFont);
+            if (x + entryWidth > width - margin) {
+                x = margin + leftOfPanel;
+                y += rowHeight;
+            }
             entry.drawSample({x, y - 4.0});
-            std::string const text = canvas.cut(entry.text, legendFont, width - margin - textX);
-            canvas.text({textX, y}, text, legendFont, textInk, Align::Left);
-            x = textX + canvas.measure(text, legendFont) + entryGap;
+            canvas.text({x + sampleWidth + sampleGap, y}, text, legendFont, textInk, Align::Left);
+            x += entryWidth + entryGap;
         }
+        return y;
     }
 
 private:
-    void addLine(Ink const& ink, double width, std::vector<double> const& dashes,
-                 std::string const& text)
+    void addLine(Ink const& ink, double width, Dashes const& dashes, std::string const& text)
     {
         entries.push_back(
             {[=, this](FigurePoint const& place) {
@@ -155,8 +164,11 @@ private:
 FigureSize measureFigure(Figure const& figure)
 {
     double const pitch = leftOfPanel + panelWidth + rightOfPanel;
-    return {2.0 * margin + pitch * static_cast<double>(figure.panels.size()),
-            abovePanels + panelHeight + belowPanels};
+    double const width = 2.0 * margin + pitch * static_cast<double>(figure.panels.size());
+    auto const surface = makeImage(1, 1); // texts are measured on it
+    Canvas canvas(surface.get());
+    return {width, Legend(canvas, figure).draw(abovePanels + panelHeight + aboveLegend, width) +
+                       belowLegend};
 }
 
 void drawOn(Canvas& canvas, Figure const& figure)
@@ -173,5 +185,5 @@ void drawOn(Canvas& canvas, Figure const& figure)
         drawPanel(canvas, panel, {x, abovePanels, panelWidth, panelHeight});
         x += leftOfPanel + panelWidth + rightOfPanel;
     }
-    Legend(canvas, figure).draw(abovePanels + panelHeight + 68.0, size.width);
+    Legend(canvas, figure).draw(abovePanels + panelHeight + aboveLegend, size.width);
 }

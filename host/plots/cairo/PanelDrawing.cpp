@@ -20,6 +20,8 @@ constexpr Font remarkFont{11.0};
 constexpr Font tickFont{11.0};
 constexpr Font labelFont{11.5};
 constexpr Font endFont{12.0, true};
+constexpr double greenDash = 7.0;
+constexpr double greenGap = 5.0;
 constexpr double lineHeight = 14.0; // of labels at the ends of lines
 
 /// From a panel's coordinates to the canvas.
@@ -112,6 +114,15 @@ bool isWithin(Box const& box, FigurePoint const& place)
     constexpr double slack = 0.01;
     return place.x >= box.x - slack && place.x <= box.getRight() + slack &&
            place.y >= box.y - slack && place.y <= box.getBottom() + slack;
+}
+
+/// Blue dots on a green line lie in its gaps.
+Dashes chooseDashes(FigureLine const& line)
+{
+    if (line.isOnAnother && line.tone == FigureTone::Blue) {
+        return {{0.0, greenDash + greenGap}, 0.5 * greenGap};
+    }
+    return PanelStyle::chooseDashes(line.tone);
 }
 
 /// Those on the frame are seen whole.
@@ -208,11 +219,11 @@ Ink PanelStyle::chooseHistogramInk(FigureTone tone)
     return ink;
 }
 
-std::vector<double> PanelStyle::chooseDashes(FigureTone tone)
+Dashes PanelStyle::chooseDashes(FigureTone tone)
 {
     switch (tone) {
-    case FigureTone::Green: return {7.0, 5.0};
-    case FigureTone::Blue: return {0.0, 4.4}; // dots, by the round ends of lines
+    case FigureTone::Green: return {{greenDash, greenGap}};
+    case FigureTone::Blue: return {{0.0, 4.4}}; // dots, by the round ends of lines
     case FigureTone::Red:
     case FigureTone::Neutral: break;
     }
@@ -224,9 +235,9 @@ double PanelStyle::chooseWidth(FigureTone tone)
     return tone == FigureTone::Blue ? 2.5 : 1.8; // dots look thinner
 }
 
-std::vector<double> PanelStyle::getReferenceDashes()
+Dashes PanelStyle::getReferenceDashes()
 {
-    return {2.5, 3.5};
+    return {{2.5, 3.5}};
 }
 
 void PanelStyle::drawKey(Canvas& canvas, FigurePoint const& place, FigureTone tone)
@@ -258,7 +269,7 @@ void drawPanel(Canvas& canvas, FigurePanel const& panel, Box const& box)
                 getReferenceDashes());
     for (FigureLine const& line : panel.lines) {
         canvas.line(placement.place(line.points), chooseInk(line.tone), chooseWidth(line.tone),
-                    chooseDashes(line.tone));
+                    chooseDashes(line));
     }
     canvas.unclip();
     drawKeys(canvas, panel, box);

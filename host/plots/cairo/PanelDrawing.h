@@ -15,9 +15,9 @@ inline constexpr double handleRadius = 2.3;
 inline constexpr double markRadius = 4.6;
 
 Ink chooseInk(FigureTone tone);
-std::vector<double> chooseDashes(FigureTone tone);
+Dashes chooseDashes(FigureTone tone);
 double chooseWidth(FigureTone tone);
-std::vector<double> getReferenceDashes();
+Dashes getReferenceDashes();
 
 void drawKey(Canvas& canvas, FigurePoint const& place, FigureTone tone);
 void drawHandle(Canvas& canvas, FigurePoint const& place, FigureTone tone);

@@ -119,6 +119,9 @@ TEST_F(PlotTest, WritesTheSameFigureEachTimeOrOneLine)
           Case{{"plot", "-o", "a.png", "--stops", "-8,6"}, 0, ""},
           Case{{"plot", "in.exr", "-o", "a.png", "-q"}, 0, ""},
           Case{{"plot", "in.exr", "-o", "a.svg"}, 0, "the histogram lacks"},
+          Case{{"plot", "in.exr", "-o", "a.png", "--show", "curves", "--mode", "EXRDisplay"},
+               0,
+               "the histogram lacks"},
           Case{{"plot", "-o", "a.svg", "-s", "Mix=0@1,1@5", "-f", "3"}, 0, ""},
           Case{{"plot", "-o", "a.svg", "-s", "Mix=0@1,1@5"}, 2, "add --frame NUMBER"},
           Case{{"plot", "x.0012.exr", "-o", "a.svg", "-s", "Mix=0@1,1@5"}, 2, "add --frame 12"},
@@ -129,6 +132,7 @@ TEST_F(PlotTest, WritesTheSameFigureEachTimeOrOneLine)
           Case{{"plot", "-o", "a.svg", "--stops", "-8,200"}, 2, "from -120 to 120"},
           Case{{"plot", "-o", "a.svg", "--results", "all"}, 2, "--results takes two numbers"},
           Case{{"plot", "-o", "a.svg", "--layer", "x"}, 2, "need a picture"},
+          Case{{"plot", "-o", "a.svg", "--show", "both,all"}, 2, "transfer, curves or both, not"},
           Case{{"plot", "alpha.exr", "-o", "a.svg"}, 2, "there is no colour in \"alpha.exr\""},
           Case{{"plot", "gone.exr", "-o", "a.svg"}, 1, "there is no such file"}}) {
         ProgramResult const result = Program(folder, words).wait();

@@ -54,15 +54,22 @@ bool isFrame(float red, float green)
 TEST(FigureFile, LinesStandWhereTheirValuesAreOnTheAxes)
 {
     TestFolder const folder;
-    for (double const y : {0.25, 0.5, 0.9}) {
-        Figure const figure = makeFigure({{0.0, y}, {0.6, y}, {0.7, nan}, {0.9, y}, {1.0, y}});
-        auto const frame = findRows(folder.path, figure, isFrame);
-        auto const line = findRows(folder.path, figure, isRed);
-        ASSERT_FALSE(frame.empty() || line.empty());
+    struct Case {
+        double y;
+        std::vector<FigurePoint> points;
+    };
+    std::vector<Case> const cases = {
+        {0.5, {{0.0, 0.5}, {0.6, 0.5}, {0.7, nan}, {0.9, 0.5}, {1.0, 0.5}}},
+        {0.9, {{-far, 0.9}, {far, 0.9}}},
+        {0.25, {{0.0, 0.25}, {1e6, 0.25 + 1e3}}}}; // nearly level
+    for (auto const& [y, points] : cases) {
+        auto const frame = findRows(folder.path, makeFigure(points), isFrame);
+        auto const line = findRows(folder.path, makeFigure(points), isRed);
+        ASSERT_FALSE(frame.empty() || line.empty()) << y;
         auto const bottom = static_cast<double>(frame.back());
         auto const height = bottom - static_cast<double>(frame.front());
         double const middle = 0.5 * static_cast<double>(line.front() + line.back());
-        EXPECT_NEAR((bottom - middle) / height, y, 0.006) << y; // two pixels
+        EXPECT_NEAR((bottom - middle) / height, y, 0.006); // two pixels
     }
 }
 
