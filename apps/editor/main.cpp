@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -30,6 +31,21 @@ public:
     }
 };
 
+/// The toolkit ends the process where it finds no display; it is told in one sentence.
+void tellToolkitMessage(QtMsgType type, QMessageLogContext const&, QString const& text)
+{
+    if (type == QtFatalMsg) {
+        std::fputs("remapcolor-editor: no window can be opened; is there a display (DISPLAY)?\n",
+                   stderr);
+        std::_Exit(static_cast<int>(ExitStatus::Surroundings));
+    }
+    bool const isNote = type == QtDebugMsg || type == QtInfoMsg || text.contains("XDG_RUNTIME_DIR");
+    if (!isNote && !text.startsWith("could not connect to display") &&
+        !text.startsWith("Could not load the Qt platform plugin")) {
+        std::fprintf(stderr, "remapcolor-editor: %s\n", text.toUtf8().constData());
+    }
+}
+
 void openFile(EditorWindow& window, QString const& file)
 {
     if (file.endsWith(".json", Qt::CaseInsensitive)) {
@@ -43,6 +59,7 @@ void openFile(EditorWindow& window, QString const& file)
 
 int main(int nbArguments, char** arguments)
 {
+    qInstallMessageHandler(&tellToolkitMessage);
     Application application(nbArguments, arguments);
     QApplication::setApplicationName("remapcolor-editor");
     QApplication::setApplicationVersion(REMAPCOLOR_VERSION);

@@ -11,6 +11,7 @@
 #include <QMenu>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <numeric>
 
 namespace {
 
@@ -23,6 +24,13 @@ QToolButton* makeButton(QString const& text, QString const& help, QWidget* paren
     button->setToolTip(help);
     button->setAccessibleName(help);
     return button;
+}
+
+CurveEditing::Selection listKeys(CurvePoints const& points)
+{
+    CurveEditing::Selection keys(CurveEditing::countKeys(points));
+    std::iota(keys.begin(), keys.end(), std::size_t{0});
+    return keys;
 }
 
 } // namespace
@@ -66,6 +74,12 @@ QWidget* CurvePanel::makeChannelBar()
                 [this, channel = choice.channel] { curves->setChannel(channel); });
     }
     layout->addStretch(1);
+    QToolButton* const stops = makeButton(tr("Stops"), tr("The x axis in stops"), bar);
+    stops->setCheckable(true);
+    connect(stops, &QToolButton::toggled, this, [this](bool isOn) {
+        curves->setAxis(isOn ? CurveWidget::Axis::Stops : CurveWidget::Axis::Linear);
+    });
+    layout->addWidget(stops);
     QToolButton* const fit = makeButton(tr("Fit"), tr("Fit the curve (F)"), bar);
     connect(fit, &QToolButton::clicked, this, [this] { curves->fitCurve(); });
     layout->addWidget(fit);
@@ -74,8 +88,25 @@ QWidget* CurvePanel::makeChannelBar()
     auto* const menu = new QMenu(more);
     addMenuAction(*menu, tr("Copy"), [this] { copy(); });
     addMenuAction(*menu, tr("Paste"), [this] { paste(); });
+    addMenuAction(*menu, tr("Paste to all"), [this] {
+        int const before = curves->getChannel();
+        curves->setChannel(CurveWidget::allChannels);
+        paste();
+        curves->setChannel(before);
+    });
+    menu->addSeparator();
+    addMenuAction(*menu, tr("Straight"), [this] {
+        curves->apply("Straighten curve",
+                      CurveEditing::setHandles(curves->getPoints(), listKeys(curves->getPoints()),
+                                               CurveEditing::Handles::Straight));
+    });
     addMenuAction(*menu, tr("Flip"),
                   [this] { curves->apply("Flip curve", CurveEditing::flip(curves->getPoints())); });
+    addMenuAction(*menu, tr("Swap red and green"), [this] { swapCurves(0, 1); });
+    addMenuAction(*menu, tr("Swap green and blue"), [this] { swapCurves(1, 2); });
+    addMenuAction(*menu, tr("Swap red and blue"), [this] { swapCurves(0, 2); });
+    menu->addSeparator();
+    addMenuAction(*menu, tr("Reset"), [this] { reset(); });
     addMenuAction(*menu, tr("Reset all"), [this] { document.getLink().resetCurves(); });
     more->setMenu(menu);
     more->setPopupMode(QToolButton::InstantPopup);
@@ -117,7 +148,7 @@ QWidget* CurvePanel::makeKeyBar()
     layout->addWidget(handles);
     QToolButton* const remove =
         makeButton(QString::fromUtf8("×"), tr("Remove the key (Delete)"), bar);
-    connect(remove, &QToolButton::clicked, this, [this] { curves->removeSelectedKey(); });
+    connect(remove, &QToolButton::clicked, this, [this] { curves->removeSelectedKeys(); });
     layout->addWidget(remove);
     return bar;
 }
@@ -138,6 +169,25 @@ void CurvePanel::paste()
     }
 }
 
+void CurvePanel::swapCurves(int one, int other)
+{
+    std::array<CurvePoints, 3> points = {document.getCurve(0), document.getCurve(1),
+                                         document.getCurve(2)};
+    std::swap(points[static_cast<std::size_t>(one)], points[static_cast<std::size_t>(other)]);
+    document.setCurves("Swap curves", points);
+}
+
+void CurvePanel::reset()
+{
+    if (curves->getChannel() == CurveWidget::allChannels) {
+        document.getLink().resetCurves();
+        return;
+    }
+    document.beginDrag("Reset curve");
+    document.getLink().resetCurve(curves->getChannel());
+    document.endDrag();
+}
+
 void CurvePanel::placeKey(NumberField const* changedField, double number)
 {
     auto place = curves->getSelectedPlace();
@@ -153,7 +203,8 @@ void CurvePanel::showSelection()
     auto const place = curves->getSelectedPlace();
     for (QWidget* const widget : {static_cast<QWidget*>(keyX), static_cast<QWidget*>(keyY),
                                   static_cast<QWidget*>(handles)}) {
-        widget->setEnabled(place.has_value());
+        widget->setEnabled(place.has_value() ||
+                           (widget == handles && !curves->getSelection().empty()));
     }
     if (place.has_value()) {
         keyX->showNumber(place->x);

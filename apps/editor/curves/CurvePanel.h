@@ -27,6 +27,8 @@ private:
     void addMenuAction(QWidget& menu, QString const& text, std::function<void()> action);
     void copy();
     void paste();
+    void swapCurves(int one, int other);
+    void reset();
     void placeKey(NumberField const* changedField, double number);
     void showSelection();
 

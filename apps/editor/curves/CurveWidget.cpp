@@ -26,6 +26,10 @@ constexpr double wheelUnitsPerNotch = 120.0;
 constexpr double leastRange = 1e-4;
 constexpr double greatestRange = 1e5;
 constexpr float nudgeStep = 0.005F;
+constexpr double firstStop = -8.0;
+constexpr double lastStop = 6.0;
+constexpr double farStop = 100.0; // beyond every view, and a float still
+constexpr int nbTransferParts = 32;
 
 /// Distinct without colour.
 constexpr Qt::PenStyle styles[] = {Qt::SolidLine, Qt::DashLine, Qt::DotLine};
@@ -59,32 +63,50 @@ void CurveWidget::setChannel(int newChannel)
     update();
 }
 
+void CurveWidget::setAxis(Axis newAxis)
+{
+    axis = newAxis;
+    fitCurve();
+}
+
+std::optional<std::size_t> CurveWidget::getSelectedKey() const
+{
+    return selection.size() == 1 ? std::optional(selection.front()) : std::nullopt;
+}
+
+bool CurveWidget::isSelected(std::size_t key) const
+{
+    return std::find(selection.begin(), selection.end(), key) != selection.end();
+}
+
 std::optional<GePoint2<float>> CurveWidget::getSelectedPlace() const
 {
-    return selected.has_value() ? std::optional(CurveEditing::getKey(getPoints(), *selected))
-                                : std::nullopt;
+    auto const key = getSelectedKey();
+    return key.has_value() ? std::optional(CurveEditing::getKey(getPoints(), *key)) : std::nullopt;
 }
 
 void CurveWidget::placeSelectedKey(GePoint2<float> const& place)
 {
-    if (selected.has_value()) {
-        apply("Place key", CurveEditing::placeKey(getPoints(), *selected, place));
+    auto const key = getSelectedKey();
+    if (key.has_value()) {
+        apply("Place key", CurveEditing::placeKey(getPoints(), *key, place));
     }
 }
 
 void CurveWidget::setSelectedHandles(Handles handles)
 {
-    if (selected.has_value()) {
-        apply("Change handles", CurveEditing::setHandles(getPoints(), {*selected}, handles));
+    if (!selection.empty()) {
+        apply("Change handles", CurveEditing::setHandles(getPoints(), selection, handles));
     }
 }
 
-void CurveWidget::removeSelectedKey()
+void CurveWidget::removeSelectedKeys()
 {
-    if (selected.has_value()) {
-        std::size_t const key = *selected;
+    if (!selection.empty()) {
+        CurveEditing::Selection const keys = selection;
         select({});
-        apply("Remove key", CurveEditing::removeKeys(getPoints(), {key}));
+        apply(keys.size() == 1 ? "Remove key" : "Remove keys",
+              CurveEditing::removeKeys(getPoints(), keys));
     }
 }
 
@@ -108,10 +130,15 @@ void CurveWidget::fitCurve()
 {
     CurvePoints const points = getPoints();
     QRectF bounds(0.0, 0.0, 1.0, 1.0);
+    if (axis == Axis::Stops) {
+        bounds.setLeft(firstStop);
+        bounds.setRight(lastStop);
+    }
     for (std::size_t key = 0; key < CurveEditing::countKeys(points); ++key) {
         GePoint2<float> const place = CurveEditing::getKey(points, key);
-        bounds.setLeft(std::min<double>(bounds.left(), place.x));
-        bounds.setRight(std::max<double>(bounds.right(), place.x));
+        bool const isOnAxis = axis == Axis::Linear || place.x > 0.0F;
+        bounds.setLeft(isOnAxis ? std::min(bounds.left(), toAxis(place.x)) : bounds.left());
+        bounds.setRight(isOnAxis ? std::max(bounds.right(), toAxis(place.x)) : bounds.right());
         bounds.setTop(std::min<double>(bounds.top(), place.y));
         bounds.setBottom(std::max<double>(bounds.bottom(), place.y));
     }
@@ -121,15 +148,28 @@ void CurveWidget::fitCurve()
     update();
 }
 
+double CurveWidget::toAxis(double x) const
+{
+    if (axis == Axis::Linear) {
+        return x;
+    }
+    return x > 0.0 ? std::log2(x) : -farStop;
+}
+
+double CurveWidget::fromAxis(double place) const
+{
+    return axis == Axis::Linear ? place : std::exp2(std::clamp(place, -farStop, farStop));
+}
+
 QPointF CurveWidget::toWidget(GePoint2<float> const& place) const
 {
-    return {(place.x - range.left()) / range.width() * width(),
+    return {(toAxis(place.x) - range.left()) / range.width() * width(),
             height() - (place.y - range.top()) / range.height() * height()};
 }
 
 GePoint2<float> CurveWidget::toCurve(QPointF const& place) const
 {
-    return {static_cast<float>(range.left() + place.x() / width() * range.width()),
+    return {static_cast<float>(fromAxis(range.left() + place.x() / width() * range.width())),
             static_cast<float>(range.top() + (height() - place.y()) / height() * range.height())};
 }
 
@@ -156,6 +196,11 @@ void CurveWidget::paintEvent(QPaintEvent*)
     }
     drawCurve(painter, getFirstChannel());
     drawKeys(painter);
+    if (rubber.has_value()) {
+        painter.setPen(QPen(Theme::accent, 1.0, Qt::DotLine));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(rubber->normalized());
+    }
 }
 
 void CurveWidget::drawGrid(QPainter& painter) const
@@ -163,20 +208,22 @@ void CurveWidget::drawGrid(QPainter& painter) const
     QFont small = font();
     small.setPointSizeF(small.pointSizeF() * 0.85);
     painter.setFont(small);
-    FigureAxis axis;
-    axis.low = range.left();
-    axis.high = range.right();
-    for (PlotTick const& tick : makeTicks(axis)) {
-        double const x = toWidget({static_cast<float>(tick.place), 0.0F}).x();
+    FigureAxis ticks;
+    ticks.low = range.left();
+    ticks.high = range.right();
+    ticks.unit = axis == Axis::Stops ? FigureAxis::Unit::Stop : FigureAxis::Unit::Value;
+    for (PlotTick const& tick : makeTicks(ticks)) {
+        double const x = (tick.place - range.left()) / range.width() * width();
         painter.setPen(Theme::grid);
         painter.drawLine(QPointF(x, 0), QPointF(x, height()));
         painter.setPen(Theme::dimText);
         painter.drawText(QPointF(x + 3, height() - 4), QString::fromStdString(tick.label));
     }
-    axis.low = range.top();
-    axis.high = range.bottom();
-    for (PlotTick const& tick : makeTicks(axis)) {
-        double const y = toWidget({0.0F, static_cast<float>(tick.place)}).y();
+    ticks.low = range.top();
+    ticks.high = range.bottom();
+    ticks.unit = FigureAxis::Unit::Value;
+    for (PlotTick const& tick : makeTicks(ticks)) {
+        double const y = toWidget({1.0F, static_cast<float>(tick.place)}).y();
         painter.setPen(Theme::grid);
         painter.drawLine(QPointF(0, y), QPointF(width(), y));
         painter.setPen(Theme::dimText);
@@ -195,18 +242,24 @@ void CurveWidget::drawTransfer(QPainter& painter) const
         params[static_cast<std::size_t>(param)] = static_cast<float>(
             document.getNumber(link.getParamInputName(mode, param, getFirstChannel())));
     }
-    auto const low = static_cast<float>(range.left());
-    auto const high = static_cast<float>(range.right());
-    int const samples = std::max(width(), 2);
-    float const step = (high - low) / static_cast<float>(samples);
-    if (!(low + step > low && high + step > high)) {
-        return; // so near that floats cannot tell the places apart
-    }
-    ControllerLink::Points const points = link.computeCurve(mode, params, {low, high}, samples);
+    // In parts, because samples are evenly spread over values and not over stops.
     QPolygonF line;
-    for (GePoint2<float> const& point : points) {
-        if (std::isfinite(point.y)) {
-            line.append(toWidget(point));
+    int const samples = std::max(width() / nbTransferParts, 2);
+    for (int part = 0; part < nbTransferParts; ++part) {
+        auto const edge = [&](int index) {
+            return static_cast<float>(
+                fromAxis(range.left() + range.width() * index / nbTransferParts));
+        };
+        float const low = edge(part);
+        float const high = edge(part + 1);
+        float const step = (high - low) / static_cast<float>(samples);
+        if (!(low + step > low && high + step > high)) {
+            continue; // so near that floats cannot tell the places apart
+        }
+        for (GePoint2<float> const& point : link.computeCurve(mode, params, {low, high}, samples)) {
+            if (std::isfinite(point.y)) {
+                line.append(toWidget(point));
+            }
         }
     }
     painter.setPen(QPen(Theme::dimText, 1.2, Qt::DashDotLine));
@@ -235,21 +288,21 @@ void CurveWidget::drawCurve(QPainter& painter, int curve) const
 void CurveWidget::drawKeys(QPainter& painter) const
 {
     CurvePoints const points = getPoints();
-    if (selected.has_value()) {
-        QPointF const key = toWidget(CurveEditing::getKey(points, *selected));
+    auto const single = getSelectedKey();
+    if (single.has_value()) {
+        QPointF const key = toWidget(CurveEditing::getKey(points, *single));
         painter.setPen(QPen(Theme::text, 1.0));
         painter.setBrush(Theme::field);
         for (Side const side : {Side::Incoming, Side::Outgoing}) {
-            QPointF const handle =
-                toWidget(CurveEditing::getCountingHandle(points, *selected, side));
+            QPointF const handle = toWidget(CurveEditing::getCountingHandle(points, *single, side));
             painter.drawLine(key, handle);
             painter.drawEllipse(handle, handleRadius, handleRadius);
         }
     }
     for (std::size_t key = 0; key < CurveEditing::countKeys(points); ++key) {
-        bool const isSelected = selected == key;
-        painter.setPen(QPen(isSelected ? Theme::accent : Theme::text, 1.4));
-        painter.setBrush(isSelected ? Theme::accent : Theme::field);
+        bool const isChosen = isSelected(key);
+        painter.setPen(QPen(isChosen ? Theme::accent : Theme::text, 1.4));
+        painter.setBrush(isChosen ? Theme::accent : Theme::field);
         QPointF const place = toWidget(CurveEditing::getKey(points, key));
         painter.drawRect(
             QRectF(place.x() - keyRadius, place.y() - keyRadius, 2 * keyRadius, 2 * keyRadius));
@@ -265,12 +318,12 @@ std::optional<CurveWidget::Grip> CurveWidget::findGrip(QPointF const& place) con
             return Grip{key, {}};
         }
     }
-    if (selected.has_value()) {
+    auto const single = getSelectedKey();
+    if (single.has_value()) {
         for (Side const side : {Side::Incoming, Side::Outgoing}) {
-            QPointF const handle =
-                toWidget(CurveEditing::getCountingHandle(points, *selected, side));
+            QPointF const handle = toWidget(CurveEditing::getCountingHandle(points, *single, side));
             if (measure(handle, place) <= gripReach) {
-                return Grip{*selected, side};
+                return Grip{*single, side};
             }
         }
     }
@@ -300,8 +353,15 @@ void CurveWidget::mousePressEvent(QMouseEvent* event)
         return;
     }
     gripped = findGrip(pressed);
-    if (!gripped.has_value() && !isOnCurve(pressed)) {
+    bool const isToggle = event->modifiers() & Qt::ControlModifier;
+    if (isToggle && gripped.has_value() && !gripped->handle.has_value()) {
+        toggle(gripped->key);
+        gripped.reset();
+        return;
+    }
+    if (!gripped.has_value() && (isToggle || !isOnCurve(pressed))) {
         select({});
+        rubber = QRectF(pressed, pressed);
         return;
     }
     document.beginDrag(
@@ -311,8 +371,11 @@ void CurveWidget::mousePressEvent(QMouseEvent* event)
             CurveEditing::insertKey(getPoints(), toCurve(pressed).x);
         apply("Add key", added.points);
         gripped = Grip{added.key, {}};
+        select({added.key});
     }
-    select(gripped->key);
+    if (!isSelected(gripped->key)) {
+        select({gripped->key});
+    }
     pointsAtPress = getPoints();
 }
 
@@ -324,6 +387,9 @@ void CurveWidget::mouseMoveEvent(QMouseEvent* event)
                         moved.y() / height() * range.height());
         pressed = event->position();
         update();
+    } else if (rubber.has_value()) {
+        rubber->setBottomRight(event->position());
+        selectWithin(rubber->normalized());
     } else if (gripped.has_value()) {
         moveGrip(event->position(), event->modifiers());
     }
@@ -349,15 +415,17 @@ void CurveWidget::moveGrip(QPointF const& place, Qt::KeyboardModifiers modifiers
                                                       {handle.x + moved.x, handle.y + moved.y},
                                                       isAlone ? Handles::Broken : kept));
     } else {
-        apply("Move key", CurveEditing::moveKeys(pointsAtPress, {gripped->key}, moved.x, moved.y));
+        apply("Move key", CurveEditing::moveKeys(pointsAtPress, selection, moved.x, moved.y));
     }
 }
 
 void CurveWidget::mouseReleaseEvent(QMouseEvent*)
 {
     gripped.reset();
+    rubber.reset();
     isPanning = false;
     document.endDrag();
+    update();
 }
 
 void CurveWidget::wheelEvent(QWheelEvent* event)
@@ -366,8 +434,9 @@ void CurveWidget::wheelEvent(QWheelEvent* event)
     GePoint2<float> const about = toCurve(event->position());
     double const newWidth = std::clamp(range.width() * factor, leastRange, greatestRange);
     double const newHeight = std::clamp(range.height() * factor, leastRange, greatestRange);
+    double const x = toAxis(about.x);
     range =
-        QRectF(about.x - (about.x - range.left()) * newWidth / range.width(),
+        QRectF(x - (x - range.left()) * newWidth / range.width(),
                about.y - (about.y - range.top()) * newHeight / range.height(), newWidth, newHeight);
     update();
     event->accept();
@@ -377,7 +446,7 @@ void CurveWidget::keyPressEvent(QKeyEvent* event)
 {
     switch (event->key()) {
     case Qt::Key_Delete:
-    case Qt::Key_Backspace: removeSelectedKey(); break;
+    case Qt::Key_Backspace: removeSelectedKeys(); break;
     case Qt::Key_Left: nudge(-nudgeStep, 0.0F, event->modifiers()); break;
     case Qt::Key_Right: nudge(nudgeStep, 0.0F, event->modifiers()); break;
     case Qt::Key_Up: nudge(0.0F, nudgeStep, event->modifiers()); break;
@@ -396,24 +465,47 @@ void CurveWidget::keyPressEvent(QKeyEvent* event)
 
 void CurveWidget::nudge(float dx, float dy, Qt::KeyboardModifiers modifiers)
 {
-    if (selected.has_value()) {
+    if (!selection.empty()) {
         float const factor = findNudgeFactor(modifiers);
         apply("Nudge key",
-              CurveEditing::moveKeys(getPoints(), {*selected}, dx * factor, dy * factor));
+              CurveEditing::moveKeys(getPoints(), selection, dx * factor, dy * factor));
     }
 }
 
-void CurveWidget::select(std::optional<std::size_t> key)
+void CurveWidget::select(CurveEditing::Selection const& keys)
 {
-    selected = key;
+    selection = keys;
     update();
     emit selectionChanged();
 }
 
+void CurveWidget::toggle(std::size_t key)
+{
+    CurveEditing::Selection keys = selection;
+    if (isSelected(key)) {
+        keys.erase(std::find(keys.begin(), keys.end(), key));
+    } else {
+        keys.insert(std::upper_bound(keys.begin(), keys.end(), key), key);
+    }
+    select(keys);
+}
+
+void CurveWidget::selectWithin(QRectF const& bounds)
+{
+    CurvePoints const points = getPoints();
+    CurveEditing::Selection keys;
+    for (std::size_t key = 0; key < CurveEditing::countKeys(points); ++key) {
+        if (bounds.contains(toWidget(CurveEditing::getKey(points, key)))) {
+            keys.push_back(key);
+        }
+    }
+    select(keys);
+}
+
 void CurveWidget::refresh()
 {
-    if (selected.has_value() && *selected >= CurveEditing::countKeys(getPoints())) {
-        selected.reset();
+    if (!selection.empty() && selection.back() >= CurveEditing::countKeys(getPoints())) {
+        selection.clear();
     }
     update();
     emit selectionChanged();

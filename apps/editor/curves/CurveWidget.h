@@ -10,8 +10,9 @@
 
 /// The node's three adjustment curves over the mode's transfer. A click on a curve adds a key and
 /// leaves the shape as it is; keys and handles are dragged (Shift: along one axis; Alt: that handle
-/// alone), Delete removes the selected key, arrows nudge it. Wheel zooms, the middle button pans,
-/// F fits. What is drawn comes from the tool's own sampling.
+/// alone), Delete removes the selected keys, arrows nudge them. A drag from an empty place selects
+/// the keys within, Ctrl and a click one more or less. Wheel zooms, the middle button pans, F fits.
+/// What is drawn comes from the tool's own sampling.
 class CurveWidget : public QWidget {
     Q_OBJECT
 
@@ -25,11 +26,18 @@ public:
     void setChannel(int newChannel);
     int getChannel() const { return channel; }
 
-    std::optional<std::size_t> getSelectedKey() const { return selected; }
+    /// The x axis in values, or in stops: powers of two, without 0 and what is below.
+    enum class Axis { Linear, Stops };
+    void setAxis(Axis newAxis);
+
+    CurveEditing::Selection const& getSelection() const { return selection; }
+
+    /// The only selected key; empty where there is none or there are several.
+    std::optional<std::size_t> getSelectedKey() const;
     std::optional<GePoint2<float>> getSelectedPlace() const;
     void placeSelectedKey(GePoint2<float> const& place);
     void setSelectedHandles(CurveEditing::Handles handles);
-    void removeSelectedKey();
+    void removeSelectedKeys();
 
     /// Gives the edited curves these points, as one step.
     void apply(std::string const& label, CurvePoints const& points);
@@ -68,16 +76,23 @@ private:
     void drawKeys(QPainter& painter) const;
     void moveGrip(QPointF const& place, Qt::KeyboardModifiers modifiers);
     void nudge(float dx, float dy, Qt::KeyboardModifiers modifiers);
-    void select(std::optional<std::size_t> key);
+    void select(CurveEditing::Selection const& keys);
+    bool isSelected(std::size_t key) const;
+    void toggle(std::size_t key);
+    void selectWithin(QRectF const& bounds);
+    double toAxis(double x) const;
+    double fromAxis(double place) const;
     void refresh();
 
     Document& document;
     int channel = allChannels;
-    std::optional<std::size_t> selected;
+    Axis axis = Axis::Linear;
+    CurveEditing::Selection selection; ///< rising
     std::optional<Grip> gripped;
     CurvePoints pointsAtPress;
     QPointF pressed;
     bool isPanning = false;
-    QRectF range{-0.08, -0.08, 1.16, 1.16}; ///< what is shown; y grows upwards
+    std::optional<QRectF> rubber;           ///< of the widget, while keys are selected by it
+    QRectF range{-0.08, -0.08, 1.16, 1.16}; ///< of the axes; y grows upwards
     CbFunction<ValueChange const> changed{[this](ValueChange const&) { refresh(); }};
 };
