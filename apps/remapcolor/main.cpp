@@ -2,6 +2,7 @@
 
 #include "remapcolor/commands/CompletionCommand.h"
 #include "remapcolor/commands/DescribeCommand.h"
+#include "remapcolor/commands/InfoCommand.h"
 #include "remapcolor/commands/LutCommand.h"
 #include "remapcolor/commands/PickCommand.h"
 #include "remapcolor/commands/PlotCommand.h"
@@ -39,6 +40,7 @@ struct Execution {
         runDescribe(request);
         return done;
     }
+    int operator()(InfoRequest const& request) const { return runInfo(request, reporter); }
     int operator()(LutRequest const& request) const
     {
         reporter.configure(ProgressStyle::Auto, request.verbosity);

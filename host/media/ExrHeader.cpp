@@ -62,9 +62,6 @@ void checkKind(HeaderOutline const& outline, std::filesystem::path const& file)
     if (outline.parts == 0) {
         throwDamaged(file, "its header is empty");
     }
-    if (Imf::isNonImage(outline.version) && !Imf::isMultiPart(outline.version)) {
-        throwDeep(file);
-    }
 }
 
 /// What a part says of its kind. In a file of one part only, nothing but the version tells.
@@ -73,10 +70,9 @@ void checkPartType(ExrHeader& part, ExrHeaders const& headers, std::filesystem::
     Imf::Header const& header = part.header;
     part.isDeep = header.hasType() && Imf::isDeepData(header.type());
     if (!headers.hasPartNumbers) {
-        part.isTiled = Imf::isTiled(headers.version);
-        if (part.isDeep) {
-            throwDeep(file);
-        }
+        part.isDeep = part.isDeep || Imf::isNonImage(headers.version);
+        part.isTiled = Imf::isTiled(headers.version) ||
+                       (part.isDeep && header.hasType() && header.type() == Imf::DEEPTILE);
         return;
     }
     if (!header.hasType() || !header.hasName()) {

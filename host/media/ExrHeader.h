@@ -25,8 +25,8 @@ struct ExrHeaders {
 };
 
 /// Reads and checks the headers before the library takes memory for anything they announce. Throws
-/// ImageFileError for what is no EXR file, for a single part of deep data, for damage, and for
-/// parts that announce more than `mostBytes` of pixels.
+/// ImageFileError for what is no EXR file, for damage, and for parts that announce more than
+/// `mostBytes` of pixels.
 ExrHeaders readExrHeaders(CheckedInput& stream, std::filesystem::path const& file,
                           std::size_t mostBytes);
 

@@ -3,6 +3,7 @@
 #include "media/ImageFiles.h"
 
 #include "media/ErrorText.h"
+#include "media/ExrDescription.h"
 #include "media/ExrReader.h"
 #include "media/ExrWriter.h"
 #include "media/ImageFormats.h"
@@ -29,6 +30,20 @@ bool isExr(std::filesystem::path const& file)
         stream.read(first.data(), static_cast<int>(first.size()));
     }
     return (isLongEnough && first == exrMagic) || findFileKind(file) == FileKind::Exr;
+}
+
+/// Throws ImageFileError for what is no file that can be opened.
+bool isExrFile(std::filesystem::path const& file)
+{
+    std::error_code ignored;
+    if (std::filesystem::is_directory(file, ignored)) {
+        throwReadError(ImageFailure::File, file, "it is a folder");
+    }
+    try {
+        return isExr(file);
+    } catch (...) {
+        rethrowAsReadError(file, 0);
+    }
 }
 
 FileKind requireFileKind(std::filesystem::path const& file)
@@ -70,20 +85,15 @@ OiioModule& oiioModule()
 std::unique_ptr<ImageSource> openImage(std::filesystem::path const& file,
                                        ReadOptions const& options)
 {
-    std::error_code ignored;
-    if (std::filesystem::is_directory(file, ignored)) {
-        throwReadError(ImageFailure::File, file, "it is a folder");
-    }
-    bool isExrFile = false;
-    try {
-        isExrFile = isExr(file);
-    } catch (...) {
-        rethrowAsReadError(file, 0);
-    }
-    if (isExrFile) {
+    if (isExrFile(file)) {
         return std::make_unique<ExrReader>(file, options);
     }
     return oiioModule().open(file, options);
+}
+
+PictureDescription describePicture(std::filesystem::path const& file)
+{
+    return isExrFile(file) ? describeExr(file) : oiioModule().describe(file);
 }
 
 void checkOutput(std::filesystem::path const& file, IxPixelFormat::Depth depth,

@@ -3,6 +3,7 @@
 #include "media/ImageFailure.h"
 #include "media/MediaOptions.h"
 #include "media/MediaReport.h"
+#include "media/PictureDescription.h"
 #include "runtime/engine/ImageSink.h"
 #include "runtime/engine/ImageSource.h"
 
@@ -20,6 +21,7 @@ public:
                                               ImageSource& source, IxPixelFormat const& format,
                                               WriteOptions const& options,
                                               MediaReport const& report) = 0;
+    virtual PictureDescription describe(std::filesystem::path const& file) = 0;
     virtual void setThreads(int threads) = 0;
 };
 

@@ -70,6 +70,14 @@ constexpr char const* plotExamples =
     "Three panels: the mode's transfer, the adjustment curves with keys and handles, and\n"
     "both together, which is what render does.";
 
+constexpr char const* infoExamples =
+    "Examples:\n"
+    "  remapcolor info in.exr\n"
+    "  remapcolor info shot/*.exr --json\n"
+    "\n"
+    "Parts, channels with types and sampling, windows, compression and attributes; of EXR files\n"
+    "the headers only are read.";
+
 constexpr char const* projectExamples =
     "Examples:\n"
     "  remapcolor project -o look.json --mode EXRDisplay -s EXRDisplay.Exposure=0@1,2@24\n"
@@ -194,6 +202,7 @@ private:
         act(pick);
         act(describe);
         act(project);
+        act(info);
         act(lut);
         act(plot);
     }
@@ -242,6 +251,9 @@ private:
     Command<ProjectRequest> project{{app, "project", "Save values as a project.",
                                      "remapcolor project -o OUT.json [--openfx OUT.json] [options]",
                                      projectExamples, &addProjectOptions}};
+    Command<InfoRequest> info{{app, "info", "Show what pictures say of themselves.",
+                               "remapcolor info INPUT... [options]", infoExamples,
+                               &addInfoOptions}};
     Command<LutRequest> lut{{app, "lut", "Save the whole chain as a table.",
                              "remapcolor lut -o OUT.clf|.cube|.spi1d [options]", lutExamples,
                              &addLutOptions}};

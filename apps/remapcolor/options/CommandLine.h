@@ -2,6 +2,7 @@
 
 #include "remapcolor/commands/CompletionCommand.h"
 #include "remapcolor/commands/DescribeCommand.h"
+#include "remapcolor/commands/InfoCommand.h"
 #include "remapcolor/commands/ProjectCommand.h"
 #include "remapcolor/options/LutRequest.h"
 #include "remapcolor/options/PickRequest.h"
@@ -17,8 +18,8 @@ struct PrintRequest {
     std::string text;
 };
 
-using Request = std::variant<PrintRequest, CompletionRequest, DescribeRequest, LutRequest,
-                             PickRequest, PlotRequest, ProjectRequest, RenderRequest>;
+using Request = std::variant<PrintRequest, CompletionRequest, DescribeRequest, InfoRequest,
+                             LutRequest, PickRequest, PlotRequest, ProjectRequest, RenderRequest>;
 
 /// Reads a command line as main gets it. Throws UsageError; looks at no file. Two commands are for
 /// programs and in no help text: "complete WORD..." for shells, and "manual" for the manual page.

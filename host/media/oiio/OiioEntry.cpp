@@ -1,6 +1,7 @@
 // The module's one exported function.
 
 #include "media/OiioModule.h"
+#include "media/oiio/OiioDescription.h"
 #include "media/oiio/OiioReader.h"
 #include "media/oiio/OiioWriter.h"
 
@@ -21,6 +22,11 @@ public:
                                       MediaReport const& report) override
     {
         return std::make_unique<OiioWriter>(file, source, format, options, report);
+    }
+
+    PictureDescription describe(std::filesystem::path const& file) override
+    {
+        return describeOpenFile(OiioReader(file, {}));
     }
 
     void setThreads(int threads) override

@@ -210,6 +210,18 @@ void OiioReader::chooseMaskChannel(std::string const& name)
     channels = {index};
 }
 
+std::vector<OIIO::ImageSpec> OiioReader::listSpecs() const
+{
+    std::vector<OIIO::ImageSpec> specs = {spec};
+    for (int number = 1;; ++number) {
+        OIIO::ImageSpec const next = input->spec(number);
+        if (next.undefined()) {
+            return specs;
+        }
+        specs.push_back(next);
+    }
+}
+
 void OiioReader::describe()
 {
     IxPixelFormat::Depth depth = IxPixelFormat::FLOAT32;

@@ -35,6 +35,9 @@ public:
     void alignStrips(int rows) override { rowsMultiple = rows; }
 
     OIIO::ImageSpec const& getSpec() const { return spec; }
+    /// Of the picture and of all further ones in the file.
+    std::vector<OIIO::ImageSpec> listSpecs() const;
+    std::string getFormat() const { return input->format_name(); }
     std::optional<FileKind> getKind() const override { return kind; }
     std::vector<std::string> listMetadata(FileKind target) const override;
     /// Significant bits of a sample as stored.
