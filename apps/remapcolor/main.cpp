@@ -1,5 +1,6 @@
 // remapcolor: the command line of Remap Color.
 
+#include "remapcolor/commands/CheckCommand.h"
 #include "remapcolor/commands/CompletionCommand.h"
 #include "remapcolor/commands/DescribeCommand.h"
 #include "remapcolor/commands/InfoCommand.h"
@@ -40,6 +41,7 @@ struct Execution {
         runDescribe(request);
         return done;
     }
+    int operator()(CheckRequest const& request) const { return runCheck(request, reporter); }
     int operator()(InfoRequest const& request) const { return runInfo(request, reporter); }
     int operator()(LutRequest const& request) const
     {

@@ -3,13 +3,16 @@
 #include "media/ImageFiles.h"
 
 #include "media/ErrorText.h"
+#include "media/ExrChannels.h"
 #include "media/ExrDescription.h"
 #include "media/ExrReader.h"
+#include "media/ExrScan.h"
 #include "media/ExrWriter.h"
 #include "media/ImageFormats.h"
 #include "media/ImageTarget.h"
 #include "media/MediaSource.h"
 #include "media/OiioModule.h"
+#include "media/SampleCounts.h"
 
 #include <ImfThreading.h>
 #include <algorithm>
@@ -80,6 +83,41 @@ OiioModule& oiioModule()
     return module;
 }
 
+/// The components of a tile, as channels.
+std::vector<ChannelScan> nameComponents(IxPixelFormat const& format)
+{
+    std::vector<ChannelScan> channels;
+    for (char const* const name : exrColourNames) {
+        channels.push_back({0, name});
+    }
+    if (format.getComponents() == IxPixelFormat::ALPHA) {
+        channels.clear();
+    }
+    if (format.getComponents() != IxPixelFormat::RGB) {
+        channels.push_back({0, exrAlphaName});
+    }
+    return channels;
+}
+
+void countTile(IxTile const& tile, std::vector<ChannelScan>& channels)
+{
+    IxReadGuard const guard(tile);
+    GeRectangle<int> const& bounds = tile.getBounds();
+    std::size_t const pixelBytes = tile.getPixelFormat().getBytesPerPixel();
+    std::size_t const sampleBytes = pixelBytes / channels.size();
+    auto const width = static_cast<std::size_t>(bounds.getWidth());
+    for (int y = bounds.y0; y < bounds.y1; ++y) {
+        for (std::size_t channel = 0; channel < channels.size(); ++channel) {
+            std::byte const* const first = guard.getRow(y) + channel * sampleBytes;
+            if (sampleBytes == 2) {
+                countSpecials<std::uint16_t>(first, width, pixelBytes, channels[channel]);
+            } else if (sampleBytes == 4) {
+                countSpecials<std::uint32_t>(first, width, pixelBytes, channels[channel]);
+            }
+        }
+    }
+}
+
 } // namespace
 
 std::unique_ptr<ImageSource> openImage(std::filesystem::path const& file,
@@ -94,6 +132,25 @@ std::unique_ptr<ImageSource> openImage(std::filesystem::path const& file,
 PictureDescription describePicture(std::filesystem::path const& file)
 {
     return isExrFile(file) ? describeExr(file) : oiioModule().describe(file);
+}
+
+PictureScan scanPicture(std::filesystem::path const& file)
+{
+    if (isExrFile(file)) {
+        return scanExr(file);
+    }
+    std::unique_ptr<ImageSource> const source = oiioModule().open(file, {});
+    PictureScan scan{oiioModule().describe(file), nameComponents(source->getInfo().format)};
+    int const height = source->getInfo().dataWindow.getHeight();
+    int const rows = source->getRowsPerBlock();
+    ImageStrip strip;
+    for (int index = 0, done = 0; done < height; ++index) {
+        GeRectangle<int> const bounds = source->getStripBounds(index, rows);
+        source->readStrip(bounds, strip);
+        countTile(strip.colour, scan.channels);
+        done += bounds.getHeight();
+    }
+    return scan;
 }
 
 void checkOutput(std::filesystem::path const& file, IxPixelFormat::Depth depth,

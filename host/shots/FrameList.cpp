@@ -110,6 +110,23 @@ void append(std::string& list, std::string const& item)
     list += (list.empty() ? "" : ",") + item;
 }
 
+/// What is missing in a row of even steps.
+std::vector<Range> findGapRanges(std::vector<Frame> frames)
+{
+    sortOnce(frames);
+    Frame step = 0;
+    for (std::size_t index = 1; index < frames.size(); ++index) {
+        step = std::gcd(step, frames[index] - frames[index - 1]);
+    }
+    std::vector<Range> gaps;
+    for (std::size_t index = 1; index < frames.size(); ++index) {
+        if (frames[index] - frames[index - 1] != step) {
+            gaps.push_back({frames[index - 1] + step, frames[index] - step, step});
+        }
+    }
+    return gaps;
+}
+
 } // namespace
 
 std::vector<Frame> parseFrames(std::string_view text)
@@ -161,23 +178,27 @@ std::string formatFrames(std::vector<Frame> frames)
 
 std::string describeGaps(std::vector<Frame> frames)
 {
-    sortOnce(frames);
-    Frame step = 0;
-    for (std::size_t index = 1; index < frames.size(); ++index) {
-        step = std::gcd(step, frames[index] - frames[index - 1]);
-    }
     std::string list;
     std::size_t nbNamed = 0;
-    for (std::size_t index = 1; index < frames.size(); ++index) {
-        if (frames[index] - frames[index - 1] == step) {
-            continue;
-        }
+    for (Range const& gap : findGapRanges(std::move(frames))) {
         if (nbNamed++ == mostNamedGaps) {
             return list + ",...";
         }
-        append(list, formatRange({frames[index - 1] + step, frames[index] - step, step}));
+        append(list, formatRange(gap));
     }
     return list;
+}
+
+std::vector<Frame> findGaps(std::vector<Frame> frames)
+{
+    std::vector<Frame> missing;
+    for (Range const& gap : findGapRanges(std::move(frames))) {
+        for (Frame frame = gap.first; frame <= gap.last && missing.size() < mostFrames;
+             frame += gap.step) {
+            missing.push_back(frame);
+        }
+    }
+    return missing;
 }
 
 Chunk parseChunk(std::string_view text)

@@ -27,6 +27,9 @@ std::string formatFrames(std::vector<Frame> frames);
 /// it; "" for nothing. At most eight ranges, then "...".
 std::string describeGaps(std::vector<Frame> frames);
 
+/// Frames that are missing between those of one row of even steps, at most a million.
+std::vector<Frame> findGaps(std::vector<Frame> frames);
+
 /// One of `count` equal parts: `index` counts from 0.
 struct Chunk {
     std::size_t index = 0;

@@ -203,3 +203,11 @@ std::vector<Frame> FramePattern::scan() const
     }
     return frames;
 }
+
+void throwNothingMatches(FramePattern const& pattern)
+{
+    throw ShotError(ShotFailure::Frames,
+                    "nothing matches \"" + pattern.getText() + "\" in \"" +
+                        pattern.getFixedFolder().string() +
+                        "\"; every # stands for a digit, and \\# or \\@ for the character itself");
+}

@@ -53,3 +53,6 @@ private:
     Pieces pieces;
     bool hasNumber = false;
 };
+
+/// Throws ShotError (Frames): there is no file of that name in any frame.
+[[noreturn]] void throwNothingMatches(FramePattern const& pattern);

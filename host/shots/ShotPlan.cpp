@@ -142,14 +142,6 @@ private:
     std::map<FileNumber, PictureRole> sourceNumbers;
 };
 
-[[noreturn]] void throwNothingMatches(FramePattern const& pattern)
-{
-    throw ShotError(ShotFailure::Frames,
-                    "nothing matches \"" + pattern.getText() + "\" in " +
-                        quote(pattern.getFixedFolder()) +
-                        "; every # stands for a digit, and \\# or \\@ for the character itself");
-}
-
 std::vector<Frame> chooseFrames(ShotRequest const& request, FramePattern const& input,
                                 bool hasFrameNames)
 {

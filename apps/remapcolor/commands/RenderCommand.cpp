@@ -2,14 +2,13 @@
 
 #include "remapcolor/commands/RenderCommand.h"
 
-#include "files/FileError.h"
 #include "media/ImageFiles.h"
+#include "remapcolor/options/FrameListOptions.h"
 #include "remapcolor/options/RenderRequest.h"
 #include "remapcolor/reports/StandardStreams.h"
 #include "remapcolor/session/LookNotes.h"
 #include "remapcolor/session/RequestedSession.h"
 #include "remapcolor/session/StopSignals.h"
-#include "runtime/project/Project.h"
 #include "runtime/values/NumberText.h"
 #include "session/Failures.h"
 #include "session/ToolKeys.h"
@@ -30,18 +29,6 @@ bool keepsInputDepth(HostNode const& node)
     auto const state = node.getValue(ToolKeys::outputDepth)->getState();
     auto const& depth = std::get<Animated<int>>(*state);
     return depth.getKeys().front().value == ToolKeys::depthOfInput;
-}
-
-std::vector<Frame> loadFrames(std::string const& file)
-{
-    if (file == "-") {
-        return parseFrames(readStandardInput());
-    }
-    try {
-        return parseFrames(loadTextFile(file));
-    } catch (FileError const& error) {
-        throw UsageError("cannot read the frames from " + quote(file) + ": " + error.what());
-    }
 }
 
 /// `request.shot` with the frames that the other options say.

@@ -70,6 +70,14 @@ constexpr char const* plotExamples =
     "Three panels: the mode's transfer, the adjustment curves with keys and handles, and\n"
     "both together, which is what render does.";
 
+constexpr char const* checkExamples =
+    "Examples:\n"
+    "  remapcolor check shot.####.exr\n"
+    "  remapcolor check shot.####.exr -f 1001-1100 --values --json\n"
+    "\n"
+    "Wrong are frames that are missing, cannot be read to the end, have other windows,\n"
+    "channels or parts than most, and with --values such with NaN or infinity. Status 1 then.";
+
 constexpr char const* infoExamples =
     "Examples:\n"
     "  remapcolor info in.exr\n"
@@ -203,6 +211,7 @@ private:
         act(describe);
         act(project);
         act(info);
+        act(check);
         act(lut);
         act(plot);
     }
@@ -254,6 +263,9 @@ private:
     Command<InfoRequest> info{{app, "info", "Show what pictures say of themselves.",
                                "remapcolor info INPUT... [options]", infoExamples,
                                &addInfoOptions}};
+    Command<CheckRequest> check{
+        {app, "check", "Read a sequence fully and tell what is wrong with it.",
+         "remapcolor check INPUT [options]", checkExamples, &addCheckOptions}};
     Command<LutRequest> lut{{app, "lut", "Save the whole chain as a table.",
                              "remapcolor lut -o OUT.clf|.cube|.spi1d [options]", lutExamples,
                              &addLutOptions}};

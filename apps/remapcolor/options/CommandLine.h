@@ -1,5 +1,6 @@
 #pragma once
 
+#include "remapcolor/commands/CheckCommand.h"
 #include "remapcolor/commands/CompletionCommand.h"
 #include "remapcolor/commands/DescribeCommand.h"
 #include "remapcolor/commands/InfoCommand.h"
@@ -18,8 +19,9 @@ struct PrintRequest {
     std::string text;
 };
 
-using Request = std::variant<PrintRequest, CompletionRequest, DescribeRequest, InfoRequest,
-                             LutRequest, PickRequest, PlotRequest, ProjectRequest, RenderRequest>;
+using Request =
+    std::variant<PrintRequest, CheckRequest, CompletionRequest, DescribeRequest, InfoRequest,
+                 LutRequest, PickRequest, PlotRequest, ProjectRequest, RenderRequest>;
 
 /// Reads a command line as main gets it. Throws UsageError; looks at no file. Two commands are for
 /// programs and in no help text: "complete WORD..." for shells, and "manual" for the manual page.

@@ -3,6 +3,7 @@
 #include "remapcolor/options/RenderRequest.h"
 
 #include "remapcolor/options/CommandOptions.h"
+#include "remapcolor/options/FrameListOptions.h"
 #include "remapcolor/options/LayerOptions.h"
 #include "remapcolor/options/NumberOptions.h"
 #include "remapcolor/options/OptionText.h"
@@ -81,17 +82,7 @@ void setVerbosity(RenderRequest& request, Verbosity wanted)
 /// Which frames there are, and what becomes of those that are there already or not at all.
 void addShotOptions(CommandOptions& options, RenderRequest& request)
 {
-    options.addOption("-f,--frames", "LIST",
-                      "Frames, such as 1-10,15,20-40x5 (default: all)\n\n"
-                      "The frame is the time of keyframed values. Without a list the frames are "
-                      "all that INPUT matches.",
-                      [&request](std::string const& text) {
-                          request.shot.frames = parseFrames(text);
-                          request.framesFile.clear();
-                      });
-    options.addOption("--frames-from", "FILE", "Read that list from a file, or from - (input)",
-                      [&request](std::string const& text) { request.framesFile = text; },
-                      {ValueHint::Kind::File});
+    addFrameListOptions(options, request.shot.frames, request.framesFile);
     addFrameOption(options, "--frame", request.frame);
     options.addOption(
         "--chunk", "I/N", "The I-th of N equal parts of the frames, from 0",
