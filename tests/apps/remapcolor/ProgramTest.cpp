@@ -85,14 +85,16 @@ TEST_F(ProgramTest, AMaskThatLetsNothingThroughIsNamed)
 
 TEST_F(ProgramTest, QuietShowsWhatIsMissingOnly)
 {
-    Names const render = {"render", "in.exr", "-o", "out.jpg"}; // without alpha, in 8 bit
+    // Without alpha, in 8 bit. GCC 12's leak checker fails at the end of a program that still has
+    // a thread of an image library.
+    Names const render = {"render", "in.exr", "-o", "out.jpg", "-j", "1"};
     auto const with = [&](Names const& more) {
         Names words = render;
         words.insert(words.end(), more.begin(), more.end());
         return run(words).errors;
     };
     Names const all = with({});
-    ASSERT_EQ(all.size(), 2U);
+    ASSERT_EQ(all.size(), 2U) << testing::PrintToString(all);
     EXPECT_TRUE(all[0].starts_with("remapcolor: warning: ")) << all[0];
     EXPECT_TRUE(all[1].starts_with("remapcolor: note: ")) << all[1];
     EXPECT_EQ(with({"-q"}), (Names{all[0]}));
