@@ -1,5 +1,6 @@
 #include "editor/parameters/ParameterRows.h"
 
+#include "openfx/ParamNames.h" // which switch links what is the same in every program
 #include "pluginAPI/PiInputPolicy.h"
 #include "session/ToolKeys.h"
 
@@ -10,19 +11,16 @@ namespace {
 
 constexpr std::string_view firstChannel = ".Red";
 
-/// The stored switch that links a parameter's channels.
-std::map<std::string, std::string> const links = {
-    {"Linear.Input Level.Min", "InputMinLink"},
-    {"Linear.Input Level.Max", "InputMaxLink"},
-    {"Linear.Output Level.Min", "OutputMinLink"},
-    {"Linear.Output Level.Max", "OutputMaxLink"},
-    {"Linear.Gamma", "LinearGammaLink"},
-    {"EXRDisplay.Exposure", "ExposureLink"},
-    {"EXRDisplay.Defog", "DefogLink"},
-    {"EXRDisplay.Knee High", "KneeHighLink"},
-    {"EXRDisplay.Knee Low", "KneeLowLink"},
-    {"EXRDisplay.Gamma", "GammaLink"},
-};
+/// The stored switch that links the channels of a structure; empty for none.
+std::string findLink(std::string const& name)
+{
+    for (openFxNames::Link const& link : openFxNames::links) {
+        if (link.input == name) {
+            return link.stored;
+        }
+    }
+    return {};
+}
 
 /// Small numbers count much there.
 std::map<std::string, double> const steps = {{"EXRDisplay.Defog", 0.0005},
@@ -86,7 +84,7 @@ std::vector<ParameterRow> makeParameterRows(HostNode const& node,
         row.mode = findMode(slot.name, modes);
         row.label = makeLabel(row.name, row.mode);
         row.names = {slot.name};
-        row.link = links.contains(row.name) ? links.at(row.name) : std::string();
+        row.link = findLink(row.name);
         row.step = steps.contains(row.name) ? steps.at(row.name) : 0.01;
         rows.push_back(row);
     }
