@@ -1,7 +1,7 @@
 // remapcolor-editor: the desktop program.
 
-#include "editor/window/EditorWindow.h"
-#include "editor/window/Theme.h"
+#include "editor/view/window/EditorWindow.h"
+#include "editor/view/window/Theme.h"
 #include "session/Failures.h"
 
 #include <QApplication>
@@ -25,7 +25,7 @@ public:
             if (window == nullptr) {
                 throw;
             }
-            window->tellFailure(std::current_exception());
+            window->getBar().tellFailure(std::current_exception());
             return true;
         }
     }

@@ -1,0 +1,173 @@
+#include "editor/view/parameters/NumberField.h"
+
+#include "editor/model/parameters/NumberExpression.h"
+#include "runtime/values/NumberText.h"
+
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QStyle>
+#include <QWheelEvent>
+#include <cmath>
+
+namespace {
+
+constexpr double pixelsPerStep = 4.0;
+constexpr double dragThreshold = 4.0; // pixels
+
+/// Without the digits that come of adding steps up.
+double roundToStep(double number, double step)
+{
+    double const unitsPerOne = std::round(100.0 / step);
+    double const rounded = std::round(number * unitsPerOne) / unitsPerOne;
+    return std::isfinite(rounded) ? rounded : number;
+}
+
+} // namespace
+
+NumberField::NumberField(double stepSize, QWidget* parent) : QLineEdit(parent), step(stepSize)
+{
+    setAlignment(Qt::AlignRight);
+    setMinimumWidth(62);
+    connect(this, &QLineEdit::returnPressed, this, &NumberField::commit);
+    showNumber(0.0);
+}
+
+void NumberField::showNumber(double newNumber)
+{
+    number = newNumber;
+    markRefused(false);
+    setText(QString::fromStdString(formatNumber(static_cast<float>(number))));
+    setCursorPosition(0);
+}
+
+void NumberField::refuse(QString const& reason)
+{
+    markRefused(true);
+    setToolTip(reason);
+}
+
+void NumberField::markRefused(bool isRefused)
+{
+    if (property("refused").toBool() != isRefused) {
+        setProperty("refused", isRefused);
+        style()->unpolish(this);
+        style()->polish(this);
+    }
+    if (!isRefused) {
+        setToolTip({});
+    }
+}
+
+void NumberField::commit()
+{
+    if (!isModified()) {
+        return;
+    }
+    setModified(false);
+    auto const value = evaluateExpression(text().toStdString());
+    if (value.has_value()) {
+        emit entered(*value);
+    } else {
+        refuse(tr("“%1” is no number or sum").arg(text()));
+    }
+}
+
+double NumberField::scaleStep(Qt::KeyboardModifiers modifiers) const
+{
+    double const factor = modifiers & Qt::ControlModifier ? 0.1
+                          : modifiers & Qt::ShiftModifier ? 10.0
+                                                          : 1.0;
+    return step * factor;
+}
+
+void NumberField::mousePressEvent(QMouseEvent* event)
+{
+    dragStart = number;
+    dragX = event->position().x();
+    if (hasFocus()) {
+        QLineEdit::mousePressEvent(event);
+    }
+}
+
+void NumberField::mouseMoveEvent(QMouseEvent* event)
+{
+    double const distance = event->position().x() - dragX;
+    if (!dragStart.has_value() || (!isDragging && std::abs(distance) < dragThreshold)) {
+        return;
+    }
+    if (!isDragging) {
+        isDragging = true;
+        deselect();
+        setCursor(Qt::SizeHorCursor);
+        emit dragBegan();
+    }
+    double const moved = std::round(distance / pixelsPerStep) * scaleStep(event->modifiers());
+    emit dragged(roundToStep(*dragStart + moved, step));
+}
+
+void NumberField::mouseReleaseEvent(QMouseEvent* event)
+{
+    dragStart.reset();
+    if (isDragging) {
+        isDragging = false;
+        unsetCursor();
+        emit dragEnded();
+        return;
+    }
+    setFocus(Qt::MouseFocusReason);
+    if (!hasSelectedText()) {
+        selectAll();
+    }
+    QLineEdit::mouseReleaseEvent(event);
+}
+
+void NumberField::wheelEvent(QWheelEvent* event)
+{
+    if (!hasFocus()) {
+        event->ignore();
+        return;
+    }
+    int const direction = event->angleDelta().y() > 0 ? 1 : -1;
+    emit entered(roundToStep(number + direction * scaleStep(event->modifiers()), step));
+    event->accept();
+}
+
+void NumberField::keyPressEvent(QKeyEvent* event)
+{
+    bool const isUp = event->key() == Qt::Key_Up;
+    if (isUp || event->key() == Qt::Key_Down) {
+        commit();
+        emit entered(roundToStep(number + (isUp ? 1 : -1) * scaleStep(event->modifiers()), step));
+    } else if (event->key() == Qt::Key_Escape) {
+        if (isDragging) {
+            isDragging = false;
+            dragStart.reset();
+            unsetCursor();
+            emit dragAbandoned();
+        }
+        setModified(false);
+        showNumber(number);
+        selectAll();
+    } else {
+        QLineEdit::keyPressEvent(event);
+    }
+}
+
+/// What nobody has typed into leaves undo and redo to the window.
+bool NumberField::event(QEvent* event)
+{
+    bool const isQuestion = event->type() == QEvent::ShortcutOverride;
+    auto* const key = isQuestion ? static_cast<QKeyEvent*>(event) : nullptr;
+    if (key != nullptr && !isModified() &&
+        (key->matches(QKeySequence::Undo) || key->matches(QKeySequence::Redo))) {
+        event->ignore();
+        return true;
+    }
+    return QLineEdit::event(event);
+}
+
+void NumberField::focusOutEvent(QFocusEvent* event)
+{
+    commit();
+    QLineEdit::focusOutEvent(event);
+}

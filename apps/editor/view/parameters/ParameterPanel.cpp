@@ -1,0 +1,226 @@
+#include "editor/view/parameters/ParameterPanel.h"
+
+#include "editor/view/window/Theme.h"
+#include "pluginAPI/PiInputPolicy.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QLabel>
+#include <QToolButton>
+
+namespace {
+
+enum Column { Label, FirstChannel, Link = 4, Reset = 5 };
+constexpr int nbChannels = 3;
+
+std::string makeEditLabel(std::string const& name)
+{
+    return "Set " + name;
+}
+
+QString const channelLetters[] = {"R", "G", "B"};
+
+} // namespace
+
+ParameterPanel::ParameterPanel(Document& editedDocument, QWidget* parent)
+    : QWidget(parent), document(editedDocument),
+      defaults(getDefaultValues(document.getNode().getTool()))
+{
+    auto* const grid = new QGridLayout(this);
+    grid->setContentsMargins(10, 6, 10, 10);
+    grid->setHorizontalSpacing(6);
+    grid->setVerticalSpacing(5);
+    addHeader(*grid);
+    ControllerLink const& link = document.getLink();
+    int place = 1;
+    for (ParameterRow const& row :
+         makeParameterRows(document.getNode(), {link.getModeName(ControllerLink::Linear),
+                                                link.getModeName(ControllerLink::ExrDisplay)})) {
+        addRow(*grid, place++, row);
+    }
+    grid->setRowStretch(place, 1);
+    for (int channel = 0; channel < nbChannels; ++channel) {
+        grid->setColumnStretch(FirstChannel + channel, 1);
+    }
+    document.getNode().addHandler(&changed);
+    refresh();
+}
+
+NumberField* ParameterPanel::findField(std::string const& name) const
+{
+    for (ShownRow const& shown : rows) {
+        for (std::size_t index = 0; index < shown.fields.size(); ++index) {
+            if (shown.row.names[index] == name) {
+                return shown.fields[index];
+            }
+        }
+    }
+    return nullptr;
+}
+
+void ParameterPanel::addHeader(QGridLayout& grid)
+{
+    for (int channel = 0; channel < nbChannels; ++channel) {
+        auto* const label = new QLabel(channelLetters[channel], this);
+        label->setAlignment(Qt::AlignCenter);
+        QPalette palette = label->palette();
+        palette.setColor(QPalette::WindowText, Theme::channels[channel]);
+        label->setPalette(palette);
+        grid.addWidget(label, 0, FirstChannel + channel);
+    }
+    auto* const link = new QLabel(tr("link"), this);
+    link->setToolTip(tr("Linked channels are set together"));
+    grid.addWidget(link, 0, Link);
+}
+
+void ParameterPanel::addRow(QGridLayout& grid, int place, ParameterRow const& row)
+{
+    ShownRow shown{row, {}, {}, {}};
+    auto* const label = new QLabel(QString::fromStdString(row.label), this);
+    grid.addWidget(label, place, Label);
+    shown.widgets.push_back(label);
+    switch (row.kind) {
+    case ParameterRow::Numbers:
+    case ParameterRow::Number: addFields(grid, place, shown); break;
+    case ParameterRow::Switch: addSwitch(grid, place, shown); break;
+    case ParameterRow::Choice: addChoice(grid, place, shown); break;
+    }
+    addReset(grid, place, shown);
+    rows.push_back(std::move(shown));
+}
+
+void ParameterPanel::addFields(QGridLayout& grid, int place, ShownRow& shown)
+{
+    for (std::size_t index = 0; index < shown.row.names.size(); ++index) {
+        auto* const field = new NumberField(shown.row.step, this);
+        field->setAccessibleName(QString::fromStdString(shown.row.names[index]));
+        grid.addWidget(field, place, FirstChannel + static_cast<int>(index));
+        connectField(field, shown.row, shown.row.names[index]);
+        shown.fields.push_back(field);
+        shown.widgets.push_back(field);
+    }
+    shown.refresh = [this, fields = shown.fields, names = shown.row.names] {
+        for (std::size_t index = 0; index < fields.size(); ++index) {
+            fields[index]->showNumber(document.getNumber(names[index]));
+        }
+    };
+    if (!shown.row.link.empty()) {
+        addLink(grid, place, shown);
+    }
+}
+
+void ParameterPanel::addLink(QGridLayout& grid, int place, ShownRow& shown)
+{
+    auto* const box = new QCheckBox(this);
+    std::string const link = shown.row.link;
+    box->setAccessibleName(tr("Link the channels of %1").arg(shown.row.label.c_str()));
+    box->setToolTip(tr("Linked channels are set together"));
+    connect(box, &QCheckBox::clicked, this, [this, link](bool isOn) {
+        document.setNumbers(isOn ? "Link channels" : "Unlink channels", {link}, isOn);
+    });
+    grid.addWidget(box, place, Link, Qt::AlignCenter);
+    shown.widgets.push_back(box);
+    shown.refresh = [this, box, link, before = shown.refresh] {
+        before();
+        box->setChecked(document.getNumber(link) != 0.0);
+    };
+}
+
+void ParameterPanel::addSwitch(QGridLayout& grid, int place, ShownRow& shown)
+{
+    auto* const box = new QCheckBox(this);
+    std::string const name = shown.row.name;
+    box->setAccessibleName(QString::fromStdString(name));
+    connect(box, &QCheckBox::clicked, this,
+            [this, name](bool isOn) { document.setNumbers(makeEditLabel(name), {name}, isOn); });
+    grid.addWidget(box, place, FirstChannel);
+    shown.widgets.push_back(box);
+    shown.refresh = [this, box, name] { box->setChecked(document.getNumber(name) != 0.0); };
+}
+
+void ParameterPanel::addChoice(QGridLayout& grid, int place, ShownRow& shown)
+{
+    auto* const box = new QComboBox(this);
+    std::string const name = shown.row.name;
+    box->setAccessibleName(QString::fromStdString(name));
+    auto const value = document.getNode().getValue(name);
+    for (auto const& [number, label] :
+         dynamic_cast<PiEnumPolicy const&>(*value->getPolicy()).getPairs()) {
+        box->addItem(QString::fromStdString(label), number);
+    }
+    connect(box, &QComboBox::activated, this, [this, box, name] {
+        document.setNumbers(makeEditLabel(name), {name}, box->currentData().toInt());
+    });
+    grid.addWidget(box, place, FirstChannel, 1, nbChannels);
+    shown.widgets.push_back(box);
+    shown.refresh = [this, box, name] {
+        box->setCurrentIndex(box->findData(static_cast<int>(document.getNumber(name))));
+    };
+}
+
+void ParameterPanel::addReset(QGridLayout& grid, int place, ShownRow& shown)
+{
+    auto* const button = new QToolButton(this);
+    button->setText(QString::fromUtf8("↺"));
+    button->setAutoRaise(true);
+    button->setToolTip(tr("Reset %1").arg(QString::fromStdString(shown.row.label)));
+    button->setAccessibleName(button->toolTip());
+    connect(button, &QToolButton::clicked, this, [this, row = shown.row] {
+        NodeValues states;
+        for (std::string const& name : row.names) {
+            states.emplace(name, defaults.at(name));
+        }
+        document.edit("Reset " + row.name, states);
+    });
+    grid.addWidget(button, place, Reset);
+    shown.widgets.push_back(button);
+    shown.refresh = [this, button, row = shown.row, before = shown.refresh] {
+        before();
+        bool isChanged = false;
+        for (std::string const& name : row.names) {
+            auto const state = document.getNode().getValue(name)->getState();
+            isChanged = isChanged || !isSameState(*state, defaults.at(name));
+        }
+        button->setEnabled(isChanged);
+    };
+}
+
+void ParameterPanel::connectField(NumberField* field, ParameterRow const& row,
+                                  std::string const& name)
+{
+    auto const set = [this, field, row, name](double number) {
+        setNumber(field, row, name, number);
+    };
+    connect(field, &NumberField::entered, this, set);
+    connect(field, &NumberField::dragged, this, set);
+    connect(field, &NumberField::dragBegan, this,
+            [this, row] { document.beginDrag(makeEditLabel(row.name)); });
+    connect(field, &NumberField::dragEnded, this, [this] { document.endDrag(); });
+    connect(field, &NumberField::dragAbandoned, this, [this] { document.abandonDrag(); });
+}
+
+void ParameterPanel::setNumber(NumberField* field, ParameterRow const& row, std::string const& name,
+                               double number)
+{
+    bool const isLinked = !row.link.empty() && document.getNumber(row.link) != 0.0;
+    try {
+        document.setNumbers(makeEditLabel(isLinked ? row.name : name),
+                            isLinked ? row.names : std::vector{name}, number);
+        field->showNumber(document.getNumber(name)); // "1+1" that is 2 already
+    } catch (ValueError const& error) {
+        field->refuse(QString::fromStdString(error.what()));
+    }
+}
+
+void ParameterPanel::refresh()
+{
+    std::string const mode = document.getLink().getModeName(document.getMode());
+    for (ShownRow const& shown : rows) {
+        bool const isOfMode = shown.row.mode.empty() || shown.row.mode == mode;
+        for (QWidget* const widget : shown.widgets) {
+            widget->setVisible(isOfMode);
+        }
+        shown.refresh();
+    }
+}

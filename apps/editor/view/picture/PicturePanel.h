@@ -1,0 +1,49 @@
+#pragma once
+
+#include "editor/model/picture/PixelProbe.h"
+#include "editor/model/picture/ViewRenderer.h"
+#include "editor/view/picture/PictureWidget.h"
+
+#include <QWidget>
+#include <exception>
+#include <memory>
+
+/// The picture with how it is looked at: renders what the view needs of the plate, as the document
+/// says, and reads the pixel under the cursor.
+class PicturePanel : public QWidget {
+    Q_OBJECT
+
+public:
+    PicturePanel(Document& editedDocument, Plate& shownPlate, int nbWorkers,
+                 QWidget* parent = nullptr);
+    ~PicturePanel() noexcept override;
+
+    PictureWidget& getPicture() { return *picture; }
+    ViewTransform const& getTransform() const { return transform; }
+    void setTransform(ViewTransform const& newTransform);
+
+signals:
+    /// The picture is shown as the values now say, or cannot be.
+    void settled();
+    void failed(std::exception_ptr const& failure);
+    /// The pixel under the cursor; empty for none.
+    void pixelTextChanged(QString const& text);
+    /// The picture and how it is looked at.
+    void viewTextChanged(QString const& text);
+
+private:
+    void takePlate(PlateNotice const& notice);
+    void showView();
+    void showPixel();
+
+    Document& document;
+    Plate& plate;
+    ViewRenderer renderer;
+    PixelProbe probe;
+    ViewTransform transform;
+    PictureWidget* picture;
+    CbFunction<ValueChange const> changed{[this](ValueChange const&) { showView(); }};
+    CbFunction<double const> timeChanged{[this](double const&) { showView(); }};
+    CbFunction<PlateNotice const> plateChanged{
+        [this](PlateNotice const& notice) { takePlate(notice); }};
+};

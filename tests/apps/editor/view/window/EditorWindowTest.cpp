@@ -1,0 +1,254 @@
+// The whole window, offscreen, driven by mouse and keys as a person does.
+
+#include "editor/view/window/EditorWindow.h"
+
+#include "editor/view/window/Theme.h"
+#include "media/ImageFiles.h"
+#include "pluginAPI/IxSampleConversion.h"
+#include "runtime/engine/RenderEngine.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QSignalSpy>
+#include <QTest>
+#include <QWheelEvent>
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+constexpr int longestWait = 30000; // milliseconds; no measure of speed
+fs::path const scene = fs::path(EXAMPLES) / "scene.exr";
+
+class EditorWindowTest : public testing::Test {
+protected:
+    EditorWindowTest()
+        : window(std::make_unique<EditorWindow>()), settled(window.get(), &EditorWindow::settled)
+    {
+        window->show();
+        fs::create_directories(folder);
+    }
+    ~EditorWindowTest() override
+    {
+        window.reset();
+        fs::remove_all(folder);
+    }
+
+    void open(fs::path const& picture)
+    {
+        settled.clear();
+        window->openPicture(picture);
+        EXPECT_TRUE(settled.count() > 0 || settled.wait(longestWait));
+    }
+    NumberField& findField(char const* name) { return *window->getParameters().findField(name); }
+    double number(char const* name) { return window->getDocument().getNumber(name); }
+    std::size_t countSteps() { return window->getDocument().getHistory().getNbCommands(); }
+    void drag(QWidget& widget, QPoint from, QPoint to)
+    {
+        QTest::mousePress(&widget, Qt::LeftButton, {}, from);
+        for (int step = 1; step <= 8; ++step) {
+            QTest::mouseMove(&widget, from + (to - from) * step / 8);
+        }
+        QTest::mouseRelease(&widget, Qt::LeftButton, {}, to);
+    }
+
+    fs::path const folder = fs::temp_directory_path() / ("editor" + std::to_string(getpid()));
+    std::unique_ptr<EditorWindow> window;
+    QSignalSpy settled;
+};
+
+/// Keeps a render's strips as 8 bit.
+class BytesSink : public ImageSink {
+public:
+    explicit BytesSink(GeRectangle<int> const& itsBounds)
+        : bounds(itsBounds),
+          bytes(static_cast<std::size_t>(bounds.getWidth() * bounds.getHeight()) * 4)
+    {
+    }
+    void writeStrip(IxTile const& result, ImageStrip const&) override
+    {
+        IxReadGuard const guard(result);
+        auto const width = static_cast<std::size_t>(bounds.getWidth());
+        std::vector<CoRgbaColorTyped<float>> row(width);
+        for (int y = result.getBounds().y0; y < result.getBounds().y1; ++y) {
+            readPixelRow(result.getPixelFormat(), guard.getRow(y), row);
+            writePixelRow({IxPixelFormat::RGBA, IxPixelFormat::UINT8, Rational(1, 1), false}, row,
+                          bytes.data() + static_cast<std::size_t>(y - bounds.y0) * width * 4);
+        }
+    }
+    void finish() override {}
+
+    GeRectangle<int> bounds;
+    std::vector<std::byte> bytes;
+};
+
+} // namespace
+
+TEST_F(EditorWindowTest, ShowsTheRenderPixelByPixel)
+{
+    Document& document = window->getDocument();
+    document.setNumbers("", {"Mode"}, 1);
+    document.setNumbers("", {"EXRDisplay.Exposure.Red"}, 0.7);
+    open(scene);
+    settled.clear();
+    window->getPicture().showPixels();
+    ASSERT_TRUE(settled.wait(longestWait));
+
+    auto const source = openImage(scene, {});
+    auto const start = makeNode<SourceImageNode>(source->getInfo());
+    auto const chain = castNode<PxImageProtocol const>(
+        document.getNode().buildChain(PxNodePtr<PxImageProtocol const>(start)));
+    BytesSink sink(source->getInfo().dataWindow);
+    renderImage(*chain, *start, *source, sink, {});
+
+    ViewRequest const needed = window->getPicture().getNeeded();
+    QImage const shown = window->getPicture().grab().toImage();
+    ASSERT_EQ(needed.reduction, 1);
+    int nbCompared = 0;
+    QPoint const corner(std::max(0, (shown.width() - needed.region.getWidth()) / 2),
+                        std::max(0, (shown.height() - needed.region.getHeight()) / 2));
+    for (int y = needed.region.y0 + 1; y < needed.region.y1 - 1; ++y) {
+        for (int x = needed.region.x0 + 1; x < needed.region.x1 - 1; ++x) {
+            QPoint const place = corner + QPoint(x - needed.region.x0, y - needed.region.y0);
+            std::size_t const at = 4 * static_cast<std::size_t>(y * sink.bounds.getWidth() + x);
+            auto const byte = [&](std::size_t channel) { return int(sink.bytes[at + channel]); };
+            if (!shown.rect().contains(place)) {
+                continue;
+            }
+            ASSERT_EQ(shown.pixelColor(place), QColor(byte(0), byte(1), byte(2)))
+                << "at " << x << ", " << y;
+            ++nbCompared;
+        }
+    }
+    EXPECT_GT(nbCompared, 100000);
+}
+
+TEST_F(EditorWindowTest, DragOfAParameterIsOneStepAndEscapeTakesItBack)
+{
+    window->getDocument().setNumbers("", {"InputMinLink"}, 1);
+    NumberField& field = findField("Linear.Input Level.Min.Red");
+    std::size_t const before = countSteps();
+    drag(field, {10, 8}, {50, 8});
+    EXPECT_EQ(countSteps(), before + 1);
+    EXPECT_NE(number("Linear.Input Level.Min.Red"), 0.0);
+    EXPECT_EQ(number("Linear.Input Level.Min.Blue"), number("Linear.Input Level.Min.Red"))
+        << "linked";
+    window->getDocument().getHistory().undo();
+    EXPECT_EQ(number("Linear.Input Level.Min.Red"), 0.0);
+
+    QTest::mousePress(&field, Qt::LeftButton, {}, {10, 8});
+    QTest::mouseMove(&field, {60, 8});
+    EXPECT_NE(number("Linear.Input Level.Min.Red"), 0.0);
+    QTest::keyClick(&field, Qt::Key_Escape);
+    EXPECT_EQ(number("Linear.Input Level.Min.Red"), 0.0);
+}
+
+TEST_F(EditorWindowTest, FieldTakesSumsAndRefusesInPlace)
+{
+    NumberField& field = findField("Mix");
+    auto const type = [&](char const* text) {
+        field.setFocus();
+        field.selectAll();
+        QTest::keyClicks(&field, text);
+        QTest::keyClick(&field, Qt::Key_Return);
+    };
+    type("(1 + 0.5) / 4");
+    EXPECT_EQ(number("Mix"), 0.375);
+    for (char const* const refused : {"1.5", "1/0", "2*", "half"}) {
+        type(refused);
+        EXPECT_EQ(number("Mix"), 0.375) << refused;
+        EXPECT_FALSE(field.toolTip().isEmpty()) << refused;
+    }
+}
+
+TEST_F(EditorWindowTest, KeyIsAddedOnTheCurveDraggedNudgedAndRemoved)
+{
+    CurveWidget& curves = window->getCurvePanel().getCurves();
+    QPoint const place = curves.toWidget({0.25F, 0.25F}).toPoint();
+    QTest::mouseClick(&curves, Qt::LeftButton, {}, place);
+    ASSERT_EQ(curves.getPoints().size(), 12U);
+    EXPECT_NEAR(curves.getSelectedPlace()->y, 0.25F, 0.02F) << "the curve is the same";
+    std::size_t const before = countSteps();
+    drag(curves, place, curves.toWidget({0.25F, 0.6F}).toPoint());
+    EXPECT_EQ(countSteps(), before + 1);
+    EXPECT_NEAR(curves.getSelectedPlace()->y, 0.6F, 0.02F);
+    EXPECT_EQ(window->getDocument().getCurve(0), window->getDocument().getCurve(2)) << "all";
+    float const dragged = curves.getSelectedPlace()->y;
+    QTest::keyClick(&curves, Qt::Key_Up, Qt::ShiftModifier);
+    EXPECT_NEAR(curves.getSelectedPlace()->y, dragged + 0.05F, 1e-6F);
+    QTest::keyClick(&curves, Qt::Key_Delete);
+    EXPECT_EQ(curves.getPoints().size(), 9U);
+    for (int step = 0; step < 4; ++step) {
+        window->getDocument().getHistory().undo();
+    }
+    EXPECT_FALSE(window->getDocument().getHistory().canUndo());
+}
+
+TEST_F(EditorWindowTest, SelectedKeysMoveTogetherOnEitherAxis)
+{
+    CurveWidget& curves = window->getCurvePanel().getCurves();
+    for (CurveWidget::Axis const axis : {CurveWidget::Axis::Linear, CurveWidget::Axis::Stops}) {
+        curves.setAxis(axis);
+        CurvePoints const before = curves.getPoints();
+        // A band around the last two keys.
+        drag(curves, curves.toWidget({0.4F, 0.95F}).toPoint() - QPoint(0, 40),
+             curves.toWidget({1.0F, 0.35F}).toPoint() + QPoint(10, 0));
+        ASSERT_EQ(curves.getSelection(), (CurveEditing::Selection{1, 2}));
+        QTest::keyClick(&curves, Qt::Key_Down, Qt::ShiftModifier);
+        QPoint const key = curves.toWidget({before[4].x, before[4].y - 0.05F}).toPoint();
+        drag(curves, key, key + QPoint(0, 20));
+        CurvePoints const after = curves.getPoints();
+        EXPECT_EQ(after[1], before[1]);
+        EXPECT_LT(after[4].y, before[4].y - 0.06F);
+        EXPECT_NEAR(after[7].y - before[7].y, after[4].y - before[4].y, 1e-6F);
+        QTest::mouseClick(&curves, Qt::LeftButton, Qt::ControlModifier,
+                          curves.toWidget(after[7]).toPoint());
+        EXPECT_EQ(curves.getSelectedKey(), std::optional<std::size_t>(1));
+        window->getDocument().getLink().resetCurves();
+    }
+}
+
+TEST_F(EditorWindowTest, ProjectIsSavedAndOpened)
+{
+    Document& document = window->getDocument();
+    document.setNumbers("", {"Linear.Gamma.Green"}, 1.7);
+    EXPECT_TRUE(window->isWindowModified());
+    window->saveProject(folder / "look.json");
+    EXPECT_FALSE(window->isWindowModified());
+    document.setNumbers("", {"Linear.Gamma.Green"}, 3.0);
+    window->openProject(folder / "look.json");
+    EXPECT_EQ(number("Linear.Gamma.Green"), 1.7);
+    document.getHistory().undo();
+    EXPECT_EQ(number("Linear.Gamma.Green"), 3.0) << "opening is a step";
+}
+
+TEST_F(EditorWindowTest, WhatCannotBeReadIsSaidAndWhatWasOpenStays)
+{
+    open(scene);
+    QString const shown = window->windowTitle();
+    std::ofstream(folder / "torn.exr", std::ios::binary)
+        << std::ifstream(scene, std::ios::binary).rdbuf();
+    fs::resize_file(folder / "torn.exr", fs::file_size(scene) / 2);
+    std::ofstream(folder / "wrong.json") << "{\"format\": 1}";
+    for (fs::path const& file : {folder / "none.exr", folder / "torn.exr"}) {
+        open(file);
+        EXPECT_TRUE(
+            window->getBar().getText().contains(QString::fromStdString(file.filename().string())));
+    }
+    window->openProject(folder / "wrong.json");
+    EXPECT_TRUE(window->getBar().getText().contains("wrong.json"));
+    window->saveProject(folder / "no folder" / "look.json");
+    EXPECT_TRUE(window->getBar().getText().contains("look.json"));
+    QTest::qWait(0);
+    EXPECT_EQ(window->windowTitle(), shown);
+}
+
+int main(int nbArguments, char** arguments)
+{
+    testing::InitGoogleTest(&nbArguments, arguments);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(nbArguments, arguments);
+    Theme::apply(application);
+    return RUN_ALL_TESTS();
+}
