@@ -134,7 +134,7 @@ private:
     PickResult pickOneArea(PickPlace const& place, GeRectangle<int> const& area)
     {
         PickPlace const held{area.x0, area.y0, area.getWidth(), area.getHeight(), place.isArea};
-        return {held, pickArea(node, *source, mask, area, time, StopSignals::throwIfAsked)};
+        return {held, AreaPicker(node, *source, mask).pick(area, time, StopSignals::throwIfAsked)};
     }
 
     /// 1 without a mask.

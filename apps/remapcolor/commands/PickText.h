@@ -1,7 +1,7 @@
 #pragma once
 
-#include "remapcolor/commands/PickedArea.h"
 #include "remapcolor/options/PickRequest.h"
+#include "runtime/engine/AreaPicker.h"
 
 #include <string>
 #include <variant>

@@ -3,20 +3,10 @@
 #include "remapcolor/commands/PickedPixel.h"
 
 #include "pluginAPI/IxSampleConversion.h"
+#include "runtime/engine/AreaPicker.h"
 
 #include <cstddef>
 #include <span>
-
-GeRectangle<int> findStrip(ImageSource const& source, int row)
-{
-    int const rows = source.getRowsPerBlock();
-    int index = 0;
-    GeRectangle<int> bounds = source.getStripBounds(index, rows);
-    while (row < bounds.y0 || row >= bounds.y1) {
-        bounds = source.getStripBounds(++index, rows);
-    }
-    return bounds;
-}
 
 CoRgbaColorTyped<float> readPixel(ImageSource& source, int x, int y)
 {

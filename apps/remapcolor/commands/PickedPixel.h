@@ -8,6 +8,3 @@
 /// there is none. Reads no more than the rows that lie together with it, which is within the data
 /// window. Throws ImageFileError.
 CoRgbaColorTyped<float> readPixel(ImageSource& source, int x, int y);
-
-/// The strip that the row lies in; strips come in the picture's own order.
-GeRectangle<int> findStrip(ImageSource const& source, int row);

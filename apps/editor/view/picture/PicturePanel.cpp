@@ -1,23 +1,10 @@
 #include "editor/view/picture/PicturePanel.h"
 
+#include "editor/view/picture/ValueText.h"
+
 #include <QVBoxLayout>
-#include <cmath>
 
 namespace {
-
-/// Six digits; what is no number by name.
-QString formatValue(float value)
-{
-    return std::isnan(value)   ? QStringLiteral("nan")
-           : std::isinf(value) ? QString(value > 0 ? "inf" : "-inf")
-                               : QString::number(static_cast<double>(value), 'g', 6);
-}
-
-QString formatColour(CoRgbaColorTyped<float> const& colour)
-{
-    return formatValue(colour.red) + "  " + formatValue(colour.green) + "  " +
-           formatValue(colour.blue) + "  a " + formatValue(colour.alpha);
-}
 
 QString formatWindow(GeRectangle<int> const& window)
 {
@@ -26,8 +13,8 @@ QString formatWindow(GeRectangle<int> const& window)
 
 } // namespace
 
-PicturePanel::PicturePanel(Document& editedDocument, Plate& shownPlate, int nbWorkers,
-                           QWidget* parent)
+PicturePanel::PicturePanel(Document& editedDocument, Plate& shownPlate, Picks& shownPicks,
+                           int nbWorkers, QWidget* parent)
     : QWidget(parent), document(editedDocument), plate(shownPlate),
       renderer(document.getNode().getTool(), nbWorkers,
                ViewRenderer::Callbacks{[this](ViewImage const& image, bool isFinal) {
@@ -40,7 +27,7 @@ PicturePanel::PicturePanel(Document& editedDocument, Plate& shownPlate, int nbWo
                                            emit failed(failure);
                                            emit settled();
                                        }}),
-      probe(document, plate, [this] { showPixel(); }), picture(new PictureWidget(this))
+      picks(shownPicks), picture(new PictureWidget(picks, this))
 {
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -48,10 +35,8 @@ PicturePanel::PicturePanel(Document& editedDocument, Plate& shownPlate, int nbWo
     document.getNode().addHandler(&changed);
     document.addTimeHandler(&timeChanged);
     plate.addHandler(&plateChanged);
+    picks.addHandler(&picksChanged);
     connect(picture, &PictureWidget::viewChanged, this, &PicturePanel::showView);
-    connect(picture, &PictureWidget::pixelPointed, this,
-            [this](int x, int y) { probe.point(x, y); });
-    connect(picture, &PictureWidget::pointerLeft, this, [this] { probe.leave(); });
 }
 
 PicturePanel::~PicturePanel() noexcept = default;
@@ -83,7 +68,6 @@ void PicturePanel::showView()
     request.transform = transform;
     request.time = document.getTime();
     renderer.request(request, document.getNode());
-    probe.refresh();
     bool const isNeutral = transform == ViewTransform();
     emit viewTextChanged(
         QString::fromStdString(plate.getFile().filename().string()) + "   " +
@@ -94,14 +78,14 @@ void PicturePanel::showView()
 
 void PicturePanel::showPixel()
 {
-    auto const& reading = probe.getReading();
+    auto const& hovered = picks.getHovered();
     QString text;
-    if (reading.has_value()) {
-        text = QString("x %1  y %2     in  %3")
-                   .arg(reading->x)
-                   .arg(reading->y)
-                   .arg(formatColour(reading->in));
-        text += reading->out.has_value() ? "     out  " + formatColour(*reading->out) : QString();
+    if (hovered.has_value() && hovered->in.has_value()) {
+        text = tr("x %1  y %2   in  ").arg(hovered->place.x0).arg(hovered->place.y0) +
+               ValueText::formatColour(hovered->in->mean);
+    }
+    if (hovered.has_value() && hovered->out.has_value()) {
+        text += tr(" out  ") + ValueText::formatColour(hovered->out->mean);
     }
     emit pixelTextChanged(text);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editor/model/picture/PixelProbe.h"
+#include "editor/model/picture/Picks.h"
 #include "editor/model/picture/ViewRenderer.h"
 #include "editor/view/picture/PictureWidget.h"
 
@@ -14,7 +14,7 @@ class PicturePanel : public QWidget {
     Q_OBJECT
 
 public:
-    PicturePanel(Document& editedDocument, Plate& shownPlate, int nbWorkers,
+    PicturePanel(Document& editedDocument, Plate& shownPlate, Picks& shownPicks, int nbWorkers,
                  QWidget* parent = nullptr);
     ~PicturePanel() noexcept override;
 
@@ -39,11 +39,16 @@ private:
     Document& document;
     Plate& plate;
     ViewRenderer renderer;
-    PixelProbe probe;
+    Picks& picks;
     ViewTransform transform;
     PictureWidget* picture;
     CbFunction<ValueChange const> changed{[this](ValueChange const&) { showView(); }};
     CbFunction<double const> timeChanged{[this](double const&) { showView(); }};
+    CbFunction<PicksNotice const> picksChanged{[this](PicksNotice const& notice) {
+        if (notice == PicksNotice::Hovered) {
+            showPixel();
+        }
+    }};
     CbFunction<PlateNotice const> plateChanged{
         [this](PlateNotice const& notice) { takePlate(notice); }};
 };

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -16,17 +17,21 @@ constexpr double leastZoom = 1.0 / 64;
 constexpr double greatestZoom = 64.0;
 constexpr double zoomPerNotch = 1.25;
 constexpr double wheelUnitsPerNotch = 120.0;
+constexpr double panPerKey = 60.0; // widget pixels
+constexpr int panBegins = 3;
 constexpr double margin = 12.0; // screen pixels around a fitted picture
 
 } // namespace
 
-PictureWidget::PictureWidget(QWidget* parent) : QWidget(parent)
+PictureWidget::PictureWidget(Picks& shownPicks, QWidget* parent)
+    : QWidget(parent), picks(shownPicks), marks(picks, *this), table(new PickTable(picks, this))
 {
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(240, 180);
     setAccessibleName(tr("Picture"));
     setAttribute(Qt::WA_OpaquePaintEvent);
+    picks.addHandler(&picksChanged);
 }
 
 void PictureWidget::setWindows(GeRectangle<int> const& dataWindow,
@@ -117,6 +122,21 @@ QPointF PictureWidget::toScreen(QPointF const& place) const
     return (place - origin) * zoom;
 }
 
+QPointF PictureWidget::toPicture(QPointF const& place) const
+{
+    return origin + place * devicePixelRatioF() / zoom;
+}
+
+QPointF PictureWidget::toWidget(QPointF const& place) const
+{
+    return toScreen(place) / devicePixelRatioF();
+}
+
+QRectF PictureWidget::toWidget(GeRectangle<int> const& region) const
+{
+    return {toWidget(QPointF(region.x0, region.y0)), toWidget(QPointF(region.x1, region.y1))};
+}
+
 QRectF PictureWidget::toScreen(GeRectangle<int> const& region) const
 {
     return {toScreen(QPointF(region.x0, region.y0)), toScreen(QPointF(region.x1, region.y1))};
@@ -150,10 +170,13 @@ void PictureWidget::paintEvent(QPaintEvent*)
         painter.setPen(QPen(Theme::frame, 1, Qt::DashLine));
     }
     painter.drawRect(toScreen(data).adjusted(-1, -1, 0, 0));
+    painter.resetTransform();
+    marks.paint(painter);
 }
 
 void PictureWidget::resizeEvent(QResizeEvent*)
 {
+    table->place();
     if (isFitted) {
         fit();
     } else {
@@ -170,47 +193,107 @@ void PictureWidget::wheelEvent(QWheelEvent* event)
 
 void PictureWidget::mousePressEvent(QMouseEvent* event)
 {
-    dragged = event->position();
-    setCursor(Qt::ClosedHandCursor);
+    bool const isPan = event->button() == Qt::MiddleButton || event->button() == Qt::RightButton ||
+                       event->modifiers().testFlag(Qt::AltModifier);
+    if (data.isEmpty()) {
+        return;
+    }
+    if (isPan) {
+        panned = event->position();
+        hasPanned = false;
+    } else {
+        marks.press(*event);
+    }
 }
 
 void PictureWidget::mouseMoveEvent(QMouseEvent* event)
 {
-    double const ratio = devicePixelRatioF();
-    if (event->buttons() != Qt::NoButton) {
-        isFitted = false;
-        origin -= (event->position() - dragged) * ratio / zoom;
-        dragged = event->position();
-        settle();
+    if (!panned.has_value()) {
+        marks.move(*event);
+        hover(event->position());
         return;
     }
-    QPointF const place = origin + event->position() * ratio / zoom;
-    auto const x = static_cast<int>(std::floor(place.x()));
-    auto const y = static_cast<int>(std::floor(place.y()));
-    if (x >= data.x0 && x < data.x1 && y >= data.y0 && y < data.y1) {
-        emit pixelPointed(x, y);
-    } else {
-        emit pointerLeft();
+    QPointF const by = event->position() - *panned;
+    if (hasPanned || by.manhattanLength() >= panBegins) {
+        setCursor(Qt::ClosedHandCursor);
+        hasPanned = true;
+        panned = event->position();
+        pan(by);
     }
 }
 
-void PictureWidget::mouseReleaseEvent(QMouseEvent*)
+void PictureWidget::mouseReleaseEvent(QMouseEvent* event)
 {
-    unsetCursor();
+    marks.release(*event);
+    if (std::exchange(panned, {}).has_value()) {
+        setCursor(Qt::CrossCursor);
+        if (event->button() == Qt::RightButton && !hasPanned) {
+            marks.openMenu(event->pos(), event->globalPosition().toPoint());
+        }
+    }
+}
+
+/// The right button pans, so a menu comes when it is let go.
+void PictureWidget::contextMenuEvent(QContextMenuEvent* event)
+{
+    event->accept();
+}
+
+void PictureWidget::pan(QPointF const& by)
+{
+    isFitted = false;
+    origin -= by * devicePixelRatioF() / zoom;
+    settle();
+}
+
+void PictureWidget::hover(QPointF const& widgetPlace)
+{
+    QPointF const place = toPicture(widgetPlace);
+    auto const x = static_cast<int>(std::floor(place.x()));
+    auto const y = static_cast<int>(std::floor(place.y()));
+    if (x >= data.x0 && x < data.x1 && y >= data.y0 && y < data.y1) {
+        picks.hover(x, y);
+    } else {
+        picks.leave();
+    }
+}
+
+GeRectangle<int> PictureWidget::findPointedPixel() const
+{
+    auto const& hovered = picks.getHovered();
+    if (hovered.has_value()) {
+        return hovered->place;
+    }
+    QPointF const middle = toPicture(QRectF(rect()).center());
+    int const x = std::clamp(static_cast<int>(std::floor(middle.x())), data.x0, data.x1 - 1);
+    int const y = std::clamp(static_cast<int>(std::floor(middle.y())), data.y0, data.y1 - 1);
+    return {x, y, x + 1, y + 1};
 }
 
 void PictureWidget::keyPressEvent(QKeyEvent* event)
 {
-    switch (event->key()) {
-    case Qt::Key_F: fit(); break;
-    case Qt::Key_1: showPixels(); break;
-    case Qt::Key_Plus: setZoom(zoom * zoomPerNotch, rect().center()); break;
-    case Qt::Key_Minus: setZoom(zoom / zoomPerNotch, rect().center()); break;
-    default: QWidget::keyPressEvent(event);
+    bool const isTaken = !data.isEmpty() && (marks.pressKey(*event) || pressKey(*event));
+    if (!isTaken) {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+bool PictureWidget::pressKey(QKeyEvent const& event)
+{
+    switch (event.key()) {
+    case Qt::Key_F: fit(); return true;
+    case Qt::Key_1: showPixels(); return true;
+    case Qt::Key_Plus: setZoom(zoom * zoomPerNotch, rect().center()); return true;
+    case Qt::Key_Minus: setZoom(zoom / zoomPerNotch, rect().center()); return true;
+    case Qt::Key_Left: pan({panPerKey, 0}); return true;
+    case Qt::Key_Right: pan({-panPerKey, 0}); return true;
+    case Qt::Key_Up: pan({0, panPerKey}); return true;
+    case Qt::Key_Down: pan({0, -panPerKey}); return true;
+    default: return false;
     }
 }
 
 void PictureWidget::leaveEvent(QEvent*)
 {
-    emit pointerLeft();
+    picks.leave();
 }

@@ -1,6 +1,7 @@
 #include "editor/view/window/EditorWindow.h"
 
 #include "base/EvEventManager.h"
+#include "editor/view/picture/ValueText.h"
 #include "editor/view/window/Theme.h"
 #include "pluginAPI/PiInputPolicy.h"
 #include "session/Failures.h"
@@ -77,7 +78,7 @@ void EditorWindow::takeEventsOver()
 void EditorWindow::buildCentre()
 {
     bar = new MessageBar(this);
-    picture = new PicturePanel(document, plate, countUsableCores(), this);
+    picture = new PicturePanel(document, plate, picks, countUsableCores(), this);
     parameters = new ParameterPanel(document, this);
     curvePanel = new CurvePanel(document, this);
     auto* const scroll = new QScrollArea(this);
@@ -180,6 +181,7 @@ void EditorWindow::buildStatusBar()
     pixelText = new QLabel(this);
     pictureText = new QLabel(this);
     pixelText->setTextFormat(Qt::PlainText);
+    pixelText->setFont(ValueText::getFont());
     statusBar()->setSizeGripEnabled(false);
     statusBar()->setContentsMargins(8, 0, 10, 0);
     statusBar()->addWidget(pixelText, 1);

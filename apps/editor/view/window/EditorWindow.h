@@ -65,6 +65,7 @@ private:
 
     Document document;
     Plate plate;
+    Picks picks{document, plate};
 
     MessageBar* bar = nullptr;
     PicturePanel* picture = nullptr;

@@ -1,9 +1,8 @@
 // An area of a picture through a chain, summed up.
 
-#include "remapcolor/commands/PickedArea.h"
+#include "runtime/engine/AreaPicker.h"
 
 #include "pluginAPI/IxSampleConversion.h"
-#include "remapcolor/commands/PickedPixel.h"
 #include "runtime/engine/DeliveredStrip.h"
 
 #include <algorithm>
@@ -80,13 +79,28 @@ ImageInfo widenInfo(ImageInfo info)
 
 } // namespace
 
-AreaSummary pickArea(HostNode& node, ImageSource& source, ChainMask const& mask,
-                     GeRectangle<int> const& area, double time,
-                     std::function<void()> const& beforeStrip)
+GeRectangle<int> findStrip(ImageSource const& source, int row)
 {
-    auto const start = makeNode<SourceImageNode>(widenInfo(source.getInfo()));
-    auto const chain = castNode<PxImageProtocol const>(node.buildChain(
-        PxNodePtr<PxImageProtocol const>(start), PxNodePtr<PxImageProtocol const>(mask.node)));
+    int const rows = source.getRowsPerBlock();
+    int index = 0;
+    GeRectangle<int> bounds = source.getStripBounds(index, rows);
+    while (row < bounds.y0 || row >= bounds.y1) {
+        bounds = source.getStripBounds(++index, rows);
+    }
+    return bounds;
+}
+
+AreaPicker::AreaPicker(HostNode& node, ImageSource& imageSource, ChainMask const& chainMask)
+    : source(imageSource), mask(chainMask),
+      start(makeNode<SourceImageNode>(widenInfo(source.getInfo()))),
+      chain(castNode<PxImageProtocol const>(node.buildChain(
+          PxNodePtr<PxImageProtocol const>(start), PxNodePtr<PxImageProtocol const>(mask.node))))
+{
+}
+
+AreaSummary AreaPicker::pick(GeRectangle<int> const& area, double time,
+                             std::function<void()> const& beforeStrip)
+{
     AreaSummary summary;
     ImageStrip strip;
     for (int y = area.y0; y < area.y1;) {

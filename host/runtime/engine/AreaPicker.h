@@ -31,9 +31,24 @@ struct ChainMask {
     MaskFeed* feed = nullptr;
 };
 
-/// Sends the pixels of `area`, which lies within the data window, through a chain of `node` as
-/// float, strip by strip, on the calling thread. The node's output depth is 32 bit. `beforeStrip`
-/// may throw to end it. Throws ImageFileError.
-AreaSummary pickArea(HostNode& node, ImageSource& source, ChainMask const& mask,
-                     GeRectangle<int> const& area, double time,
+/// The strip of a source that the row lies in; strips come in the picture's own order.
+GeRectangle<int> findStrip(ImageSource const& source, int row);
+
+/// A chain of its own for areas of a picture. Made and destroyed on the user-interface thread; what
+/// it names lives longer. The node's output depth is 32 bit.
+class AreaPicker {
+public:
+    AreaPicker(HostNode& node, ImageSource& imageSource, ChainMask const& chainMask = {});
+
+    /// Sends the pixels of `area`, which lies within the data window, through the chain as float,
+    /// strip by strip, on the calling thread: any one at a time, while the node does not change.
+    /// `beforeStrip` may throw to end it. Throws ImageFileError.
+    AreaSummary pick(GeRectangle<int> const& area, double time,
                      std::function<void()> const& beforeStrip);
+
+private:
+    ImageSource& source;
+    ChainMask mask;
+    PxNodePtr<SourceImageNode> start;
+    PxNodePtr<PxImageProtocol const> chain;
+};
