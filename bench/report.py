@@ -174,6 +174,43 @@ def file_table(results):
                    rows))
 
 
+def floor_table(results):
+    names = list(dict.fromkeys(name.split("/")[1] for name in results.runs
+                               if name.startswith("floor/")))
+    rows = []
+    for name in names:
+        cells = [name]
+        for threads in [1, 2]:
+            render, library = (results.seconds(f"floor/{name}/{threads}/{program}", "real_time")
+                               for program in ["render", "library"])
+            cells += [f"{library.median:.3f}", f"{render.median:.3f}", render.over(library)]
+        rows.append(cells)
+    yield ("Each compression, 3840 x 2160 half RGBA, EXR display + curves, one and two threads: "
+           "seconds that the bare OpenEXR library takes to read the picture and to write the "
+           "result's pixels, seconds of a render, and their ratio:\n\n"
+           + table(["compression", "library, 1", "render, 1", "times", "library, 2", "render, 2",
+                    "times"], rows))
+
+
+def whole_runs(results):
+    def median(name):
+        return results.seconds(name, "real_time").median
+
+    start = median("start") * 1e3
+    lines = [f"- a render of 1 x 1 pixels, which is what a start costs: {start:.1f} ms"]
+    kinds = {"png": "PNG", "tif": "TIFF"}
+    lines += [f"- 3840 x 2160 from ZIP to 16-bit {kind}: {median(f'other/{name}/1'):.2f} s with "
+              f"one thread, {median(f'other/{name}/2'):.2f} s with two"
+              for name, kind in kinds.items()]
+    if "sequence/render" in results.runs:
+        render, library = (results.seconds(f"sequence/{program}", "real_time")
+                           for program in ["render", "library"])
+        lines.append(f"- 48 frames of ZIP on two threads: {render.median:.1f} s, "
+                     f"{render.over(library)} of what the library takes for them in processes of "
+                     f"one thread, two at a time ({library.median:.1f} s)")
+    yield "Whole runs:\n\n" + "\n".join(lines) + "\n"
+
+
 def draw(results):
     """A panel for each work: a bar for each contender, as long as its time."""
     colours = {"plain loop": "#9aa0a6", "Baseline": "#8ab4f8", "Avx2": "#4285f4",
@@ -202,7 +239,7 @@ def main():
     folder, page, picture = map(Path, sys.argv[1:])
     results = Results(folder)
     sections = [intro, kernel_tables, strip_table, conversion_table, bundle_table,
-                file_table]
+                file_table, floor_table, whole_runs]
     figures = "\n".join(text for section in sections for text in section(results))
     before, rest = page.read_text().split(BEGIN)
     page.write_text(before + BEGIN + "\n" + figures + "\n" + END + rest.split(END)[1])

@@ -3,60 +3,19 @@
 //
 // filesBench [--quick] [options of Google Benchmark]: without the large file if quick.
 
+#include "remapcolor/FloorBench.h"
+#include "support/ProgramRun.h"
 #include "support/TestFolder.h"
 
 #include <benchmark/benchmark.h>
 
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <chrono>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <spawn.h>
 #include <string>
-#include <system_error>
-#include <vector>
 
 namespace {
 
-using Words = std::vector<std::string>;
-
-struct Run {
-    bool isGood = false;
-    double seconds = 0.0;
-    double cpuSeconds = 0.0;
-    double peakMegabytes = 0.0;
-};
-
-double toSeconds(timeval const& time)
-{
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
-}
-
-/// Runs a program to its end. This process stays small: a child's peak starts with its parent's.
-Run runProgram(Words const& command)
-{
-    std::vector<char*> arguments;
-    for (std::string const& word : command) {
-        arguments.push_back(const_cast<char*>(word.c_str()));
-    }
-    arguments.push_back(nullptr);
-    auto const start = std::chrono::steady_clock::now();
-    pid_t child = 0;
-    if (::posix_spawnp(&child, arguments[0], nullptr, nullptr, arguments.data(), environ) != 0) {
-        return {};
-    }
-    int status = 0;
-    rusage usage{};
-    ::wait4(child, &status, 0, &usage);
-    std::chrono::duration<double> const time = std::chrono::steady_clock::now() - start;
-    return {status == 0, time.count(), toSeconds(usage.ru_utime) + toSeconds(usage.ru_stime),
-            static_cast<double>(usage.ru_maxrss) / 1024.0};
-}
+using namespace bench;
 
 struct Size {
     char const* name;
@@ -71,32 +30,12 @@ struct Program {
     Words (*makeCommand)(std::string const& input, std::string const& output, int threads);
 };
 
-/// A program that lies beside this one.
-std::string findProgram(char const* name)
-{
-    return std::filesystem::read_symlink("/proc/self/exe").replace_filename(name).string();
-}
-
 Program const programs[] = {
     {"OpenEXR copy",
      [](std::string const& input, std::string const& output, int threads) {
          return Words{findProgram("exrFiles"), "copy", input, output, std::to_string(threads)};
      }},
-    {"remapcolor, EXR display + curves",
-     [](std::string const& input, std::string const& output, int threads) {
-         return Words{findProgram("remapcolor"),
-                      "render",
-                      input,
-                      "-o",
-                      output,
-                      "-q",
-                      "-j",
-                      std::to_string(threads),
-                      "--mode",
-                      "EXRDisplay",
-                      "--curve",
-                      "rgb=0,0 0.25,0.2 0.75,0.82 1,1"};
-     }},
+    {"remapcolor, EXR display + curves", makeRender},
     {"oiiotool, multiply and power",
      [](std::string const& input, std::string const& output, int threads) {
          return Words{"oiiotool",         "--threads", std::to_string(threads),  input, "--mulc",
@@ -169,14 +108,12 @@ int main(int nbArguments, char** arguments)
     TestFolder const folder;
     for (Size const& size : sizes) {
         std::string const input = folder.path / (std::to_string(size.width) + ".exr");
-        if ((isQuick && &size != &sizes[0]) ||
-            !runProgram({findProgram("exrFiles"), "make", input, std::to_string(size.width),
-                         std::to_string(size.height)})
-                 .isGood) {
-            continue;
+        bool const isLeftOut = isQuick && &size != &sizes[0];
+        if (!isLeftOut && makePicture(input, size.width, size.height, "zip", 0)) {
+            addSize(size, input);
         }
-        addSize(size, input);
     }
+    addFloors(folder.path, isQuick);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

@@ -1,6 +1,11 @@
 // The bare library's way with a file, as a yardstick for whole programs:
-//   exrFiles make FILE WIDTH HEIGHT       writes a half RGBA picture, ZIP
-//   exrFiles copy INPUT OUTPUT THREADS    reads and writes it, a few blocks at a time
+//   exrFiles make FILE WIDTH HEIGHT COMPRESSION TILE     writes a half RGBA picture; TILE 0: rows
+//   exrFiles copy INPUT OUTPUT THREADS                   reads and writes it, some blocks at a time
+//   exrFiles floor INPUT RESULT OUTPUT THREADS           reads INPUT and writes RESULT's pixels
+//
+// What pixels cost to pack depends on them: "floor" is what the library takes for the pixels that a
+// program writes. It prints how long it took to get them, in seconds on the clock and of the
+// processor, which are not part of it.
 
 #include <ImfChannelList.h>
 #include <ImfFrameBuffer.h>
@@ -8,13 +13,20 @@
 #include <ImfInputFile.h>
 #include <ImfOutputFile.h>
 #include <ImfThreading.h>
+#include <ImfTiledInputFile.h>
+#include <ImfTiledOutputFile.h>
 #include <half.h>
 
+#include <sys/resource.h>
+
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <functional>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -22,7 +34,9 @@
 namespace {
 
 constexpr char const* channels[] = {"R", "G", "B", "A"};
-constexpr int rowsAtOnce = 128; // eight blocks of ZIP
+constexpr char const* compressions[] = {"none",  "rle", "zips", "zip",  "piz",
+                                        "pxr24", "b44", "b44a", "dwaa", "dwab"};
+constexpr int rowsAtOnce = 256; // the highest block, DWAB's, and several of the others
 
 /// A window of rows with four halves a pixel.
 class Rows {
@@ -52,6 +66,77 @@ private:
     std::vector<half> samples;
 };
 
+/// A picture of rows or tiles; tiles are read and written a run of whole rows of them at a time.
+class Input {
+public:
+    explicit Input(char const* file)
+    {
+        rows = std::make_unique<Imf::InputFile>(file);
+        if (rows->header().hasTileDescription()) {
+            tiles = std::make_unique<Imf::TiledInputFile>(file);
+        }
+    }
+
+    Imf::Header const& getHeader() const { return rows->header(); }
+    int getWidth() const
+    {
+        return getHeader().dataWindow().max.x - getHeader().dataWindow().min.x + 1;
+    }
+
+    void read(Imf::FrameBuffer const& frame, int first, int last)
+    {
+        if (tiles == nullptr) {
+            rows->setFrameBuffer(frame);
+            rows->readPixels(first, last);
+            return;
+        }
+        int const height = static_cast<int>(tiles->tileYSize());
+        tiles->setFrameBuffer(frame);
+        tiles->readTiles(0, tiles->numXTiles() - 1, first / height, last / height);
+    }
+
+private:
+    std::unique_ptr<Imf::InputFile> rows;
+    std::unique_ptr<Imf::TiledInputFile> tiles;
+};
+
+class Output {
+public:
+    Output(char const* file, Imf::Header const& header)
+    {
+        if (header.hasTileDescription()) {
+            tiles = std::make_unique<Imf::TiledOutputFile>(file, header);
+        } else {
+            rows = std::make_unique<Imf::OutputFile>(file, header);
+        }
+    }
+
+    void write(Imf::FrameBuffer const& frame, int first, int last)
+    {
+        if (tiles == nullptr) {
+            rows->setFrameBuffer(frame);
+            rows->writePixels(last - first + 1);
+            return;
+        }
+        int const height = static_cast<int>(tiles->tileYSize());
+        tiles->setFrameBuffer(frame);
+        tiles->writeTiles(0, tiles->numXTiles() - 1, first / height, last / height);
+    }
+
+private:
+    std::unique_ptr<Imf::OutputFile> rows;
+    std::unique_ptr<Imf::TiledOutputFile> tiles;
+};
+
+/// Calls `work` for all rows of a picture that begins with row 0, some at a time.
+void forRows(Imf::Header const& header, std::function<void(int first, int last)> const& work)
+{
+    int const bottom = header.dataWindow().max.y;
+    for (int y = 0; y <= bottom; y += rowsAtOnce) {
+        work(y, std::min(y + rowsAtOnce - 1, bottom));
+    }
+}
+
 /// Soft light over several stops, and a little noise as a camera or a renderer leaves it.
 void makeRow(int width, int y, half* row, std::mt19937& random)
 {
@@ -68,60 +153,124 @@ void makeRow(int width, int y, half* row, std::mt19937& random)
     }
 }
 
-void makeFile(char const* file, int width, int height)
+void makeFile(char** arguments)
 {
-    Imf::Header header(width, height);
-    header.compression() = Imf::ZIP_COMPRESSION;
+    int const width = std::atoi(arguments[1]);
+    int const tile = std::atoi(arguments[4]);
+    Imf::Header header(width, std::atoi(arguments[2]));
+    auto const* const name =
+        std::find(std::begin(compressions), std::end(compressions), std::string(arguments[3]));
+    header.compression() = static_cast<Imf::Compression>(name - std::begin(compressions));
+    if (tile > 0) {
+        auto const side = static_cast<unsigned>(tile);
+        header.setTileDescription(Imf::TileDescription(side, side));
+    }
     for (char const* channel : channels) {
         header.channels().insert(channel, Imf::Channel(Imf::HALF));
     }
-    Imf::OutputFile output(file, header);
+    Output output(arguments[0], header);
     Rows rows(width);
     std::mt19937 random(1);
-    for (int y = 0; y < height; y += rowsAtOnce) {
-        int const nbRows = std::min(rowsAtOnce, height - y);
-        for (int row = 0; row < nbRows; ++row) {
-            makeRow(width, y + row, rows.getRow(row), random);
+    forRows(header, [&](int first, int last) {
+        for (int y = first; y <= last; ++y) {
+            makeRow(width, y, rows.getRow(y - first), random);
         }
-        output.setFrameBuffer(rows.makeFrameBuffer(y));
-        output.writePixels(nbRows);
-    }
+        output.write(rows.makeFrameBuffer(first), first, last);
+    });
 }
 
-void copyFile(char const* inputFile, char const* outputFile, int nbThreads)
+void setThreads(char const* threads)
 {
-    Imf::setGlobalThreadCount(nbThreads > 1 ? nbThreads : 0);
-    Imf::InputFile input(inputFile);
-    Imf::OutputFile output(outputFile, input.header());
-    Imath::Box2i const window = input.header().dataWindow();
-    Rows rows(window.max.x - window.min.x + 1);
-    for (int y = window.min.y; y <= window.max.y; y += rowsAtOnce) {
-        int const last = std::min(y + rowsAtOnce - 1, window.max.y);
-        Imf::FrameBuffer const frameBuffer = rows.makeFrameBuffer(y);
-        input.setFrameBuffer(frameBuffer);
-        input.readPixels(y, last);
-        output.setFrameBuffer(frameBuffer);
-        output.writePixels(last - y + 1);
-    }
+    Imf::setGlobalThreadCount(std::atoi(threads) > 1 ? std::atoi(threads) : 0);
 }
+
+void copyFile(char** arguments)
+{
+    setThreads(arguments[2]);
+    Input input(arguments[0]);
+    Output output(arguments[1], input.getHeader());
+    Rows rows(input.getWidth());
+    forRows(input.getHeader(), [&](int first, int last) {
+        Imf::FrameBuffer const frame = rows.makeFrameBuffer(first);
+        input.read(frame, first, last);
+        output.write(frame, first, last);
+    });
+}
+
+/// Time that is none of the measured work.
+class Aside {
+public:
+    void run(std::function<void()> const& work)
+    {
+        auto const start = std::chrono::steady_clock::now();
+        double const busy = getProcessorSeconds();
+        work();
+        processorSeconds += getProcessorSeconds() - busy;
+        seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    }
+
+    void print() const { std::printf("%.6f %.6f\n", seconds, processorSeconds); }
+
+private:
+    static double getProcessorSeconds()
+    {
+        rusage usage{};
+        ::getrusage(RUSAGE_SELF, &usage);
+        auto const toSeconds = [](timeval const& time) {
+            return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
+        };
+        return toSeconds(usage.ru_utime) + toSeconds(usage.ru_stime);
+    }
+
+    double seconds = 0.0;
+    double processorSeconds = 0.0;
+};
+
+void writeResult(char** arguments)
+{
+    setThreads(arguments[3]);
+    Input input(arguments[0]);
+    Aside aside;
+    std::unique_ptr<Input> result;
+    aside.run([&] { result = std::make_unique<Input>(arguments[1]); });
+    Output output(arguments[2], result->getHeader());
+    Rows rows(input.getWidth());
+    forRows(input.getHeader(), [&](int first, int last) {
+        Imf::FrameBuffer const frame = rows.makeFrameBuffer(first);
+        input.read(frame, first, last);
+        aside.run([&] { result->read(frame, first, last); });
+        output.write(frame, first, last);
+    });
+    aside.run([&] { result.reset(); });
+    aside.print();
+}
+
+struct Command {
+    char const* name;
+    int nbArguments;
+    void (*run)(char** arguments);
+};
+constexpr Command commands[] = {
+    {"make", 5, makeFile}, {"copy", 3, copyFile}, {"floor", 4, writeResult}};
 
 } // namespace
 
 int main(int nbArguments, char** arguments)
 {
-    std::string const command = nbArguments == 5 ? arguments[1] : "";
     try {
-        if (command == "make") {
-            makeFile(arguments[2], std::atoi(arguments[3]), std::atoi(arguments[4]));
-        } else if (command == "copy") {
-            copyFile(arguments[2], arguments[3], std::atoi(arguments[4]));
-        } else {
-            std::fputs("exrFiles make FILE WIDTH HEIGHT | copy INPUT OUTPUT THREADS\n", stderr);
-            return 2;
+        for (Command const& command : commands) {
+            if (nbArguments == command.nbArguments + 2 &&
+                arguments[1] == std::string(command.name)) {
+                command.run(arguments + 2);
+                return 0;
+            }
         }
     } catch (std::exception const& error) {
         std::fprintf(stderr, "exrFiles: %s\n", error.what());
         return 1;
     }
-    return 0;
+    std::fputs("exrFiles make FILE WIDTH HEIGHT COMPRESSION TILE | copy INPUT OUTPUT THREADS | "
+               "floor INPUT RESULT OUTPUT THREADS\n",
+               stderr);
+    return 2;
 }
