@@ -7,6 +7,7 @@
 
 #include "pluginAPI/PxRequestMgr.h"
 #include "runtime/engine/DeliveredStrip.h"
+#include "runtime/engine/HalfTables.h"
 #include "runtime/engine/RenderEngine.h"
 
 #include <algorithm>
@@ -29,13 +30,61 @@ std::size_t estimateStripBytes(RenderJob const& job)
            (width * pixelBytes + job.source.getFurtherBytesPerRow());
 }
 
-/// A picture on its way. All but `job` and the constants is locked by the pool's mutex.
+namespace {
+
+/// Pixels of the picture, a layer's.
+std::int64_t countPixels(RenderJob const& job)
+{
+    GeRectangle<int> const& window = job.source.getInfo().dataWindow;
+    return std::int64_t{window.getWidth()} * std::max(window.getHeight(), 0);
+}
+
+/// A lane with its tables if they pay: made by the worker that asks first.
+class FastLane {
+public:
+    FastLane(RenderLane const& itsLane, double jobTime, bool isWorthTables)
+        : lane(itsLane), time(jobTime), wantsTables(isWorthTables)
+    {
+    }
+
+    IxTile send(IxTile const& tile)
+    {
+        if (wantsTables) {
+            std::call_once(
+                isTried, [this] { tables = HalfTables::make(lane.chain, lane.sourceNode, time); });
+        }
+        if (tables != nullptr) {
+            return tables->apply(tile);
+        }
+        DeliveredStrip const delivered(lane.sourceNode, tile);
+        return lane.chain.computeImage(PxImageContext(time, tile.getBounds()))
+            .getTileGuard()
+            .getTile();
+    }
+
+private:
+    RenderLane lane;
+    double time;
+    bool wantsTables;
+    std::once_flag isTried;
+    std::unique_ptr<HalfTables const> tables;
+};
+
+} // namespace
+
+/// A picture on its way. All but `job`, `lanes` and the constants is locked by the pool's mutex.
 struct RenderPool::Picture {
     Picture(Ticket itsTicket, RenderJob const& itsJob)
         : ticket(itsTicket), job(itsJob), stripRows(chooseStripRows(itsJob.source)),
           nbRows(itsJob.source.getInfo().dataWindow.getHeight()),
           stripBytes(estimateStripBytes(itsJob))
     {
+        bool const isLarge =
+            itsJob.mask == nullptr && countPixels(itsJob) >= HalfTables::leastPixels;
+        lanes.emplace_back(RenderLane{itsJob.chain, itsJob.sourceNode}, itsJob.time, isLarge);
+        for (RenderLane const& lane : itsJob.furtherLayers) {
+            lanes.emplace_back(lane, itsJob.time, isLarge);
+        }
     }
 
     /// Whether there is something to begin that no worker does. A picture without rows is only
@@ -51,6 +100,7 @@ struct RenderPool::Picture {
     int const stripRows;
     int const nbRows;
     std::size_t const stripBytes;
+    std::list<FastLane> lanes; ///< of the layers; any worker
 
     int nbWorking = 0; ///< workers that have a strip of it
     bool isReading = false;
@@ -267,15 +317,10 @@ void RenderPool::compute(Strip& strip) const
     if (!strip.mask.isNull()) {
         deliveredMask.emplace(job.mask->getNode(), strip.mask);
     }
-    PxImageContext const context(job.time, strip.bounds);
-    auto const send = [&context](RenderLane const& lane, IxTile const& tile) {
-        DeliveredStrip const delivered(lane.sourceNode, tile);
-        return lane.chain.computeImage(context).getTileGuard().getTile();
-    };
-    strip.result = send({job.chain, job.sourceNode}, strip.image.colour);
-    for (std::size_t layer = 0; layer < job.furtherLayers.size(); ++layer) {
-        IxTile& colour = strip.image.furtherColour[layer];
-        colour = send(job.furtherLayers[layer], colour);
+    auto lane = strip.picture->lanes.begin();
+    strip.result = lane->send(strip.image.colour);
+    for (IxTile& colour : strip.image.furtherColour) {
+        colour = (++lane)->send(colour);
     }
     job.sink.packStrip(strip.result, strip.image);
 }

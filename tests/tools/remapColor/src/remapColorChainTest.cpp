@@ -157,6 +157,50 @@ TEST(RemapColorChainTest, BitsDoNotDependOnThreadsOrStrips)
     }
 }
 
+/// Of a picture that is large enough for tables of halves, each component takes all of them in an
+/// order of its own; its parts are not.
+TEST(RemapColorChainTest, LargeHalfPicturesAreTheirPartsToTheBit)
+{
+    auto const graph = makeShared<HostGraph>();
+    auto const node = createToolNode(*graph, "Remap Color");
+    struct Row {
+        char const* name;
+        NodeValues values;
+    };
+    CurvePoints curve;
+    for (auto const& [x, y] : makeRandomCurve(3)) {
+        curve.push_back({x, y});
+    }
+    for (auto const& [name, values] :
+         {Row{"levels", {{"Mode", Animated<int>(0)}, {"Linear.Gamma.Red", Animated<double>(2.2)}}},
+          Row{"clamped", {{"Linear.Clamp", Animated<bool>(true)}}},
+          Row{"display", {{"Mode", Animated<int>(1)}}},
+          Row{"curve", {{"Adjust Curve.Green", Animated<CurvePoints>(curve)}}},
+          Row{"no curve", {{"Adjust", Animated<bool>(false)}}},
+          Row{"mixed", {{"Mix", Animated<double>(0.3)}}}}) {
+        SCOPED_TRACE(name);
+        node->setValues(values);
+        for (auto const components : {IxPixelFormat::RGBA, IxPixelFormat::RGB}) {
+            Picture picture(makeFormat(components, IxPixelFormat::FLOAT16), {0, 0, 1024, 512});
+            auto const samples = picture.getSamples<std::uint16_t>();
+            for (std::size_t sample = 0; sample < samples.size(); ++sample) {
+                auto const component = sample % static_cast<std::size_t>(components);
+                samples[sample] =
+                    static_cast<std::uint16_t>(sample * (4099 + 2 * component) + sample / 65536);
+            }
+            Picture const whole = renderPicture(*node, picture, {.threads = 2});
+            Picture part(picture.format, {0, 0, 1024, 32});
+            std::size_t const partBytes = part.bytes.size();
+            for (std::size_t place = 0; place < picture.bytes.size(); place += partBytes) {
+                std::copy_n(&picture.bytes[place], partBytes, part.bytes.begin());
+                ASSERT_EQ(std::memcmp(renderPicture(*node, part).bytes.data(), &whole.bytes[place],
+                                      partBytes),
+                          0);
+            }
+        }
+    }
+}
+
 /// A sample of a picture of any depth as float.
 float readSample(Picture& picture, std::size_t index)
 {
