@@ -40,7 +40,8 @@ void tellToolkitMessage(QtMsgType type, QMessageLogContext const&, QString const
         std::_Exit(static_cast<int>(ExitStatus::Surroundings));
     }
     bool const isNote = type == QtDebugMsg || type == QtInfoMsg || text.contains("XDG_RUNTIME_DIR");
-    if (!isNote && !text.startsWith("could not connect to display") &&
+    if (!isNote && !text.contains("propagateSizeHints") &&
+        !text.startsWith("could not connect to display") &&
         !text.startsWith("Could not load the Qt platform plugin")) {
         std::fprintf(stderr, "remapcolor-editor: %s\n", text.toUtf8().constData());
     }
@@ -63,6 +64,7 @@ int main(int nbArguments, char** arguments)
     Application application(nbArguments, arguments);
     QApplication::setApplicationName("remapcolor-editor");
     QApplication::setApplicationVersion(REMAPCOLOR_VERSION);
+    QApplication::setCursorFlashTime(0); // nothing runs when nothing changes
     Theme::apply(application);
     QCommandLineParser parser;
     parser.setApplicationDescription("Remaps the colours of a picture by curves.");
@@ -76,11 +78,13 @@ int main(int nbArguments, char** arguments)
     parser.process(application);
     try {
         EditorWindow window;
-        if (parser.isSet(shot)) {
+        if (parser.isSet(shot)) { // the same for everybody
             QObject::connect(&window, &EditorWindow::settled, &window, [&] {
                 bool const isSaved = window.grab().save(parser.value(shot));
                 QApplication::exit(isSaved ? 0 : 1);
             });
+        } else {
+            window.restoreLayout();
         }
         for (QString const& file : parser.positionalArguments()) {
             openFile(window, file);

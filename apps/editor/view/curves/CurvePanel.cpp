@@ -85,7 +85,7 @@ QWidget* CurvePanel::makeChannelBar()
     layout->addWidget(fit);
     QToolButton* const more =
         makeButton(QString::fromUtf8("Curve ▾"), tr("Copy, paste, reset and more"), bar);
-    auto* const menu = new QMenu(more);
+    menu = new QMenu(more);
     addMenuAction(*menu, tr("Copy"), [this] { copy(); });
     addMenuAction(*menu, tr("Paste"), [this] { paste(); });
     addMenuAction(*menu, tr("Paste to all"), [this] {
@@ -112,6 +112,25 @@ QWidget* CurvePanel::makeChannelBar()
     more->setPopupMode(QToolButton::InstantPopup);
     layout->addWidget(more);
     return bar;
+}
+
+QList<QAction*> CurvePanel::getActions() const
+{
+    return menu->actions();
+}
+
+KeyHelps CurvePanel::getKeyHelps() const
+{
+    return {{tr("Click on a curve"), tr("add a key, the shape stays")},
+            {tr("Drag"), tr("move the key or handle; from an empty place, select the keys within")},
+            {tr("Shift and drag"), tr("along one axis")},
+            {tr("Alt and drag a handle"), tr("this handle alone")},
+            {tr("Ctrl and click on a key"), tr("select it besides the others, or no more")},
+            {tr("Arrows"), tr("nudge the selected keys; Shift tenfold, Ctrl a tenth")},
+            {tr("Delete"), tr("remove the selected keys")},
+            {tr("Wheel, middle button"), tr("zoom, pan")},
+            {tr("F"), tr("fit the curve")},
+            {tr("Esc"), tr("take back what is being dragged")}};
 }
 
 void CurvePanel::addMenuAction(QWidget& menu, QString const& text, std::function<void()> action)

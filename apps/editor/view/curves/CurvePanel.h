@@ -2,10 +2,12 @@
 
 #include "editor/view/curves/CurveWidget.h"
 #include "editor/view/parameters/NumberField.h"
+#include "editor/view/window/Actions.h"
 
 #include <QWidget>
 
 class QComboBox;
+class QMenu;
 
 /// The curves with what belongs to them: which channel is edited, the selected key's numbers and
 /// handles, copies and resets.
@@ -16,6 +18,10 @@ public:
     CurvePanel(Document& editedDocument, QWidget* parent = nullptr);
 
     CurveWidget& getCurves() { return *curves; }
+
+    /// For a menu, separators among them.
+    QList<QAction*> getActions() const;
+    KeyHelps getKeyHelps() const;
 
 signals:
     /// Something could not be done.
@@ -34,6 +40,7 @@ private:
 
     Document& document;
     CurveWidget* curves;
+    QMenu* menu = nullptr;
     NumberField* keyX = nullptr;
     NumberField* keyY = nullptr;
     QComboBox* handles = nullptr;

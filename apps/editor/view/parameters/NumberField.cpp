@@ -32,6 +32,14 @@ NumberField::NumberField(double stepSize, QWidget* parent) : QLineEdit(parent), 
     showNumber(0.0);
 }
 
+KeyHelps NumberField::getKeyHelps()
+{
+    return {{tr("Type"), tr("a number or a sum, such as 0.18*2")},
+            {tr("Drag sideways"), tr("change it; Ctrl finely, Shift coarsely")},
+            {tr("Up, Down, wheel"), tr("a step, while it has the focus")},
+            {tr("Esc"), tr("take back what was typed or dragged")}};
+}
+
 void NumberField::showNumber(double newNumber)
 {
     number = newNumber;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "editor/view/window/Actions.h"
+
 #include <QLineEdit>
 #include <optional>
 
@@ -10,6 +12,8 @@ class NumberField : public QLineEdit {
 
 public:
     explicit NumberField(double stepSize, QWidget* parent = nullptr);
+
+    static KeyHelps getKeyHelps();
 
     void showNumber(double newNumber);
 

@@ -27,7 +27,7 @@ PicturePanel::PicturePanel(Document& editedDocument, Plate& shownPlate, Picks& s
                                            emit failed(failure);
                                            emit settled();
                                        }}),
-      picks(shownPicks), picture(new PictureWidget(picks, this))
+      picks(shownPicks), picture(new PictureWidget(picks, this)), controls(new ViewControls(*this))
 {
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -40,6 +40,17 @@ PicturePanel::PicturePanel(Document& editedDocument, Plate& shownPlate, Picks& s
 }
 
 PicturePanel::~PicturePanel() noexcept = default;
+
+KeyHelps PicturePanel::getKeyHelps() const
+{
+    return {{tr("Wheel"), tr("zoom about the cursor")},
+            {tr("Middle or right button, Alt and drag"), tr("pan")},
+            {tr("Click, P"), tr("set a pick")},
+            {tr("Drag"), tr("set the pick of an area, or move a pick")},
+            {tr("N"), tr("select the next pick")},
+            {tr("Arrows"), tr("pan, or move the selected pick; Shift by ten, Ctrl its size")},
+            {tr("Delete, Shift+Delete"), tr("remove the selected pick, all picks")}};
+}
 
 void PicturePanel::setTransform(ViewTransform const& newTransform)
 {

@@ -3,6 +3,8 @@
 #include "editor/model/picture/Picks.h"
 #include "editor/model/picture/ViewRenderer.h"
 #include "editor/view/picture/PictureWidget.h"
+#include "editor/view/picture/ViewControls.h"
+#include "editor/view/window/Actions.h"
 
 #include <QWidget>
 #include <exception>
@@ -19,6 +21,8 @@ public:
     ~PicturePanel() noexcept override;
 
     PictureWidget& getPicture() { return *picture; }
+    ViewControls& getControls() { return *controls; }
+    KeyHelps getKeyHelps() const;
     ViewTransform const& getTransform() const { return transform; }
     void setTransform(ViewTransform const& newTransform);
 
@@ -42,6 +46,7 @@ private:
     Picks& picks;
     ViewTransform transform;
     PictureWidget* picture;
+    ViewControls* controls;
     CbFunction<ValueChange const> changed{[this](ValueChange const&) { showView(); }};
     CbFunction<double const> timeChanged{[this](double const&) { showView(); }};
     CbFunction<PicksNotice const> picksChanged{[this](PicksNotice const& notice) {

@@ -174,6 +174,16 @@ void PictureWidget::paintEvent(QPaintEvent*)
     marks.paint(painter);
 }
 
+void PictureWidget::zoomIn()
+{
+    setZoom(zoom * zoomPerNotch, rect().center());
+}
+
+void PictureWidget::zoomOut()
+{
+    setZoom(zoom / zoomPerNotch, rect().center());
+}
+
 void PictureWidget::resizeEvent(QResizeEvent*)
 {
     table->place();
@@ -281,10 +291,6 @@ void PictureWidget::keyPressEvent(QKeyEvent* event)
 bool PictureWidget::pressKey(QKeyEvent const& event)
 {
     switch (event.key()) {
-    case Qt::Key_F: fit(); return true;
-    case Qt::Key_1: showPixels(); return true;
-    case Qt::Key_Plus: setZoom(zoom * zoomPerNotch, rect().center()); return true;
-    case Qt::Key_Minus: setZoom(zoom / zoomPerNotch, rect().center()); return true;
     case Qt::Key_Left: pan({panPerKey, 0}); return true;
     case Qt::Key_Right: pan({-panPerKey, 0}); return true;
     case Qt::Key_Up: pan({0, panPerKey}); return true;

@@ -11,8 +11,8 @@
 #include <QWidget>
 
 /// The picture: zooms about the cursor by the wheel, pans by the middle or right button or Alt and
-/// the left one, F fits, 1 shows pixel for pixel; the left button is that of the picks. It knows
-/// which region it needs and shows what it is given.
+/// the left one; the left button is that of the picks. It knows which region it needs and shows
+/// what it is given.
 class PictureWidget : public QWidget {
     Q_OBJECT
 
@@ -45,6 +45,8 @@ public:
     /// Screen pixels to one of the picture, about a place of the widget.
     void setZoom(double newZoom, QPointF const& about);
     void showPixels() { setZoom(1.0, rect().center()); }
+    void zoomIn(); ///< by a notch of the wheel
+    void zoomOut();
 
 signals:
     /// Another region or size is visible.

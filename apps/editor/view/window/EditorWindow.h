@@ -10,16 +10,14 @@
 
 #include <QMainWindow>
 #include <filesystem>
-#include <functional>
 
-class QAction;
-class QComboBox;
-class QDoubleSpinBox;
+class EditActions;
+class FileActions;
 class QDockWidget;
-class QLabel;
+class WindowLayout;
 
-/// The editor: picture, curves and parameters of one node. What goes wrong is said in one sentence
-/// in a bar; what was open stays. One at a time: it takes the process's events over.
+/// The editor: picture, curves and parameters of one node, put together. What goes wrong is said in
+/// one sentence in a bar; what was open stays. One at a time: it takes the process's events over.
 class EditorWindow : public QMainWindow {
     Q_OBJECT
 
@@ -31,6 +29,9 @@ public:
     void openPicture(std::filesystem::path const& file);
     void openProject(std::filesystem::path const& file);
     void saveProject(std::filesystem::path const& file);
+
+    /// Size, place and panels as the user had them.
+    void restoreLayout();
 
     Document& getDocument() { return document; }
     PictureWidget& getPicture() { return picture->getPicture(); }
@@ -49,18 +50,12 @@ protected:
 private:
     void takeEventsOver();
     void buildCentre();
-    QDockWidget* addPanel(QString const& title, QString const& name, QWidget* panel);
+    void buildPanels();
+    QDockWidget* makePanel(QString const& title, QString const& name, QWidget* panel);
+    void buildMenus();
     void buildToolBar();
     void buildStatusBar();
-    QAction* addAction(class QToolBar& tools, QString const& text, QString const& help,
-                       class QKeySequence const& key, std::function<void()> action);
-    void askForFile();
-    void saveOrAsk();
-    void askAndSave();
-    bool mayDiscard();
-    void takeView();
-    void showMode();
-    void showHistory(HistoryState const& state);
+    void showShortcuts();
     void updateTitle();
 
     Document document;
@@ -71,19 +66,11 @@ private:
     PicturePanel* picture = nullptr;
     ParameterPanel* parameters = nullptr;
     CurvePanel* curvePanel = nullptr;
-    QComboBox* modes = nullptr;
-    QComboBox* channels = nullptr;
-    QDoubleSpinBox* exposure = nullptr;
-    QAction* srgb = nullptr;
-    QAction* undo = nullptr;
-    QAction* redo = nullptr;
-    QLabel* pixelText = nullptr;
-    QLabel* pictureText = nullptr;
+    FileActions* files = nullptr;
+    EditActions* edits = nullptr;
+    WindowLayout* layout = nullptr;
 
-    CbFunction<ValueChange const> changed{[this](ValueChange const&) { showMode(); }};
-    CbFunction<double const> timeChanged{[this](double const&) { showMode(); }};
-    CbFunction<HistoryState const> historyChanged{
-        [this](HistoryState const& state) { showHistory(state); }};
+    CbFunction<HistoryState const> historyChanged{[this](HistoryState const&) { updateTitle(); }};
     CbFunction<PlateNotice const> plateChanged{[this](PlateNotice const& notice) {
         if (!notice.failure) {
             bar->hide();

@@ -2,12 +2,10 @@
 
 #include "editor/view/window/EditorWindow.h"
 
-#include "editor/view/window/Theme.h"
 #include "media/ImageFiles.h"
 #include "pluginAPI/IxSampleConversion.h"
 #include "runtime/engine/RenderEngine.h"
 
-#include <QApplication>
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QTest>
@@ -106,8 +104,7 @@ TEST_F(EditorWindowTest, ShowsTheRenderPixelByPixel)
     QImage const shown = window->getPicture().grab().toImage();
     ASSERT_EQ(needed.reduction, 1);
     int nbCompared = 0;
-    QPoint const corner(std::max(0, (shown.width() - needed.region.getWidth()) / 2),
-                        std::max(0, (shown.height() - needed.region.getHeight()) / 2));
+    QPoint const corner = window->getPicture().toWidget(needed.region).topLeft().toPoint();
     for (int y = needed.region.y0 + 1; y < needed.region.y1 - 1; ++y) {
         for (int x = needed.region.x0 + 1; x < needed.region.x1 - 1; ++x) {
             QPoint const place = corner + QPoint(x - needed.region.x0, y - needed.region.y0);
@@ -242,13 +239,4 @@ TEST_F(EditorWindowTest, WhatCannotBeReadIsSaidAndWhatWasOpenStays)
     EXPECT_TRUE(window->getBar().getText().contains("look.json"));
     QTest::qWait(0);
     EXPECT_EQ(window->windowTitle(), shown);
-}
-
-int main(int nbArguments, char** arguments)
-{
-    testing::InitGoogleTest(&nbArguments, arguments);
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(nbArguments, arguments);
-    Theme::apply(application);
-    return RUN_ALL_TESTS();
 }

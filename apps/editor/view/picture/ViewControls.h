@@ -1,0 +1,41 @@
+#pragma once
+
+#include "editor/model/picture/ViewImage.h"
+
+#include <QAction>
+#include <QList>
+#include <QObject>
+
+class PicturePanel;
+class QActionGroup;
+class QDoubleSpinBox;
+class QToolBar;
+
+/// How the picture is looked at, as menu and toolbar offer it: size, channels, and the exposure and
+/// curve of the view. Keys count in the picture.
+class ViewControls : public QObject {
+    Q_OBJECT
+
+public:
+    explicit ViewControls(PicturePanel& controlled);
+
+    void addTo(QToolBar& tools);
+
+    /// For a menu, separators among them.
+    QList<QAction*> const& getActions() const { return actions; }
+
+private:
+    void addSizes();
+    void addChannels();
+    void addDisplay();
+    void chooseChannels(ViewTransform::Channels channels);
+    void takeView();
+
+    PicturePanel& panel;
+    QList<QAction*> actions;
+    QActionGroup* channelGroup;
+    QDoubleSpinBox* exposure;
+    QAction* fit = nullptr;
+    QAction* pixels = nullptr;
+    QAction* srgb = nullptr;
+};

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "editor/view/window/Actions.h"
+
+#include <QDialog>
+#include <utility>
+#include <vector>
+
+class QMenuBar;
+class QTableWidget;
+
+/// All shortcuts: those of the menus' actions, and the panels' own keys.
+class ShortcutsPage : public QDialog {
+    Q_OBJECT
+
+public:
+    using Panels = std::vector<std::pair<QString, KeyHelps>>;
+
+    ShortcutsPage(QMenuBar const& menus, Panels const& panels, QWidget* parent);
+
+private:
+    void addSection(QString const& title);
+    void addRow(QString const& keys, QString const& meaning);
+
+    QTableWidget* table;
+};
