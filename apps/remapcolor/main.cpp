@@ -1,5 +1,6 @@
 // remapcolor: the command line of Remap Color.
 
+#include "files/StandardFiles.h"
 #include "remapcolor/commands/CheckCommand.h"
 #include "remapcolor/commands/CompletionCommand.h"
 #include "remapcolor/commands/DescribeCommand.h"
@@ -11,6 +12,7 @@
 #include "remapcolor/options/CommandLine.h"
 #include "remapcolor/reports/Reporter.h"
 #include "remapcolor/reports/StandardStreams.h"
+#include "remapcolor/session/StandardInput.h"
 #include "remapcolor/session/StopSignals.h"
 #include "session/Failures.h"
 
@@ -92,6 +94,7 @@ int main(int nbArguments, char** arguments)
     std::set_terminate(&endAtOnce);
     holdStandardStreams();
     ignoreWriteSignals();
+    StandardFiles::get().offerInput(&readStandardInput);
     Reporter reporter;
     int status = done;
     try {

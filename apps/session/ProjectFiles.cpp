@@ -3,6 +3,7 @@
 #include "session/ProjectFiles.h"
 
 #include "files/FileError.h"
+#include "files/StandardFiles.h"
 #include "files/TemporaryFile.h"
 #include "runtime/project/Project.h"
 #include "session/Failures.h"
@@ -22,14 +23,15 @@ namespace {
 
 std::string describeWriting(std::filesystem::path const& file, std::string const& kind)
 {
-    return "cannot write the " + kind + " " + quote(file.string());
+    return "cannot write the " + kind + " " + nameOutput(file);
 }
 
 } // namespace
 
 NodeValues loadProject(std::filesystem::path const& file, HostNode const& pattern)
 {
-    std::string const action = "cannot use the project " + quote(file.string());
+    std::string const action = "cannot use the project " +
+                               std::string(isStandardStream(file) ? "from " : "") + nameInput(file);
     try {
         return readProject(loadTextFile(file), pattern);
     } catch (ProjectError const& error) {

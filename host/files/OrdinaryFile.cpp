@@ -1,6 +1,7 @@
 #include "files/OrdinaryFile.h"
 
 #include "files/FileError.h"
+#include "files/StandardFiles.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -9,6 +10,12 @@
 
 int openOrdinaryFile(std::filesystem::path const& file)
 {
+    if (isStandardStream(file)) {
+        if (MemoryFile const* const input = StandardFiles::get().openInput()) {
+            // Opened anew and not shared: each has a place of its own in the file.
+            return openOrdinaryFile(input->getPath());
+        }
+    }
     // Without O_NONBLOCK, opening a pipe waits for its writer.
     int const descriptor = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (descriptor < 0) {

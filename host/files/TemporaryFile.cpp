@@ -3,6 +3,7 @@
 #include "files/TemporaryFile.h"
 
 #include "files/FileError.h"
+#include "files/StandardFiles.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -14,6 +15,7 @@
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -128,6 +130,9 @@ void removeAbandoned(std::filesystem::path const& folder, struct stat const& fre
 
 void checkTarget(std::filesystem::path const& target)
 {
+    if (isStandardStream(target)) {
+        return;
+    }
     std::filesystem::path const real = followLink(target);
     std::filesystem::path const folder = folderOf(real);
     std::error_code ignored;
@@ -151,6 +156,16 @@ void checkTarget(std::filesystem::path const& target)
 
 TemporaryFile::TemporaryFile(std::filesystem::path const& wantedTarget) : target(wantedTarget)
 {
+    if (isStandardStream(target)) {
+        memory.emplace();
+        path = memory->getPath();
+        descriptor = ::fcntl(memory->getDescriptor(), F_DUPFD_CLOEXEC, 0);
+        if (descriptor < 0) {
+            int const error = errno;
+            throw FileError(error);
+        }
+        return;
+    }
     checkTarget(target);
     finalPath = followLink(target);
     create();
@@ -178,7 +193,7 @@ TemporaryFile::~TemporaryFile()
     if (descriptor >= 0) {
         ::close(descriptor);
     }
-    if (!isPublished) {
+    if (!isPublished && !memory.has_value()) {
         ::unlink(path.c_str());
     }
 }
@@ -196,7 +211,9 @@ std::FILE* TemporaryFile::takeStream()
 
 void TemporaryFile::publish()
 {
-    if (::rename(path.c_str(), finalPath.c_str()) != 0) {
+    if (memory.has_value()) {
+        StandardFiles::get().keepOutput(std::move(*memory));
+    } else if (::rename(path.c_str(), finalPath.c_str()) != 0) {
         int const error = errno;
         throw FileError(error);
     }

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "files/MemoryFile.h"
+
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 
 /// A hidden file `.NAME.RANDOM.tmp.EXT` beside the file that it is to become. It has the
 /// permissions that new files get here, and goes away with the object unless it was published. A
@@ -13,6 +16,9 @@
 /// one's file stays, whole. What killed processes left is removed by the first later run that
 /// writes into the folder: ordinary files of such a name and of the same owner, untouched for a
 /// day.
+///
+/// A file that is to become standard output, "-", lies in memory; publishing it is keeping it there
+/// (StandardFiles.h).
 class TemporaryFile {
 public:
     /// Creates the empty file. Throws FileError where `target` cannot be written.
@@ -41,9 +47,10 @@ private:
     std::filesystem::path path;
     int descriptor = -1; ///< until the stream is taken
     bool isPublished = false;
+    std::optional<MemoryFile> memory; ///< of standard output
 };
 
 /// Checks that a file could be made or replaced at `target`: its folder exists and may be written,
-/// and what stands there already is an ordinary file that may be written, or a link to one. Throws
-/// FileError.
+/// and what stands there already is an ordinary file that may be written, or a link to one; or it
+/// is standard output. Throws FileError.
 void checkTarget(std::filesystem::path const& target);

@@ -3,6 +3,7 @@
 #include "media/ErrorText.h"
 
 #include "files/FileError.h"
+#include "files/StandardFiles.h"
 
 #include <algorithm>
 #include <cctype>
@@ -28,11 +29,6 @@ std::string makePrintable(std::string text, Letters letters)
     return text;
 }
 
-std::string quote(std::filesystem::path const& file)
-{
-    return "\"" + makePrintable(file.string(), Letters::Any) + "\"";
-}
-
 /// Libraries turn a failed allocation into failures of their own.
 bool speaksOfMemory(std::string const& libraryText)
 {
@@ -46,13 +42,15 @@ constexpr char const* noMemory = "there is not enough memory";
 
 void throwReadError(ImageFailure kind, std::filesystem::path const& file, std::string const& reason)
 {
-    throw ImageFileError(kind, "cannot read " + quote(file) + ": " + reason);
+    throw ImageFileError(kind, "cannot read " + makePrintable(nameInput(file), Letters::Any) +
+                                   ": " + reason);
 }
 
 void throwWriteError(ImageFailure kind, std::filesystem::path const& file,
                      std::string const& reason)
 {
-    throw ImageFileError(kind, "cannot write " + quote(file) + ": " + reason);
+    throw ImageFileError(kind, "cannot write " + makePrintable(nameOutput(file), Letters::Any) +
+                                   ": " + reason);
 }
 
 void throwSystemReadError(int error, std::filesystem::path const& file)
@@ -71,7 +69,7 @@ void throwSystemWriteError(int error, std::filesystem::path const& file)
 
 std::string trimLibraryText(std::string text, std::filesystem::path const& file)
 {
-    std::string const named = file.string();
+    std::string const named = isStandardStream(file) ? "\"-\"" : file.string();
     auto const found = named.empty() ? std::string::npos : text.rfind(named);
     if (found != std::string::npos) {
         auto const isLetter = [](unsigned char character) { return std::isalnum(character) != 0; };

@@ -8,7 +8,7 @@
 
 // How failures of image files become one clear line. All functions may be called on any thread.
 
-/// Throws ImageFileError with `cannot read "FILE": REASON`.
+/// Throws ImageFileError with `cannot read "FILE": REASON`; "-" is standard input, and output.
 [[noreturn]] void throwReadError(ImageFailure kind, std::filesystem::path const& file,
                                  std::string const& reason);
 

@@ -2,6 +2,7 @@
 
 #include "media/ExrReader.h"
 
+#include "files/StandardFiles.h"
 #include "media/ErrorText.h"
 #include "media/LumaChroma.h"
 
@@ -221,11 +222,10 @@ std::vector<std::string> ExrReader::listLosses(FileKind target) const
         return losses;
     }
     if (chunks[selected().part].getGrid().getLevels().size() > 1) {
-        losses.push_back(quoteName(path.string()) +
-                         " has several resolutions; only the full one is kept");
+        losses.push_back(nameInput(path) + " has several resolutions; only the full one is kept");
     }
     if (headers.parts.size() > 1) {
-        losses.push_back(quoteName(path.string()) + " has " + std::to_string(headers.parts.size()) +
+        losses.push_back(nameInput(path) + " has " + std::to_string(headers.parts.size()) +
                          " parts; only part " + namePart(headers, selected().part) + " is kept");
     }
     return losses;

@@ -2,6 +2,7 @@
 
 #include "media/ExrWriter.h"
 
+#include "files/StandardFiles.h"
 #include "media/ErrorText.h"
 #include "media/ExrCompression.h"
 #include "media/ImageTarget.h"
@@ -30,7 +31,7 @@ ExrWriter::~ExrWriter() = default;
 /// What the file holds in another way than its source.
 void ExrWriter::report(WriteOptions const& options) const
 {
-    std::string const name = quoteName(temporary.getTarget().string());
+    std::string const name = nameOutput(temporary.getTarget());
     std::vector<std::string> kept;
     for (std::size_t number = 0; number < plan.parts.size(); ++number) {
         ExrPlannedPart const& planned = plan.parts[number];
@@ -155,8 +156,8 @@ void ExrWriter::finish()
     publishImage(temporary);
     if (hasLostColour) {
         lines.warn(
-            "\"" + temporary.getTarget().string() +
-            "\" holds luminance only, as its source did: the colour of the result is not in it");
+            nameOutput(temporary.getTarget()) +
+            " holds luminance only, as its source did: the colour of the result is not in it");
     }
 }
 

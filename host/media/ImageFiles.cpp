@@ -2,12 +2,14 @@
 
 #include "media/ImageFiles.h"
 
+#include "files/StandardFiles.h"
 #include "media/ErrorText.h"
 #include "media/ExrChannels.h"
 #include "media/ExrDescription.h"
 #include "media/ExrReader.h"
 #include "media/ExrScan.h"
 #include "media/ExrWriter.h"
+#include "media/HeldFile.h"
 #include "media/ImageFormats.h"
 #include "media/ImageTarget.h"
 #include "media/MediaSource.h"
@@ -16,42 +18,20 @@
 
 #include <ImfThreading.h>
 #include <algorithm>
-#include <array>
 
 namespace {
 
-constexpr std::array<char, 4> exrMagic = {0x76, 0x2f, 0x31, 0x01};
-
 int libraryThreads = 0; // main thread only; for a module that is loaded later
-
-bool isExr(std::filesystem::path const& file)
-{
-    CheckedInput stream(file);
-    std::array<char, exrMagic.size()> first{};
-    bool const isLongEnough = stream.getSize() >= first.size();
-    if (isLongEnough) {
-        stream.read(first.data(), static_cast<int>(first.size()));
-    }
-    return (isLongEnough && first == exrMagic) || findFileKind(file) == FileKind::Exr;
-}
 
 /// Throws ImageFileError for what is no file that can be opened.
 bool isExrFile(std::filesystem::path const& file)
 {
-    std::error_code ignored;
-    if (std::filesystem::is_directory(file, ignored)) {
-        throwReadError(ImageFailure::File, file, "it is a folder");
-    }
-    try {
-        return isExr(file);
-    } catch (...) {
-        rethrowAsReadError(file, 0);
-    }
+    return readFileKind(file) == FileKind::Exr || findFileKind(file) == FileKind::Exr;
 }
 
-FileKind requireFileKind(std::filesystem::path const& file)
+FileKind requireFileKind(std::filesystem::path const& file, WriteOptions const& options)
 {
-    std::optional<FileKind> const kind = findFileKind(file);
+    std::optional<FileKind> const kind = findFileKind(file, options);
     if (!kind.has_value()) {
         throwWriteError(ImageFailure::Request, file,
                         (file.has_extension()
@@ -65,7 +45,7 @@ FileKind requireFileKind(std::filesystem::path const& file)
 FileKind checkKind(std::filesystem::path const& file, IxPixelFormat::Depth depth,
                    WriteOptions const& options)
 {
-    FileKind const kind = requireFileKind(file);
+    FileKind const kind = requireFileKind(file, options);
     if (kind == FileKind::Exr && depth == IxPixelFormat::UINT8) {
         throwWriteError(ImageFailure::Request, file,
                         "EXR holds no 8-bit channels; choose 16 or 32 bit, or another file format");
@@ -179,8 +159,7 @@ std::unique_ptr<ImageSink> createImage(std::filesystem::path const& file, ImageS
             lost = media->listMetadata(kind);
         }
         if (!lost.empty()) {
-            report.warn(quoteName(file.string()) +
-                        " lacks metadata of its source: " + quoteList(lost));
+            report.warn(nameOutput(file) + " lacks metadata of its source: " + quoteList(lost));
         }
     }
     if (kind == FileKind::Exr) {

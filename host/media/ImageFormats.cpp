@@ -21,7 +21,35 @@ constexpr std::array<Extension, 7> extensions = {{
     {".dpx", FileKind::Dpx},
 }};
 
+/// How files begin.
+struct Start {
+    std::string_view bytes;
+    FileKind kind;
+};
+
+using namespace std::string_view_literals;
+
+constexpr std::array<Start, 9> starts = {{
+    {"\x76\x2f\x31\x01"sv, FileKind::Exr},
+    {"\x89PNG\r\n\x1a\n"sv, FileKind::Png},
+    {"II*\0"sv, FileKind::Tiff},
+    {"MM\0*"sv, FileKind::Tiff},
+    {"II+\0"sv, FileKind::Tiff}, // beyond 4 GiB
+    {"MM\0+"sv, FileKind::Tiff},
+    {"\xff\xd8\xff"sv, FileKind::Jpeg},
+    {"SDPX"sv, FileKind::Dpx},
+    {"XPDS"sv, FileKind::Dpx},
+}};
+
 } // namespace
+
+std::optional<FileKind> recogniseFileKind(std::string_view start)
+{
+    auto const found = std::find_if(starts.begin(), starts.end(), [start](Start const& known) {
+        return start.starts_with(known.bytes);
+    });
+    return found == starts.end() ? std::nullopt : std::optional(found->kind);
+}
 
 std::optional<FileKind> findFileKind(std::filesystem::path const& file)
 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "media/ImageFormats.h"
 #include "runtime/engine/ImageSource.h"
 
 #include <cstddef>
@@ -44,4 +45,13 @@ struct WriteOptions {
     /// Of EXR files only, for the parts that are processed; without one, that of an EXR source, or
     /// else ZIP.
     std::optional<CompressionChoice> compression{};
+    /// Of standard output, whose name says none; without one, what the name's extension says.
+    std::optional<FileKind> kind{};
 };
+
+/// The kind that is to be written to `file`; nothing for an unknown extension.
+inline std::optional<FileKind> findFileKind(std::filesystem::path const& file,
+                                            WriteOptions const& options)
+{
+    return options.kind.has_value() ? options.kind : findFileKind(file);
+}

@@ -18,7 +18,7 @@ OiioModule& loadOiioModule()
     if (loadedModule == nullptr) {
         try {
             void* const function = loadModuleFunction("libremapMediaOiio.so", oiioModuleFunction);
-            loadedModule = reinterpret_cast<OiioModuleFunction>(function)();
+            loadedModule = reinterpret_cast<OiioModuleFunction>(function)(StandardFiles::get());
         } catch (ModuleError const& error) {
             throw ImageFileError(ImageFailure::Surroundings,
                                  std::string("files other than EXR cannot be processed: ") +

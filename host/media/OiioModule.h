@@ -1,5 +1,6 @@
 #pragma once
 
+#include "files/StandardFiles.h"
 #include "media/ImageFailure.h"
 #include "media/MediaOptions.h"
 #include "media/MediaReport.h"
@@ -25,9 +26,10 @@ public:
     virtual void setThreads(int threads) = 0;
 };
 
-/// Name of the function that the module exports; it returns the one OiioModule.
+/// Name of the function that the module exports; it is given the process's standard files and
+/// returns the one OiioModule.
 inline constexpr char const* oiioModuleFunction = "remapMediaOiioModule";
-using OiioModuleFunction = OiioModule* (*)();
+using OiioModuleFunction = OiioModule* (*)(StandardFiles&);
 
 /// Loads the module the first time; main thread. Throws ImageFileError (Surroundings).
 OiioModule& loadOiioModule();

@@ -16,6 +16,7 @@ struct FileStamp {
     bool operator==(FileStamp const& other) const = default;
 };
 
-/// Of the file behind `file`, through links; one that is not there if the system gives none. Any
+/// Of the file behind `file`, through links; one that is not there if the system gives none, and
+/// for standard input. Any
 /// thread.
 FileStamp readFileStamp(std::filesystem::path const& file);

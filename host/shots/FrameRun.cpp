@@ -2,6 +2,8 @@
 
 #include "shots/FrameRun.h"
 
+#include "files/StandardFiles.h"
+
 #include <algorithm>
 #include <system_error>
 #include <utility>
@@ -11,8 +13,8 @@ namespace {
 [[noreturn]] void throwChanged(std::filesystem::path const& file)
 {
     throw ImageFileError(ImageFailure::Surroundings,
-                         "cannot use \"" + file.string() +
-                             "\": it was replaced or written to while it was read; render this "
+                         "cannot use " + nameInput(file) +
+                             ": it was replaced or written to while it was read; render this "
                              "frame again");
 }
 
@@ -213,8 +215,8 @@ void FrameRun::noteMaskInVain()
     }
     std::lock_guard const lock(mutex);
     messages.push_back(
-        {FrameMessage::Kind::Note, "no effect: the mask \"" + files.mask->string() +
-                                       "\" lets nothing through where the picture is"});
+        {FrameMessage::Kind::Note, "no effect: the mask " + nameInput(*files.mask) +
+                                       " lets nothing through where the picture is"});
 }
 
 std::vector<FrameMessage> FrameRun::takeMessages()

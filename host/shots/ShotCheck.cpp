@@ -200,7 +200,6 @@ ShotCheck checkShot(ShotCheckRequest const& request, ShotCheckOptions const& opt
     std::size_t done = 0;
     for (Frame const frame : check.frames) {
         if (options.cancelled != nullptr && *options.cancelled) {
-            check.isComplete = false;
             break;
         }
         std::filesystem::path const file = input.expand(frame);
@@ -220,6 +219,8 @@ ShotCheck checkShot(ShotCheckRequest const& request, ShotCheckOptions const& opt
         }
         options.progress(++done, check.frames.size());
     }
+    // Also where a picture was waited for.
+    check.isComplete = options.cancelled == nullptr || !*options.cancelled;
     check.nbRead = readFrames.size();
     compare(readFrames, check);
     if (request.countsValues) {

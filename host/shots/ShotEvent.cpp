@@ -2,6 +2,7 @@
 
 #include "shots/ShotEvent.h"
 
+#include "files/StandardFiles.h"
 #include "runtime/values/NumberText.h"
 
 #include <algorithm>
@@ -50,11 +51,6 @@ std::string formatSeconds(double milliseconds)
     return formatNumber(std::round(milliseconds) / perSecond) + " s";
 }
 
-std::string quote(std::filesystem::path const& file)
-{
-    return "\"" + file.string() + "\"";
-}
-
 std::string countFrames(std::size_t count)
 {
     return std::to_string(count) + (count == 1 ? " frame" : " frames");
@@ -72,9 +68,10 @@ void addSummary(Json& json, ShotSummary const& summary)
 std::string describeStart(ShotEvent const& event)
 {
     constexpr std::size_t mebibyte = 1024 * 1024;
-    return countFrames(event.total) + " of " + quote(event.input) + " to " + quote(event.output) +
-           ", " + std::to_string(event.threads) + (event.threads == 1 ? " thread" : " threads") +
-           ", at most " + std::to_string(event.memory / mebibyte) + " MiB: " + event.frames;
+    return countFrames(event.total) + " of " + nameInput(event.input) + " to " +
+           nameOutput(event.output) + ", " + std::to_string(event.threads) +
+           (event.threads == 1 ? " thread" : " threads") + ", at most " +
+           std::to_string(event.memory / mebibyte) + " MiB: " + event.frames;
 }
 
 } // namespace
@@ -140,7 +137,8 @@ std::string formatText(ShotEvent const& event)
     switch (event.kind) {
     case Kind::Start: return describeStart(event);
     case Kind::Frame:
-        return frame + "wrote " + quote(event.output) + " in " + formatSeconds(event.milliseconds);
+        return frame + "wrote " + nameOutput(event.output) + " in " +
+               formatSeconds(event.milliseconds);
     case Kind::Skip: return frame + "skipped: " + event.message;
     case Kind::Note: return "note: " + frame + event.message;
     case Kind::Warning: return "warning: " + frame + event.message;

@@ -2,6 +2,7 @@
 
 #include "shots/ShotPlan.h"
 
+#include "files/StandardFiles.h"
 #include "shots/ShotError.h"
 
 #include <functional>
@@ -76,6 +77,9 @@ public:
     {
         std::map<FileNumber, Frame> existing;
         for (FrameFiles const& files : frames) {
+            if (isStandardStream(files.output)) {
+                continue;
+            }
             checkPath(files);
             FileNumber const number = findNumber(files.output);
             if (number.has_value()) {
@@ -88,6 +92,9 @@ public:
 private:
     void addSource(Path const& file, PictureRole const& role)
     {
+        if (isStandardStream(file)) {
+            return;
+        }
         sources.try_emplace(identity.findRealPath(file), role);
     }
 

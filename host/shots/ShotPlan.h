@@ -17,7 +17,8 @@ struct FrameFiles {
     std::optional<std::filesystem::path> mask;
 };
 
-/// Which pictures are to be rendered. Names are patterns; see FramePattern.
+/// Which pictures are to be rendered. Names are patterns; see FramePattern. "-" is standard input
+/// and output.
 struct ShotRequest {
     std::string input;
     std::string output;

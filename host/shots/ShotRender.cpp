@@ -2,6 +2,7 @@
 
 #include "shots/ShotRender.h"
 
+#include "files/StandardFiles.h"
 #include "media/ExistingPicture.h"
 #include "shots/FrameRun.h"
 #include "shots/MaskWindows.h"
@@ -182,7 +183,11 @@ private:
             RenderJob const job = frame->getJob();
             running.push_back({pool.add(job), estimateStripBytes(job), std::move(frame)});
         } catch (...) {
-            fail(files, correctFailure(files, std::current_exception()));
+            if (isCancelled()) { // while standard input was waited for
+                summary.unfinished.push_back(files.frame);
+            } else {
+                fail(files, correctFailure(files, std::current_exception()));
+            }
         }
     }
 
@@ -298,6 +303,9 @@ private:
                 found->ticket = pool.add(found->frame->getJob());
                 return;
             }
+            if (!failure) {
+                options.deliver(found->frame->getFiles());
+            }
         } catch (...) {
             failure = std::current_exception();
         }
@@ -361,8 +369,9 @@ void checkOutputs(HostNode& node, ShotPlan const& plan, ExistingOutput existing,
         return;
     }
     // Folders with a frame's number in their name are made as they are needed.
-    checkOutput(plan.fixedFolder / plan.frames.front().output.filename(), foreseeDepth(node),
-                options);
+    Path const& first = plan.frames.front().output;
+    checkOutput(isStandardStream(first) ? first : plan.fixedFolder / first.filename(),
+                foreseeDepth(node), options);
     std::vector<Frame> there;
     for (FrameFiles const& files : plan.frames) {
         if (existing == ExistingOutput::Error && isThere(files.output)) {

@@ -45,6 +45,11 @@ struct ShotOptions {
     /// When it becomes true no frame is begun and those on the way are dropped. May be null.
     std::atomic<bool> const* cancelled = nullptr;
 
+    /// Called when a frame's picture is complete, before that is told; what it throws is the
+    /// frame's failure, RenderCancelled where it was cancelled. For standard output, which is
+    /// written by whom it belongs to.
+    std::function<void(FrameFiles const&)> deliver = [](FrameFiles const&) {};
+
     ShotListener listener = [](ShotEvent const&) {};
     /// Called some twenty times a second with the frames dealt with, those on the way by their
     /// share.

@@ -4,7 +4,9 @@
 
 #include "remapcolor/options/CommandOptions.h"
 #include "remapcolor/options/FrameListOptions.h"
+#include "remapcolor/options/StandardFileOptions.h"
 #include "remapcolor/reports/StandardStreams.h"
+#include "remapcolor/session/StandardInput.h"
 #include "remapcolor/session/StopSignals.h"
 #include "session/Failures.h"
 
@@ -84,7 +86,7 @@ Json toJson(CheckRequest const& request, ShotCheck const& check)
 
 void addCheckOptions(CommandOptions& options, CheckRequest& request)
 {
-    options.addArgument("INPUT", "Sequence (shot.####.exr, shot.%04d.exr) or picture to read",
+    options.addArgument("INPUT", "Sequence (shot.####.exr, shot.%04d.exr) or picture to read\n\n- is standard input.",
                         [&request](std::string const& text) { request.shot.input = text; });
     addFrameListOptions(options, request.shot.frames, request.framesFile);
     options.addFlag("--values", "Count NaN and infinity in every channel, too",
@@ -98,11 +100,13 @@ void checkComplete(CheckRequest const& request)
     if (request.shot.input.empty()) {
         throw UsageError("check needs pictures to read; write remapcolor check INPUT");
     }
+    checkStandardInput({}, {{"INPUT", request.shot.input}, {"--frames-from", request.framesFile}});
 }
 
 int runCheck(CheckRequest const& request, Reporter& reporter)
 {
     StopSignals const signals;
+    refuseTerminal({request.shot.input});
     ShotCheckRequest shot = request.shot;
     if (!request.framesFile.empty()) {
         shot.frames = loadFrames(request.framesFile);

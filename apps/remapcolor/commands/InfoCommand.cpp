@@ -6,6 +6,8 @@
 #include "media/PictureDescription.h"
 #include "remapcolor/options/CommandOptions.h"
 #include "remapcolor/reports/StandardStreams.h"
+#include "remapcolor/session/StandardInput.h"
+#include "remapcolor/session/StopSignals.h"
 #include "session/Failures.h"
 
 #include <algorithm>
@@ -115,7 +117,7 @@ Json toJson(std::filesystem::path const& file, PictureDescription const& picture
 
 void addInfoOptions(CommandOptions& options, InfoRequest& request)
 {
-    options.addArguments("INPUT...", "Pictures to read",
+    options.addArguments("INPUT...", "Pictures to read\n\n- is standard input.",
                          [&request](std::string const& text) { request.files.emplace_back(text); });
     options.addFlag("--json", "An array with an object for each picture",
                     [&request] { request.form = InfoRequest::Form::Json; });
@@ -131,8 +133,10 @@ void checkComplete(InfoRequest const& request)
 int runInfo(InfoRequest const& request, Reporter& reporter)
 {
     int status = static_cast<int>(ExitStatus::Done);
+    StopSignals const signals;
     Json pictures = Json::array();
     for (std::filesystem::path const& file : request.files) {
+        refuseTerminal({file});
         try {
             PictureDescription const picture = describePicture(file);
             if (request.form == InfoRequest::Form::Json) {

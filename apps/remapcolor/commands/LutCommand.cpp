@@ -2,10 +2,13 @@
 
 #include "remapcolor/commands/LutCommand.h"
 
+#include "files/StandardFiles.h"
 #include "pluginAPI/IxSampleConversion.h"
 #include "remapcolor/commands/LutText.h"
+#include "remapcolor/reports/StandardStreams.h"
 #include "remapcolor/session/LookNotes.h"
 #include "remapcolor/session/RequestedSession.h"
+#include "remapcolor/session/StopSignals.h"
 #include "runtime/engine/SentPixels.h"
 #include "runtime/values/NumberText.h"
 #include "session/Failures.h"
@@ -198,7 +201,7 @@ void checkSpread(Chain const& chain, LutEntries const& entries, GeInterval<float
 void reportLosses(LutRequest const& request, Chain const& chain, Reporter& reporter)
 {
     if (request.mask.file.has_value()) {
-        reporter.warn("the mask " + quote(request.mask.file->string()) +
+        reporter.warn("the mask " + nameInput(*request.mask.file) +
                       " is not in the table, which changes every pixel");
     }
     std::string const keyframed = findKeyframedValue(chain.node);
@@ -248,6 +251,7 @@ std::string makeText(LutRequest const& request, Chain const& chain, Reporter& re
 
 void runLut(LutRequest const& request, Reporter& reporter)
 {
+    StopSignals const signals;
     RequestedSession const session(request.node);
     HostNode& node = session.getNode();
     Chain const chain{node, chooseTime(node, request.frame, {})};
@@ -255,4 +259,7 @@ void runLut(LutRequest const& request, Reporter& reporter)
     reportLook(node, {chain.time}, reporter);
     reportLosses(request, chain, reporter);
     saveText(request.output, "table", makeText(request, chain, reporter));
+    if (isStandardStream(request.output)) {
+        sendStandardFile(EarlyEnd::IsEnough);
+    }
 }

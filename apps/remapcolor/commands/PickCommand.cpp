@@ -15,6 +15,7 @@
 #include "remapcolor/session/LookNotes.h"
 #include "remapcolor/session/MaskFile.h"
 #include "remapcolor/session/RequestedSession.h"
+#include "remapcolor/session/StandardInput.h"
 #include "remapcolor/session/StopSignals.h"
 #include "runtime/graph/FinishedPixel.h"
 #include "runtime/graph/MaskNode.h"
@@ -173,6 +174,7 @@ private:
 void runPick(PickRequest const& request, Reporter& reporter)
 {
     StopSignals const signals;
+    refuseTerminal({request.input, request.mask.file.value_or("")});
     Picker picker(request, reporter);
     Picks const picks = picker.pickAll();
     switch (request.form) {

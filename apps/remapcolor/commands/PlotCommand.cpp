@@ -2,11 +2,14 @@
 
 #include "remapcolor/commands/PlotCommand.h"
 
+#include "files/StandardFiles.h"
 #include "media/ImageFiles.h"
 #include "pluginAPI/IxSampleConversion.h"
 #include "remapcolor/commands/PlotFigure.h"
+#include "remapcolor/reports/StandardStreams.h"
 #include "remapcolor/session/LookNotes.h"
 #include "remapcolor/session/RequestedSession.h"
+#include "remapcolor/session/StandardInput.h"
 #include "remapcolor/session/StopSignals.h"
 #include "runtime/values/NumberText.h"
 #include "session/Failures.h"
@@ -45,8 +48,9 @@ std::vector<Pixel> readPixels(IxTile const& tile)
 void checkInput(PlotRequest const& request)
 {
     std::error_code ignored;
-    if (std::filesystem::equivalent(request.input, request.output, ignored)) {
-        throw UsageError("the plot would replace its input " + quote(request.input.string()) +
+    bool const areFiles = !isStandardStream(request.input) && !isStandardStream(request.output);
+    if (areFiles && std::filesystem::equivalent(request.input, request.output, ignored)) {
+        throw UsageError("the plot would replace its input " + nameInput(request.input) +
                          "; give another name after -o");
     }
 }
@@ -55,7 +59,7 @@ void countPixels(PlotRequest const& request, PlotFigure& figure)
 {
     auto const source = openImage(request.input, request.read);
     if (source->getInfo().format.getComponents() == IxPixelFormat::ALPHA) {
-        throw UsageError("there is no colour in " + quote(request.input.string()) +
+        throw UsageError("there is no colour in " + nameInput(request.input) +
                          ", of which a histogram could be drawn");
     }
     int const height = source->getInfo().dataWindow.getHeight();
@@ -111,6 +115,10 @@ std::string draw(Figure const& figure, FigureFormat format)
 void runPlot(PlotRequest const& request, Reporter& reporter)
 {
     StopSignals const signals;
+    refuseTerminal({request.input});
+    if (request.format == FigureFormat::Png) {
+        checkStandardOutput(request.output);
+    }
     RequestedSession session(request.node);
     HostNode& node = session.getNode();
     double const time = chooseTime(node, request.frame, request.input);
@@ -128,8 +136,12 @@ void runPlot(PlotRequest const& request, Reporter& reporter)
         bool const showsCurvesOnly = showsCurves && request.panels.size() == 1;
         reportOutside(showsCurvesOnly ? figure.getTransferHistogram() : figure.getInputHistogram(),
                       reporter);
-        figure.addHistograms(request.input.filename().string());
+        figure.addHistograms(isStandardStream(request.input) ? "standard input"
+                                                             : request.input.filename().string());
     }
     saveText(request.output, "plot",
-             draw(selectPanels(figure.getFigure(), request.panels), request.format));
+             draw(selectPanels(figure.getFigure(), request.panels), request.format.value()));
+    if (isStandardStream(request.output)) {
+        sendStandardFile(EarlyEnd::IsFailure);
+    }
 }

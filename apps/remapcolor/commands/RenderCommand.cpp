@@ -2,18 +2,22 @@
 
 #include "remapcolor/commands/RenderCommand.h"
 
+#include "files/StandardFiles.h"
 #include "media/ImageFiles.h"
 #include "remapcolor/options/FrameListOptions.h"
 #include "remapcolor/options/RenderRequest.h"
 #include "remapcolor/reports/StandardStreams.h"
 #include "remapcolor/session/LookNotes.h"
 #include "remapcolor/session/RequestedSession.h"
+#include "remapcolor/session/StandardInput.h"
 #include "remapcolor/session/StopSignals.h"
+#include "runtime/engine/RenderPool.h"
 #include "runtime/values/NumberText.h"
 #include "session/Failures.h"
 #include "session/ToolKeys.h"
 #include "shots/FileStamp.h"
 #include "shots/MachineLimits.h"
+#include "shots/ShotError.h"
 
 #include <algorithm>
 #include <cmath>
@@ -98,7 +102,8 @@ void listPlan(ShotPlan const& plan)
 {
     auto const describe = [](Path const& file, bool isWanted, char const* word) {
         std::error_code ignored;
-        bool const isRemarkable = std::filesystem::exists(file, ignored) != isWanted;
+        bool const isRemarkable =
+            !isStandardStream(file) && std::filesystem::exists(file, ignored) != isWanted;
         return makePrintable(file.string()) + (isRemarkable ? word : "");
     };
     std::string text;
@@ -115,7 +120,24 @@ void listPlan(ShotPlan const& plan)
 
 WriteOptions makeWriteOptions(RenderRequest const& request, HostNode const& node)
 {
-    return {.keepsInputDepth = keepsInputDepth(node), .compression = request.compression};
+    return {.keepsInputDepth = keepsInputDepth(node),
+            .compression = request.compression,
+            .kind = request.kind};
+}
+
+/// Standard output gets its picture.
+void deliver(FrameFiles const& files)
+{
+    if (!isStandardStream(files.output)) {
+        return;
+    }
+    try {
+        sendStandardFile(EarlyEnd::IsFailure);
+    } catch (SurroundingsError const& error) {
+        throw ShotError(ShotFailure::Surroundings, error.what());
+    } catch (Interrupted const&) {
+        throw RenderCancelled();
+    }
 }
 
 ShotOptions makeOptions(RenderRequest const& request, HostNode const& node, ShotPlan const& plan,
@@ -135,6 +157,7 @@ ShotOptions makeOptions(RenderRequest const& request, HostNode const& node, Shot
         options.newestChange = getTimeOfProjects(request);
     }
     options.cancelled = &StopSignals::getFlag();
+    options.deliver = &deliver;
     options.listener = [&reporter](ShotEvent const& event) { reporter.tell(event); };
     options.progress = [&reporter, total = plan.frames.size()](double done) {
         reporter.showProgress(done, total);
@@ -177,9 +200,9 @@ int runRender(RenderRequest const& request, Reporter& reporter)
     if (request.log.has_value()) {
         reporter.openLog(*request.log);
     }
+    StopSignals const signals;
     RequestedSession const session(request.node);
     HostNode& node = session.getNode();
-    StopSignals const signals;
     ShotPlan plan = planShot(completeShot(request));
     setTimeOfPicture(request, node, plan);
     if (plan.isSequence) {
@@ -193,6 +216,8 @@ int runRender(RenderRequest const& request, Reporter& reporter)
         listPlan(plan);
         return static_cast<int>(ExitStatus::Done);
     }
+    refuseTerminal({request.shot.input, request.mask.file.value_or("")});
+    checkStandardOutput(request.output);
     if (plan.frames.empty()) {
         reporter.note("this chunk has no frames: the shot has " +
                       std::to_string(plan.nbFramesOfShot));

@@ -3,8 +3,8 @@
 #include "remapcolor/options/FrameListOptions.h"
 
 #include "files/FileError.h"
+#include "files/StandardFiles.h"
 #include "remapcolor/options/CommandOptions.h"
-#include "remapcolor/reports/StandardStreams.h"
 #include "runtime/project/Project.h"
 #include "session/Failures.h"
 
@@ -25,12 +25,9 @@ void addFrameListOptions(CommandOptions& options, std::optional<std::vector<Fram
 
 std::vector<Frame> loadFrames(std::string const& file)
 {
-    if (file == "-") {
-        return parseFrames(readStandardInput());
-    }
     try {
         return parseFrames(loadTextFile(file));
     } catch (FileError const& error) {
-        throw UsageError("cannot read the frames from " + quote(file) + ": " + error.what());
+        throw UsageError("cannot read the frames from " + nameInput(file) + ": " + error.what());
     }
 }

@@ -4,7 +4,7 @@
 
 #include "remapcolor/options/CommandOptions.h"
 #include "remapcolor/options/NumberOptions.h"
-#include "runtime/values/NearestNames.h"
+#include "remapcolor/options/StandardFileOptions.h"
 #include "session/Failures.h"
 
 namespace {
@@ -13,27 +13,15 @@ namespace {
 constexpr int leastSize = 2;
 constexpr int mostSize = 65536;
 
-LutFormat findFormat(std::filesystem::path const& file)
-{
-    std::string const extension = toLower(file.extension().string());
-    if (extension == ".clf") {
-        return LutFormat::Clf;
-    }
-    if (extension == ".cube") {
-        return LutFormat::Cube;
-    }
-    if (extension == ".spi1d") {
-        return LutFormat::Spi1d;
-    }
-    throw UsageError("cannot write the table " + quote(file.string()) +
-                     ": its name must end in .clf, .cube or .spi1d");
-}
+Words<LutFormat> const formats = {
+    {"clf", LutFormat::Clf}, {"cube", LutFormat::Cube}, {"spi1d", LutFormat::Spi1d}};
 
 } // namespace
 
 void addLutOptions(CommandOptions& options, LutRequest& request)
 {
     addOutputOption(options, "OUT", "Table to write: .clf, .cube or .spi1d", request.output);
+    addFormatOption(options, formats, request.format);
     addNodeOptions(options, request.node);
     addDepthOption(options, request.node);
     addFrameOption(options, "-f,--frame", request.frame);
@@ -56,7 +44,12 @@ void checkComplete(LutRequest& request)
     if (request.output.empty()) {
         throw UsageError("lut needs a table to write; add -o OUT.clf, OUT.cube or OUT.spi1d");
     }
-    request.format = findFormat(request.output);
+    request.format = findFormat(request.output, formats, request.format);
+    if (!request.format.has_value()) {
+        throw UsageError("cannot write the table " + quote(request.output.string()) +
+                         ": its name must end in .clf, .cube or .spi1d");
+    }
+    checkStandardInput(request.node, {});
     bool const isSpread = request.domain.has_value() || request.size.has_value();
     if (request.format == LutFormat::Clf && isSpread) {
         throw UsageError("--domain and --size are for .cube and .spi1d; a .clf has a place for "

@@ -19,7 +19,7 @@ enum class LutFormat {
 /// What "lut" is asked to do.
 struct LutRequest {
     std::filesystem::path output;
-    LutFormat format = LutFormat::Clf;       ///< of `output`, once that is checked
+    std::optional<LutFormat> format;         ///< of `output`, once that is checked
     std::optional<GeInterval<float>> domain; ///< of the places; none: 0 to 1
     std::optional<int> size;                 ///< number of places; none: 4096
     NodeRequest node;

@@ -12,20 +12,28 @@
 template <typename T>
 using Words = std::vector<std::pair<std::string, T>>;
 
+/// "a, b or c"
+template <typename T>
+std::string listWords(Words<T> const& words)
+{
+    std::string list;
+    for (auto const& word : words) {
+        list += (list.empty() ? "" : &word == &words.back() ? " or " : ", ") + word.first;
+    }
+    return list;
+}
+
 /// What `word` stands for; case does not count. Throws UsageError that names the option and all
 /// words.
 template <typename T>
 T chooseWord(std::string const& option, Words<T> const& words, std::string const& word)
 {
-    std::string list;
     for (auto const& [name, meaning] : words) {
         if (name == toLower(word)) {
             return meaning;
         }
-        bool const isLast = name == words.back().first;
-        list += (list.empty() ? "" : isLast ? " or " : ", ") + name;
     }
-    throw UsageError(option + " takes " + list + ", not " + quote(word));
+    throw UsageError(option + " takes " + listWords(words) + ", not " + quote(word));
 }
 
 template <typename T>

@@ -4,6 +4,7 @@
 
 #include "remapcolor/options/CommandOptions.h"
 #include "remapcolor/options/LayerOptions.h"
+#include "remapcolor/options/StandardFileOptions.h"
 #include "runtime/values/TextParts.h"
 #include "session/Failures.h"
 
@@ -45,7 +46,7 @@ PickPlace parsePlace(std::string const& text)
 
 void addPickOptions(CommandOptions& options, PickRequest& request)
 {
-    options.addArgument("INPUT", "Picture to read (EXR, PNG, TIFF, JPEG, DPX)",
+    options.addArgument("INPUT", "Picture to read (EXR, PNG, TIFF, JPEG, DPX)\n\n- is standard input.",
                         [&request](std::string const& text) { request.input = text; });
     options.addArguments(
         "PLACE...", "Pixels X,Y and areas X,Y,W,H, as the data window counts",
@@ -67,4 +68,6 @@ void checkComplete(PickRequest const& request)
         throw UsageError("pick needs a pixel; write remapcolor pick INPUT X,Y as in 12,40");
     }
     checkComplete(request.mask);
+    checkStandardInput(request.node,
+                       {{"INPUT", request.input}, {"--mask", request.mask.file.value_or("")}});
 }

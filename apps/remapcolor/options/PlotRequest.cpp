@@ -5,25 +5,13 @@
 #include "remapcolor/options/CommandOptions.h"
 #include "remapcolor/options/LayerOptions.h"
 #include "remapcolor/options/NumberOptions.h"
-#include "remapcolor/options/OptionText.h"
-#include "runtime/values/NearestNames.h"
+#include "remapcolor/options/StandardFileOptions.h"
 #include "runtime/values/TextParts.h"
 #include "session/Failures.h"
 
 namespace {
 
-FigureFormat findFormat(std::filesystem::path const& file)
-{
-    std::string const extension = toLower(file.extension().string());
-    if (extension == ".svg") {
-        return FigureFormat::Svg;
-    }
-    if (extension == ".png") {
-        return FigureFormat::Png;
-    }
-    throw UsageError("cannot write the plot " + quote(file.string()) +
-                     ": its name must end in .svg or .png");
-}
+Words<FigureFormat> const formats = {{"svg", FigureFormat::Svg}, {"png", FigureFormat::Png}};
 
 GeInterval<float> parseStops(std::string const& text)
 {
@@ -52,9 +40,10 @@ std::set<PlotPanel> parsePanels(std::string const& text)
 
 void addPlotOptions(CommandOptions& options, PlotRequest& request)
 {
-    options.addArgument("INPUT", "Picture whose histogram lies behind the curves",
+    options.addArgument("INPUT", "Picture whose histogram lies behind the curves\n\n- is standard input.",
                         [&request](std::string const& text) { request.input = text; });
     addOutputOption(options, "OUT", "Figure to write: .svg or .png", request.output);
+    addFormatOption(options, formats, request.format);
     options.addOption("--range", "LO,HI", "Values of the input to plot (0,1)",
                       [&request](std::string const& text) {
                           request.range = parseRange("--range", text);
@@ -85,7 +74,12 @@ void checkComplete(PlotRequest& request)
     if (request.output.empty()) {
         throw UsageError("plot needs a figure to write; add -o OUT.svg or OUT.png");
     }
-    request.format = findFormat(request.output);
+    request.format = findFormat(request.output, formats, request.format);
+    if (!request.format.has_value()) {
+        throw UsageError("cannot write the plot " + quote(request.output.string()) +
+                         ": its name must end in .svg or .png");
+    }
+    checkStandardInput(request.node, {{"INPUT", request.input}});
     bool const isPlain = request.read.layers.empty() && request.read.part.empty();
     if (!isPlain && request.input.empty()) {
         throw UsageError(

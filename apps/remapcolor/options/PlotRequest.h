@@ -19,8 +19,8 @@ enum class PlotPanel { Transfer, Curves, Both };
 struct PlotRequest {
     std::filesystem::path input; ///< whose histogram is shown; empty for none
     std::filesystem::path output;
-    FigureFormat format = FigureFormat::Svg; ///< of `output`, once that is checked
-    GeInterval<float> range{0.0F, 1.0F};     ///< of the input: values, or stops from 1
+    std::optional<FigureFormat> format;  ///< of `output`, once that is checked
+    GeInterval<float> range{0.0F, 1.0F}; ///< of the input: values, or stops from 1
     bool hasStops = false;
     std::optional<GeInterval<float>> results; ///< to plot; none: all
     std::set<PlotPanel> panels{PlotPanel::Transfer, PlotPanel::Curves, PlotPanel::Both};

@@ -6,9 +6,10 @@
 #include "remapcolor/options/FrameListOptions.h"
 #include "remapcolor/options/LayerOptions.h"
 #include "remapcolor/options/NumberOptions.h"
-#include "remapcolor/options/OptionText.h"
 #include "remapcolor/options/ShotOptionText.h"
+#include "remapcolor/options/StandardFileOptions.h"
 #include "runtime/values/NumberText.h"
+#include "shots/FramePattern.h"
 
 namespace {
 
@@ -58,6 +59,11 @@ Words<ExistingOutput> const existingOutputs = {{"overwrite", ExistingOutput::Ove
 Words<MissingInput> const missingInputs = {
     {"fail", MissingInput::Fail}, {"skip", MissingInput::Skip}, {"stop", MissingInput::Stop}};
 
+Words<FileKind> const fileKinds = {{"exr", FileKind::Exr},   {"png", FileKind::Png},
+                                   {"tiff", FileKind::Tiff}, {"jpeg", FileKind::Jpeg},
+                                   {"dpx", FileKind::Dpx},   {"tif", FileKind::Tiff},
+                                   {"jpg", FileKind::Jpeg}};
+
 /// Adds an option that sets `choice` to what one of `words` stands for.
 template <typename T>
 void addChoice(CommandOptions& options, std::string const& name, std::string const& placeholder,
@@ -77,6 +83,44 @@ void setVerbosity(RenderRequest& request, Verbosity wanted)
         throw UsageError("--quiet and --verbose contradict each other; give one of them");
     }
     request.verbosity = wanted;
+}
+
+bool usesStandardStreams(RenderRequest const& request)
+{
+    return isStandardStream(request.shot.input) || isStandardStream(request.output) ||
+           isStandardStream(request.mask.file.value_or(""));
+}
+
+/// Throws UsageError for what has no meaning where a picture is standard input or output, which is
+/// one picture, has no age and is never there already.
+void checkStandardStreams(RenderRequest const& request)
+{
+    checkFormat(request.output, fileKinds, request.kind);
+    checkStandardInput(request.node, {{"INPUT", request.shot.input},
+                                      {"--mask", request.mask.file.value_or("")},
+                                      {"--frames-from", request.framesFile}});
+    if (!usesStandardStreams(request)) {
+        return;
+    }
+    bool const isSequence = FramePattern(request.shot.input).isSequence() ||
+                            FramePattern(request.output.string()).isSequence() ||
+                            FramePattern(request.mask.file.value_or("").string()).isSequence();
+    bool const isChunk = request.shot.chunk.index != 0 || request.shot.chunk.count != 1;
+    bool const looksAtOutput =
+        request.existing == ExistingOutput::Skip ||
+        (request.existing != ExistingOutput::Overwrite && isStandardStream(request.output));
+    for (auto const& [isAsked, name] :
+         {std::pair(isSequence, "a sequence of files"),
+          std::pair(request.shot.frames.has_value(), "--frames (--frame NUMBER says the time)"),
+          std::pair(!request.framesFile.empty(), "--frames-from (--frame NUMBER says the time)"),
+          std::pair(isChunk, "--chunk"), std::pair(looksAtOutput, "--existing"),
+          std::pair(request.missing != MissingInput::Fail, "--on-missing")}) {
+        if (isAsked) {
+            throw UsageError(std::string("standard input and output are one picture each, which "
+                                         "does not go with ") +
+                             name);
+        }
+    }
 }
 
 /// Which frames there are, and what becomes of those that are there already or not at all.
@@ -104,7 +148,13 @@ void addReportOptions(CommandOptions& options, RenderRequest& request)
     addChoice(options, "--progress", "STYLE", "auto, bar (on a terminal), json or none",
               progressStyles, request.progress);
     options.addOption("--log", "FILE", "Add every event to FILE as a line",
-                      [&request](std::string const& text) { request.log = text; },
+                      [&request](std::string const& text) {
+                          if (isStandardStream(text)) {
+                              throw UsageError("--log takes a file; standard output is for data, "
+                                               "and --verbose says the same on standard error");
+                          }
+                          request.log = text;
+                      },
                       {ValueHint::Kind::File});
     options.addFlag("-n,--dry-run", "List what would be done",
                     [&request] { request.isDryRun = true; });
@@ -120,10 +170,16 @@ void addReportOptions(CommandOptions& options, RenderRequest& request)
 
 void addRenderOptions(CommandOptions& options, RenderRequest& request)
 {
-    options.addArgument("INPUT", "Picture or sequence (shot.####.exr, shot.%04d.exr) to read",
+    options.addArgument("INPUT",
+                        "Picture or sequence (shot.####.exr, shot.%04d.exr) to read\n\n"
+                        "- is a picture on standard input. So are FILE of --mask and of "
+                        "--project, one of them at a time.",
                         [&request](std::string const& text) { request.shot.input = text; });
-    addOutputOption(options, "OUTPUT", "The same to write; its extension says the format",
+    addOutputOption(options, "OUTPUT",
+                    "The same to write; its extension says the format\n\n"
+                    "- is standard output, which gets the picture as a whole.",
                     request.output);
+    addFormatOption(options, fileKinds, request.kind);
     addNodeOptions(options, request.node);
     addShotOptions(options, request);
     addMaskOptions(options, request.mask);
@@ -161,4 +217,5 @@ void checkComplete(RenderRequest const& request)
         throw UsageError("--any-age needs --existing skip");
     }
     checkComplete(request.mask);
+    checkStandardStreams(request);
 }

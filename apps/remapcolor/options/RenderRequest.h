@@ -17,8 +17,9 @@
 struct RenderRequest {
     ShotRequest shot; ///< without output
     std::filesystem::path output;
-    FrameChoice frame;      ///< of a single picture
-    std::string framesFile; ///< that lists the frames; "-" for standard input, "" for none
+    std::optional<FileKind> kind; ///< of standard output
+    FrameChoice frame;            ///< of a single picture
+    std::string framesFile;       ///< that lists the frames; "-" for standard input, "" for none
     NodeRequest node;
     MaskRequest mask;
     ReadOptions read;

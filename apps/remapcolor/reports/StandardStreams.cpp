@@ -2,13 +2,51 @@
 
 #include "remapcolor/reports/StandardStreams.h"
 
+#include "files/FileError.h"
+#include "files/StandardFiles.h"
+#include "remapcolor/session/StopSignals.h"
 #include "session/Failures.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <fcntl.h>
-#include <string_view>
-#include <system_error>
+#include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
+
+namespace {
+
+constexpr std::size_t fileBlockBytes = std::size_t{1} << 20;
+
+/// How much can be written without waiting where there is room at all.
+std::size_t findMostAtOnce()
+{
+    struct stat status {};
+    bool const isFile = ::fstat(STDOUT_FILENO, &status) == 0 && S_ISREG(status.st_mode);
+    return isFile ? fileBlockBytes : PIPE_BUF;
+}
+
+/// False where a reader closed its pipe.
+bool writeAll(std::string_view rest)
+{
+    std::size_t const most = findMostAtOnce();
+    while (!rest.empty()) {
+        StopSignals::waitFor(STDOUT_FILENO, POLLOUT);
+        ssize_t const written = ::write(STDOUT_FILENO, rest.data(), std::min(rest.size(), most));
+        if (written >= 0) {
+            rest.remove_prefix(static_cast<std::size_t>(written));
+        } else if (errno == EPIPE) {
+            return false;
+        } else if (errno != EINTR && errno != EAGAIN) {
+            throw SurroundingsError("cannot write to standard output: " +
+                                    describeSystemError(errno));
+        }
+    }
+    return true;
+}
+
+} // namespace
 
 void holdStandardStreams()
 {
@@ -21,42 +59,45 @@ void holdStandardStreams()
     }
 }
 
-void writeStandardOutput(std::string const& data)
+void writeStandardOutput(std::string_view data)
 {
-    std::string_view rest = data;
-    while (!rest.empty()) {
-        ssize_t const written = ::write(STDOUT_FILENO, rest.data(), rest.size());
-        if (written >= 0) {
-            rest.remove_prefix(static_cast<std::size_t>(written));
-        } else if (errno == EPIPE) {
-            return;
-        } else if (errno != EINTR) {
-            throw SurroundingsError("cannot write to standard output: " +
-                                    std::generic_category().message(errno));
+    static_cast<void>(writeAll(data));
+}
+
+void checkStandardOutput(std::filesystem::path const& file)
+{
+    if (!isStandardStream(file)) {
+        return;
+    }
+    if (::isatty(STDOUT_FILENO) == 1) {
+        throw UsageError("standard output is a terminal; redirect it (> FILE) or pipe it into a "
+                         "program");
+    }
+    int const flags = ::fcntl(STDOUT_FILENO, F_GETFL);
+    if (flags == -1 || (flags & O_ACCMODE) == O_RDONLY) {
+        throw SurroundingsError("cannot write to standard output: it is closed");
+    }
+}
+
+void sendStandardFile(EarlyEnd end)
+{
+    std::optional<MemoryFile> const file = StandardFiles::get().takeOutput();
+    std::string block(fileBlockBytes, '\0');
+    std::size_t done = 0;
+    while (std::size_t const count = file.value().read(done, block)) {
+        if (!writeAll(std::string_view(block).substr(0, count))) {
+            if (end == EarlyEnd::IsEnough) {
+                return;
+            }
+            throw SurroundingsError(
+                "cannot write to standard output: who reads it closed it before "
+                "the end");
         }
+        done += count;
     }
 }
 
 void writeStandardError(std::string_view text)
 {
     static_cast<void>(!::write(STDERR_FILENO, text.data(), text.size()));
-}
-
-std::string readStandardInput()
-{
-    constexpr std::size_t blockBytes = 1 << 16;
-    std::string data;
-    for (;;) {
-        std::size_t const before = data.size();
-        data.resize(before + blockBytes);
-        ssize_t const count = ::read(STDIN_FILENO, data.data() + before, blockBytes);
-        data.resize(before + static_cast<std::size_t>(count > 0 ? count : 0));
-        if (count == 0) {
-            return data;
-        }
-        if (count < 0 && errno != EINTR) {
-            throw SurroundingsError("cannot read standard input: " +
-                                    std::generic_category().message(errno));
-        }
-    }
 }

@@ -4,13 +4,16 @@
 
 #include "session/Failures.h"
 
+#include <cerrno>
 #include <cstddef>
+#include <poll.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr int signalsThatWait = 2;
 constexpr unsigned secondsToEnd = 30;
+constexpr int millisecondsBetweenLooks = 50;
 
 // The only state of the whole process: a signal handler sees nothing else.
 std::atomic<bool> wasAskedToStop = false;
@@ -87,5 +90,16 @@ void StopSignals::throwIfAsked()
 {
     if (wasAskedToStop) {
         throw Interrupted{lastSignal};
+    }
+}
+
+void StopSignals::waitFor(int descriptor, short events)
+{
+    pollfd wanted{descriptor, events, 0};
+    int nbReady = 0;
+    while (nbReady == 0 || (nbReady < 0 && errno == EINTR)) {
+        throwIfAsked();
+        // Another thread may be the one that gets the signal.
+        nbReady = ::poll(&wanted, 1, millisecondsBetweenLooks);
     }
 }

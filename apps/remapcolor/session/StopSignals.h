@@ -29,6 +29,10 @@ public:
     /// Throws Interrupted from the first signal on.
     static void throwIfAsked();
 
+    /// Waits until `descriptor` can be read or written without waiting (`events` as poll takes
+    /// them), or has failed. Throws Interrupted from the first signal on.
+    static void waitFor(int descriptor, short events);
+
 private:
     static constexpr std::array handled = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 

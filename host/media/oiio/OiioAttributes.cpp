@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <string>
 
@@ -12,6 +13,13 @@ constexpr char const* dateName = "DateTime";
 constexpr char const* softwareName = "Software";
 constexpr char const* profileName = "ICCProfile";
 constexpr char const* compressionName = "compression";
+constexpr char const* aspectName = "PixelAspectRatio";
+constexpr char const* densityAcrossName = "XResolution";
+constexpr char const* densityDownName = "YResolution";
+constexpr char const* densityUnitName = "ResolutionUnit";
+constexpr float usualDensity = 10000.F;
+constexpr float mostDensity = 65535.F; // that fits into a JPEG file
+constexpr float centimetresInMetre = 100.F;
 
 /// Storage of the samples, which the target has its own of, and what the library works out itself.
 constexpr std::array<OIIO::string_view, 12> storageNames = {
@@ -101,6 +109,11 @@ void dropTwins(OIIO::ImageSpec& target)
     }
 }
 
+// Fields of the header of a DPX file, SMPTE ST 268.
+constexpr std::int64_t dpxFileNameOffset = 36;
+constexpr std::int64_t dpxCreatorOffset = 160;
+constexpr std::array<char, 100> emptyDpxText{};
+
 } // namespace
 
 void copyAllAttributes(OIIO::ImageSpec const& source, FileKind kind, OIIO::ImageSpec& target)
@@ -154,8 +167,8 @@ std::vector<std::string> listLost(OIIO::ImageSpec const& source, OIIO::ImageSpec
 std::vector<std::string> listLostByConversion(OIIO::ImageSpec const& source, FileKind target)
 {
     // The first says what is so without it; the others come of the first ones' absence.
-    constexpr std::array<OIIO::string_view, 4> plain = {"PixelAspectRatio", "ResolutionUnit",
-                                                        "XResolution", "YResolution"};
+    constexpr std::array<OIIO::string_view, 4> plain = {aspectName, densityUnitName,
+                                                        densityAcrossName, densityDownName};
     std::vector<std::string> names;
     for (OIIO::ParamValue const& attribute : source.extra_attribs) {
         OIIO::string_view const name = attribute.name();
@@ -170,6 +183,45 @@ std::vector<std::string> listLostByConversion(OIIO::ImageSpec const& source, Fil
     return names;
 }
 
+void setAspect(FileKind kind, Rational const& aspect, OIIO::ImageSpec& target)
+{
+    float const ratio = aspect.getFloat();
+    if (ratio == 1.F) {
+        return;
+    }
+    target.attribute(aspectName, ratio);
+    if (kind != FileKind::Jpeg && kind != FileKind::Png) {
+        return;
+    }
+    // Whole numbers of pixels in some length, of 16 bits in JPEG. Its readers, the library among
+    // them, have always taken the wider pixels to be those of which there are more across.
+    float const low = std::round(std::clamp(mostDensity / ratio, 1.F, usualDensity));
+    float const high = std::clamp(std::round(low * ratio), 1.F, mostDensity);
+    bool const isJpeg = kind == FileKind::Jpeg;
+    target.attribute(densityAcrossName, isJpeg ? high : low);
+    target.attribute(densityDownName, isJpeg ? low : high);
+    target.attribute(densityUnitName, "none");
+}
+
+void holdAspect(FileKind kind, OIIO::ImageSpec& target)
+{
+    float const aspect = target.get_float_attribute(aspectName, 1.F);
+    if (aspect == 1.F) {
+        return;
+    }
+    if (kind == FileKind::Dpx && 1.F / aspect == std::round(1.F / aspect)) {
+        target.attribute(aspectName, std::nextafter(aspect, 1.F)); // 1 / 2 would become 1 / 0
+    }
+    float const across = target.get_float_attribute(densityAcrossName);
+    float const down = target.get_float_attribute(densityDownName);
+    if (kind == FileKind::Png && across > 0.F && down > 0.F) {
+        // The rows are worked out from the columns and cut to a whole number.
+        bool const isInMetres = target.get_string_attribute(densityUnitName) == "cm";
+        float const part = 0.25F / (isInMetres ? centimetresInMetre : 1.F);
+        target.attribute(aspectName, (down + part) / across);
+    }
+}
+
 void suppressDate(FileKind kind, OIIO::ImageSpec& target)
 {
     if (kind == FileKind::Tiff && target.find_attribute(dateName) == nullptr) {
@@ -179,11 +231,15 @@ void suppressDate(FileKind kind, OIIO::ImageSpec& target)
 
 void clearOwnName(FileKind kind, OIIO::ImageSpec const& written, OIIO::Filesystem::IOProxy& stream)
 {
-    // The field "creator" of the file's header, SMPTE ST 268.
-    constexpr std::int64_t creatorOffset = 160;
-    std::array<char, 100> const creator{};
     if (kind == FileKind::Dpx && written.find_attribute(softwareName) == nullptr) {
-        stream.pwrite(creator.data(), creator.size(), creatorOffset);
+        stream.pwrite(emptyDpxText.data(), emptyDpxText.size(), dpxCreatorOffset);
+    }
+}
+
+void clearFileName(FileKind kind, OIIO::Filesystem::IOProxy& stream)
+{
+    if (kind == FileKind::Dpx) {
+        stream.pwrite(emptyDpxText.data(), emptyDpxText.size(), dpxFileNameOffset);
     }
 }
 

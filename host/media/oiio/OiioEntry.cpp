@@ -38,8 +38,10 @@ public:
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) OiioModule* remapMediaOiioModule()
+extern "C" __attribute__((visibility("default"))) OiioModule*
+remapMediaOiioModule(StandardFiles& standardFiles)
 {
+    StandardFiles::share(standardFiles);
     static OiioModuleImplementation module;
     return &module;
 }

@@ -2,7 +2,9 @@
 
 #include "media/oiio/OiioReader.h"
 
+#include "files/StandardFiles.h"
 #include "media/ErrorText.h"
+#include "media/oiio/FormatNames.h"
 #include "media/oiio/HeldPixels.h"
 #include "media/oiio/OiioAttributes.h"
 #include "media/oiio/PngOutline.h"
@@ -21,23 +23,6 @@ constexpr int rowsOfPlainFiles = 16;                 // read together where a fi
 constexpr std::uint64_t mostStripBytes = 1ULL << 30; // of one row of tiles
 constexpr float largestWord = 65535.F;
 constexpr int aspectDenominator = 10000;
-
-struct KindName {
-    char const* formatName;
-    FileKind kind;
-};
-constexpr std::array<KindName, 4> kindNames = {{{"png", FileKind::Png},
-                                                {"tiff", FileKind::Tiff},
-                                                {"jpeg", FileKind::Jpeg},
-                                                {"dpx", FileKind::Dpx}}};
-
-std::optional<FileKind> kindOf(OIIO::string_view formatName)
-{
-    auto const found = std::find_if(kindNames.begin(), kindNames.end(), [&](KindName const& known) {
-        return formatName == known.formatName;
-    });
-    return found == kindNames.end() ? std::nullopt : std::optional(found->kind);
-}
 
 int indexOfChannel(OIIO::ImageSpec const& spec, std::string const& name)
 {
@@ -105,23 +90,28 @@ void OiioReader::open()
     }
     openByLibrary();
     spec = input->spec();
-    kind = kindOf(input->format_name());
+    kind = findKind(input->format_name());
     if (kind.has_value() && !png.namesColourSpace) {
         // The library assumes one; written back, it would be an addition.
         spec.erase_attribute("oiio:ColorSpace");
     }
 }
 
-/// The extension's reader first, as the library has it; without one it tries all.
+/// The extension's reader first, as the library has it; without one, that of the file's first
+/// bytes. If that one fails it tries all.
 void OiioReader::openByLibrary()
 {
     OIIO::ImageSpec config;
     // Without this, colour under low alpha is lost.
     config.attribute("oiio:UnassociatedAlpha", 1);
+    std::optional<FileKind> const announced = readFileKind(path);
     std::string const extension = path.extension().string();
+    std::string const format = !extension.empty()      ? extension.substr(1)
+                               : announced.has_value() ? nameFormat(*announced)
+                                                       : "";
     std::string detail;
     errno = 0;
-    input = extension.empty() ? nullptr : OIIO::ImageInput::create(extension.substr(1));
+    input = format.empty() ? nullptr : OIIO::ImageInput::create(format);
     if (input != nullptr && !input->open(file.getPath().string(), spec, config)) {
         detail = input->geterror();
         input.reset();
@@ -135,6 +125,9 @@ void OiioReader::openByLibrary()
     }
     if (input == nullptr) {
         detail = describeFailure(detail.empty() ? OIIO::geterror() : detail);
+        if (detail.find("doesn't know about") != std::string::npos) {
+            detail.clear(); // a question about the library
+        }
         throwReadError(ImageFailure::File, path,
                        "the file is damaged or of a kind that is not known" +
                            (detail.empty() ? std::string() : " (" + detail + ")"));
@@ -145,11 +138,13 @@ void OiioReader::openByLibrary()
 std::string OiioReader::describeFailure(std::string text) const
 {
     std::string const held = file.getPath().string();
+    std::string const known = nameInput(path);
+    text = trimLibraryText(text, held);
     for (auto place = text.find(held); place != std::string::npos; place = text.find(held, place)) {
-        text.replace(place, held.size(), path.string());
-        place += path.string().size();
+        text.replace(place, held.size(), known);
+        place += known.size();
     }
-    return trimLibraryText(text, path);
+    return text;
 }
 
 void OiioReader::check(std::size_t mostBytes) const
@@ -267,7 +262,7 @@ std::vector<std::string> OiioReader::listMetadata(FileKind target) const
 
 void OiioReader::findLosses()
 {
-    std::string const name = "\"" + path.string() + "\"";
+    std::string const name = nameInput(path);
     std::set<int> const used(channels.begin(), channels.end());
     if (used.size() < static_cast<std::size_t>(spec.nchannels)) {
         losses.push_back(name + " has " + std::to_string(spec.nchannels) +

@@ -2,9 +2,11 @@
 
 #include "media/oiio/OiioWriter.h"
 
+#include "files/StandardFiles.h"
 #include "media/ErrorText.h"
 #include "media/ImageTarget.h"
 #include "media/PixelRows.h"
+#include "media/oiio/FormatNames.h"
 #include "media/oiio/OiioAttributes.h"
 
 #include <algorithm>
@@ -60,7 +62,7 @@ std::string describeDepth(OutputDepth const& depth)
 OiioWriter::OiioWriter(std::filesystem::path const& file, ImageSource& source,
                        IxPixelFormat const& resultFormat, WriteOptions const& options,
                        MediaReport const& mediaReport)
-    : report(mediaReport), kind(findFileKind(file).value()), format(resultFormat),
+    : report(mediaReport), kind(findFileKind(file, options).value()), format(resultFormat),
       dataWindow(source.getInfo().dataWindow), displayWindow(source.getInfo().displayWindow),
       isSourcePremultiplied(source.getInfo().format.isPremultiplied()), nextRow(displayWindow.y0),
       temporary(makeTemporaryImage(file)), stream(temporary)
@@ -141,14 +143,12 @@ void OiioWriter::planAttributes(ImageSource const& source)
         spec.tile_width = reader->getSpec().tile_width;
         spec.tile_height = reader->getSpec().tile_height;
     } else {
-        float const aspect = source.getInfo().format.getAspectRatio().getFloat();
-        if (aspect != 1.F) {
-            spec.attribute("PixelAspectRatio", aspect);
-        }
+        setAspect(kind, source.getInfo().format.getAspectRatio(), spec);
         if (reader != nullptr) {
             copyLookAttributes(reader->getSpec(), kind, spec);
         }
     }
+    holdAspect(kind, spec);
     suppressDate(kind, spec);
     if (kind == FileKind::Tiff && depth.storage == SampleStorage::Half) {
         spec.attribute("tiff:half", 1); // without it, the library writes float
@@ -165,7 +165,7 @@ void OiioWriter::planAttributes(ImageSource const& source)
 
 void OiioWriter::reportLosses(MediaSource const* source) const
 {
-    std::string const name = "\"" + temporary.getTarget().string() + "\"";
+    std::string const name = nameOutput(temporary.getTarget());
     if (!displayWindow.contains(dataWindow)) {
         report.warn(name + " gets the display window of " + formatSize(displayWindow) +
                     " pixels; pixels outside of it are left out");
@@ -188,7 +188,7 @@ void OiioWriter::reportLosses(MediaSource const* source) const
 
 void OiioWriter::open()
 {
-    output.reset(OIIO::ImageOutput::create(temporary.getPath().string()).release());
+    output.reset(OIIO::ImageOutput::create(nameFormat(kind)).release());
     if (output == nullptr || !output->set_ioproxy(&stream)) {
         throwWriteError(ImageFailure::Surroundings, temporary.getTarget(),
                         "this installation of OpenImageIO cannot write this kind of file");
@@ -363,6 +363,9 @@ void OiioWriter::finish()
             throw std::runtime_error(error.empty() ? "closing failed" : error);
         }
         clearOwnName(kind, spec, stream);
+        if (isStandardStream(temporary.getTarget())) {
+            clearFileName(kind, stream);
+        }
         stream.finish();
     } catch (...) {
         rethrowAsWriteError(temporary.getTarget(), stream.getSystemError());
@@ -371,16 +374,17 @@ void OiioWriter::finish()
     publishImage(temporary);
     if (hasLostColour) {
         report.warn(
-            "\"" + temporary.getTarget().string() +
-            "\" holds luminance only, as its source did: the colour of the result is not in it");
+            nameOutput(temporary.getTarget()) +
+            " holds luminance only, as its source did: the colour of the result is not in it");
     }
 }
 
 void OiioWriter::check() const
 {
-    auto const written = OIIO::ImageInput::open(temporary.getPath().string());
-    if (written == nullptr || written->spec().width != spec.width ||
-        written->spec().height != spec.height ||
+    auto const written = OIIO::ImageInput::create(nameFormat(kind));
+    OIIO::ImageSpec ignored;
+    if (written == nullptr || !written->open(temporary.getPath().string(), ignored) ||
+        written->spec().width != spec.width || written->spec().height != spec.height ||
         static_cast<std::size_t>(written->spec().nchannels) != channels) {
         OIIO::geterror();
         throwWriteError(ImageFailure::Surroundings, temporary.getTarget(),
@@ -388,7 +392,7 @@ void OiioWriter::check() const
     }
     std::vector<std::string> const lost = listLost(sourceSpec, written->spec());
     if (!lost.empty()) {
-        report.warn(quoteName(temporary.getTarget().string()) +
+        report.warn(nameOutput(temporary.getTarget()) +
                     " lacks metadata of its source, or has it otherwise: " + quoteList(lost));
     }
 }

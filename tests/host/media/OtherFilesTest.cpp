@@ -233,6 +233,25 @@ TEST_F(OtherFilesTest, MetadataStayTheSameHoweverOftenAFileIsCopied)
     }
 }
 
+TEST_F(OtherFilesTest, PixelsKeepTheirAspectRatio)
+{
+    for (float const aspect : {2.0F, 0.5F, 1.0667F, 0.9091F}) {
+        writeExr(file("0.exr"), {.addAttributes = [aspect](Imf::Header& header) {
+                     header.pixelAspectRatio() = aspect;
+                 }});
+        std::string const wanted = loadAttributes(file("0.exr"))["pixelAspectRatio"];
+        for (std::string const kind : {"exr", "tif", "png", "dpx", "jpg"}) {
+            copyImage(file("0.exr"), file("1." + kind), {.depth = IxPixelFormat::FLOAT32});
+            copyImage(file("1." + kind), file("2." + kind));
+            for (std::string const& name : {"1." + kind, "2." + kind}) {
+                copyImage(file(name), file("3.exr"), {.depth = IxPixelFormat::FLOAT32});
+                EXPECT_EQ(loadAttributes(file("3.exr"))["pixelAspectRatio"], wanted)
+                    << name << " " << aspect;
+            }
+        }
+    }
+}
+
 TEST_F(OtherFilesTest, MetadataThatAreLostAreNamed)
 {
     writeOther(file("in.jpg"), 1, 3, 8, "abc", {{"Artist", "Me"}, {"IPTC:City", "Town"}});
