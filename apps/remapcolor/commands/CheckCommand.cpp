@@ -86,8 +86,10 @@ Json toJson(CheckRequest const& request, ShotCheck const& check)
 
 void addCheckOptions(CommandOptions& options, CheckRequest& request)
 {
-    options.addArgument("INPUT", "Sequence (shot.####.exr, shot.%04d.exr) or picture to read\n\n- is standard input.",
-                        [&request](std::string const& text) { request.shot.input = text; });
+    options.addArgument(
+        "INPUT",
+        "Sequence (shot.####.exr, shot.%04d.exr) or picture to read\n\n- is standard input.",
+        [&request](std::string const& text) { request.shot.input = text; });
     addFrameListOptions(options, request.shot.frames, request.framesFile);
     options.addFlag("--values", "Count NaN and infinity in every channel, too",
                     [&request] { request.shot.countsValues = true; });

@@ -18,7 +18,8 @@
 
 void addProjectOptions(CommandOptions& options, ProjectRequest& request)
 {
-    addOutputOption(options, "OUT.json", "Project file to write\n\n- is standard output.", request.output);
+    addOutputOption(options, "OUT.json", "Project file to write\n\n- is standard output.",
+                    request.output);
     options.addOption("--openfx", "OUT.json", "Values for the OpenFX plug-in (docs/openfx.md)",
                       [&request](std::string const& text) { request.openFx = text; },
                       {ValueHint::Kind::File});

@@ -46,7 +46,8 @@ PickPlace parsePlace(std::string const& text)
 
 void addPickOptions(CommandOptions& options, PickRequest& request)
 {
-    options.addArgument("INPUT", "Picture to read (EXR, PNG, TIFF, JPEG, DPX)\n\n- is standard input.",
+    options.addArgument("INPUT",
+                        "Picture to read (EXR, PNG, TIFF, JPEG, DPX)\n\n- is standard input.",
                         [&request](std::string const& text) { request.input = text; });
     options.addArguments(
         "PLACE...", "Pixels X,Y and areas X,Y,W,H, as the data window counts",

@@ -40,7 +40,8 @@ std::set<PlotPanel> parsePanels(std::string const& text)
 
 void addPlotOptions(CommandOptions& options, PlotRequest& request)
 {
-    options.addArgument("INPUT", "Picture whose histogram lies behind the curves\n\n- is standard input.",
+    options.addArgument("INPUT",
+                        "Picture whose histogram lies behind the curves\n\n- is standard input.",
                         [&request](std::string const& text) { request.input = text; });
     addOutputOption(options, "OUT", "Figure to write: .svg or .png", request.output);
     addFormatOption(options, formats, request.format);
