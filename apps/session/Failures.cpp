@@ -2,11 +2,11 @@
 
 #include "session/Failures.h"
 
+#include "files/PrintableText.h"
 #include "runtime/loader/ToolLoader.h"
 #include "runtime/values/HostValue.h"
 #include "shots/ShotError.h"
 
-#include <algorithm>
 #include <exception>
 
 namespace {
@@ -43,16 +43,6 @@ Failure describeCurrentFailure()
         FrameFailure const failure = describeFailure(std::current_exception());
         return {toExitStatus(failure.kind), makePrintable(failure.text)};
     }
-}
-
-std::string makePrintable(std::string text)
-{
-    constexpr unsigned char deleteCharacter = 127;
-    std::replace_if(
-        text.begin(), text.end(),
-        [](unsigned char character) { return character < ' ' || character == deleteCharacter; },
-        '?');
-    return text;
 }
 
 std::string quote(std::string const& text)

@@ -39,8 +39,5 @@ struct Failure {
 /// The failure behind the exception that is being handled.
 Failure describeCurrentFailure();
 
-/// `text` on one line and harmless to a terminal: a question mark for each control character.
-std::string makePrintable(std::string text);
-
 /// `text` between double quotes.
 std::string quote(std::string const& text);

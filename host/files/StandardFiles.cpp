@@ -1,12 +1,14 @@
 #include "files/StandardFiles.h"
 
+#include "files/PrintableText.h"
+
 #include <utility>
 
 namespace {
 
 std::string name(std::filesystem::path const& file, char const* stream)
 {
-    return isStandardStream(file) ? stream : "\"" + file.string() + "\"";
+    return isStandardStream(file) ? stream : quoteFile(file);
 }
 
 StandardFiles*& sharedFiles()

@@ -10,7 +10,7 @@
 
 bool isStandardStream(std::filesystem::path const& file);
 
-/// How people read of a file that is read: its name in quotes, or "standard input".
+/// How people read of a file that is read: its printable name in quotes, or "standard input".
 std::string nameInput(std::filesystem::path const& file);
 
 /// The same for one that is written: "standard output".

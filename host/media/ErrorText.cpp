@@ -3,6 +3,7 @@
 #include "media/ErrorText.h"
 
 #include "files/FileError.h"
+#include "files/PrintableText.h"
 #include "files/StandardFiles.h"
 
 #include <algorithm>
@@ -13,20 +14,14 @@ namespace {
 
 constexpr std::size_t longestLibraryText = 200;
 
-/// Control characters would break the line or a terminal. Bytes above 127 are letters in paths, but
-/// may be anything in damaged files.
-enum class Letters { Any, AsciiOnly };
-
-std::string makePrintable(std::string text, Letters letters)
+/// Bytes above 127 are letters in paths, but may be anything in damaged files.
+std::string makePlain(std::string text)
 {
+    constexpr unsigned char lastPlain = 127;
     std::replace_if(
-        text.begin(), text.end(),
-        [letters](unsigned char character) {
-            return character < ' ' || character == 127 ||
-                   (character > 127 && letters == Letters::AsciiOnly);
-        },
+        text.begin(), text.end(), [](unsigned char character) { return character > lastPlain; },
         '?');
-    return text;
+    return makePrintable(text);
 }
 
 /// Libraries turn a failed allocation into failures of their own.
@@ -42,15 +37,13 @@ constexpr char const* noMemory = "there is not enough memory";
 
 void throwReadError(ImageFailure kind, std::filesystem::path const& file, std::string const& reason)
 {
-    throw ImageFileError(kind, "cannot read " + makePrintable(nameInput(file), Letters::Any) +
-                                   ": " + reason);
+    throw ImageFileError(kind, "cannot read " + nameInput(file) + ": " + reason);
 }
 
 void throwWriteError(ImageFailure kind, std::filesystem::path const& file,
                      std::string const& reason)
 {
-    throw ImageFileError(kind, "cannot write " + makePrintable(nameOutput(file), Letters::Any) +
-                                   ": " + reason);
+    throw ImageFileError(kind, "cannot write " + nameOutput(file) + ": " + reason);
 }
 
 void throwSystemReadError(int error, std::filesystem::path const& file)
@@ -78,7 +71,7 @@ std::string trimLibraryText(std::string text, std::filesystem::path const& file)
         text = saysMore ? std::string(after, text.end()) : text.substr(0, found);
     }
     std::replace(text.begin(), text.end(), '\n', ' ');
-    text = makePrintable(text, Letters::AsciiOnly);
+    text = makePlain(text);
     text.erase(0, text.find_first_not_of("\"'.:;,) "));
     if (text.size() > longestLibraryText) {
         text = text.substr(0, longestLibraryText) + "...";
@@ -127,7 +120,7 @@ void rethrowAsWriteError(std::filesystem::path const& file, int systemError)
 
 std::string quoteName(std::string const& name)
 {
-    return "\"" + makePrintable(name, Letters::AsciiOnly) + "\"";
+    return "\"" + makePlain(name) + "\"";
 }
 
 std::string quoteList(std::vector<std::string> const& names, std::size_t most)

@@ -7,7 +7,7 @@
 #include "media/ImageFailure.h"
 #include "media/ImageFiles.h"
 #include "media/OutputDepth.h"
-#include "runtime/engine/RenderEngine.h"
+#include "runtime/engine/ImageSource.h"
 
 #include <algorithm>
 

@@ -6,11 +6,6 @@
 
 namespace {
 
-GeRectangle<int> toRectangle(Imath::Box2i const& box)
-{
-    return {box.min.x, box.min.y, box.max.x + 1, box.max.y + 1};
-}
-
 std::uint64_t divideUp(std::uint64_t value, std::uint64_t divisor)
 {
     return (value + divisor - 1) / divisor;
@@ -63,6 +58,11 @@ std::vector<ExrChunkGrid::Level> listLevels(ExrHeader const& header, GeRectangle
 }
 
 } // namespace
+
+GeRectangle<int> toRectangle(Imath::Box2i const& box)
+{
+    return {box.min.x, box.min.y, box.max.x + 1, box.max.y + 1};
+}
 
 ExrChunkGrid::ExrChunkGrid(ExrHeader const& header)
     : isTiled(header.isTiled), rowsPerChunk(rowsPerBlockOf(header))

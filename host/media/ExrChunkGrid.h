@@ -3,11 +3,15 @@
 #include "media/ExrHeader.h"
 #include "primitives/GeRectangle.h"
 
+#include <ImathBox.h>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
+
+/// A window of a header, which holds its last row and column, as half-open bounds.
+GeRectangle<int> toRectangle(Imath::Box2i const& window);
 
 /// How a part's pixels are cut into chunks: blocks of rows, or tiles of one or more levels. Chunks
 /// are counted as the file's table lists them: level after level (of a rip map all widths of a

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr std::size_t numberBytes = 4;
+constexpr std::size_t headNumberBytes = 4;
 
 /// The low byte first.
 template <typename Number>
@@ -85,15 +85,15 @@ void ExrContainer::writeRows(std::size_t part, int firstRow, std::span<std::byte
 void ExrContainer::writeAll(std::size_t part, std::span<std::byte const> chunks)
 {
     ExrChunkGrid const& grid = parts[part].grid;
-    std::size_t const headBytes = (grid.countCoordinates() + 1) * numberBytes;
+    std::size_t const headBytes = (grid.countCoordinates() + 1) * headNumberBytes;
     while (!chunks.empty()) {
         std::array<int, 4> coordinates{};
         for (std::size_t index = 0; index < grid.countCoordinates(); ++index) {
             coordinates[index] =
-                static_cast<int>(readNumber<std::uint32_t>(&chunks[index * numberBytes]));
+                static_cast<int>(readNumber<std::uint32_t>(&chunks[index * headNumberBytes]));
         }
         std::size_t const size =
-            headBytes + readNumber<std::uint32_t>(&chunks[headBytes - numberBytes]);
+            headBytes + readNumber<std::uint32_t>(&chunks[headBytes - headNumberBytes]);
         write(part, grid.findChunk(coordinates).value(), chunks.first(size));
         chunks = chunks.subspan(size);
     }

@@ -108,11 +108,6 @@ std::string formatKind(ExrHeader const& header)
     return deep + "tiles " + std::to_string(tiles.xSize) + " x " + std::to_string(tiles.ySize);
 }
 
-GeRectangle<int> toRectangle(Imath::Box2i const& box)
-{
-    return {box.min.x, box.min.y, box.max.x + 1, box.max.y + 1};
-}
-
 PartDescription describe(ExrHeader const& part)
 {
     static std::set<std::string> const told = {"channels",      "compression", "dataWindow",

@@ -13,7 +13,7 @@
 namespace {
 
 constexpr std::size_t dwaNumbers = 11; // before a DWA chunk's data
-constexpr std::size_t numberBytes = 8;
+constexpr std::size_t dwaNumberBytes = 8;
 
 // How many bytes one packed byte can become.
 //
@@ -84,13 +84,13 @@ bool isDwaEnough(std::span<std::byte const> packed, std::uint64_t raw)
         DcCount
     };
     constexpr std::uint64_t samplesPerBlock = 64;
-    if (packed.size() < dwaNumbers * numberBytes) {
+    if (packed.size() < dwaNumbers * dwaNumberBytes) {
         return false;
     }
     auto const numberOf = [&packed](Number which) {
-        return readNumber<std::uint64_t>(packed.data() + which * numberBytes);
+        return readNumber<std::uint64_t>(packed.data() + which * dwaNumberBytes);
     };
-    std::uint64_t left = packed.size() - dwaNumbers * numberBytes;
+    std::uint64_t left = packed.size() - dwaNumbers * dwaNumberBytes;
     for (Number const part : {UnknownPacked, AcPacked, DcPacked, RlePacked}) {
         if (numberOf(part) > left) {
             return false;

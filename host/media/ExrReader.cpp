@@ -19,11 +19,6 @@
 
 namespace {
 
-GeRectangle<int> toRectangle(Imath::Box2i const& box)
-{
-    return {box.min.x, box.min.y, box.max.x + 1, box.max.y + 1};
-}
-
 /// The library's closest fraction, or `fallback` where it is not above 0 or does not fit.
 Rational toRational(Imf::Rational const& value, Rational const& fallback)
 {

@@ -20,7 +20,7 @@ constexpr std::string_view escapable = "#@%\\";
     throw ShotError(ShotFailure::Request, "the name \"" + text + "\" " + reason);
 }
 
-std::string formatNumber(Frame frame, int digits)
+std::string formatPadded(Frame frame, int digits)
 {
     std::string const magnitude = std::to_string(frame < 0 ? -frame : frame);
     std::string const sign = frame < 0 ? "-" : "";
@@ -125,7 +125,7 @@ std::string FramePattern::expand(Pieces const& pieces, Frame frame)
 {
     std::string name;
     for (Piece const& piece : pieces) {
-        name += piece.digits > 0 ? formatNumber(frame, piece.digits) : piece.literal;
+        name += piece.digits > 0 ? formatPadded(frame, piece.digits) : piece.literal;
     }
     return name;
 }

@@ -12,7 +12,7 @@
 
 namespace {
 
-using Kind = FrameFault::Kind;
+using Fault = FrameFault::Kind;
 
 /// A frame that could be read.
 struct ReadFrame {
@@ -126,17 +126,17 @@ void compare(std::vector<ReadFrame> const& frames, ShotCheck& check)
     for (ReadFrame const& frame : frames) {
         if (display.has_value() && formatDisplay(frame) != *display) {
             check.faults.push_back(
-                {frame.frame, frame.file, Kind::Size,
+                {frame.frame, frame.file, Fault::Size,
                  "it is " + formatDisplay(frame) + ", most frames are " + *display});
         } else if (data.has_value() && formatData(frame) != *data) {
             check.faults.push_back(
-                {frame.frame, frame.file, Kind::Size,
+                {frame.frame, frame.file, Fault::Size,
                  "its data window is " + formatData(frame) + ", that of most frames " + *data});
         }
         std::set<std::string> const own = listChannels(frame);
         if (channels.has_value() && own != *channels) {
             check.faults.push_back(
-                {frame.frame, frame.file, Kind::Channels, describeDifference(own, *channels)});
+                {frame.frame, frame.file, Fault::Channels, describeDifference(own, *channels)});
         }
     }
 }
@@ -149,7 +149,7 @@ void addValues(ReadFrame const& frame, ShotCheck& check)
     });
     if (!channels.empty()) {
         std::string const text = describeValues(channels, frame.scan.description.parts.size() > 1);
-        check.faults.push_back({frame.frame, frame.file, Kind::Values, text, std::move(channels)});
+        check.faults.push_back({frame.frame, frame.file, Fault::Values, text, std::move(channels)});
     }
 }
 
@@ -180,11 +180,11 @@ std::vector<Frame> chooseFrames(ShotCheckRequest const& request, FramePattern co
 char const* nameFault(FrameFault::Kind kind)
 {
     switch (kind) {
-    case Kind::Missing: return "missing";
-    case Kind::Unreadable: return "unreadable";
-    case Kind::Size: return "size";
-    case Kind::Channels: return "channels";
-    case Kind::Values: return "values";
+    case Fault::Missing: return "missing";
+    case Fault::Unreadable: return "unreadable";
+    case Fault::Size: return "size";
+    case Fault::Channels: return "channels";
+    case Fault::Values: return "values";
     }
     return "";
 }
@@ -205,7 +205,7 @@ ShotCheck checkShot(ShotCheckRequest const& request, ShotCheckOptions const& opt
         std::filesystem::path const file = input.expand(frame);
         std::error_code ignored;
         if (check.isSequence && !std::filesystem::exists(file, ignored)) {
-            check.faults.push_back({frame, file, Kind::Missing, "there is no such file"});
+            check.faults.push_back({frame, file, Fault::Missing, "there is no such file"});
         } else {
             try {
                 readFrames.push_back({frame, file, scanPicture(file)});
@@ -213,7 +213,7 @@ ShotCheck checkShot(ShotCheckRequest const& request, ShotCheckOptions const& opt
                     part.attributes.clear(); // of thousands of frames they take memory
                 }
             } catch (...) {
-                check.faults.push_back({frame, file, Kind::Unreadable,
+                check.faults.push_back({frame, file, Fault::Unreadable,
                                         describeFailure(std::current_exception()).text});
             }
         }

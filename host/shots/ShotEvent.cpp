@@ -2,6 +2,7 @@
 
 #include "shots/ShotEvent.h"
 
+#include "files/PrintableText.h"
 #include "files/StandardFiles.h"
 #include "runtime/values/NumberText.h"
 

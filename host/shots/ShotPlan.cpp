@@ -2,6 +2,7 @@
 
 #include "shots/ShotPlan.h"
 
+#include "files/PrintableText.h"
 #include "files/StandardFiles.h"
 #include "shots/ShotError.h"
 
@@ -15,11 +16,6 @@
 namespace {
 
 using Path = std::filesystem::path;
-
-std::string quote(Path const& file)
-{
-    return "\"" + file.string() + "\"";
-}
 
 /// Finds out which files are the same, without looking at a folder twice.
 class FileIdentity {
@@ -125,10 +121,10 @@ private:
     void checkOnce(FrameFiles const& files, Frame owner) const
     {
         if (owner != files.frame) {
-            throw ShotError(ShotFailure::Request, "frames " + std::to_string(owner) + " and " +
-                                                      std::to_string(files.frame) +
-                                                      " have one output, " + quote(files.output) +
-                                                      "; put #### into its name");
+            throw ShotError(ShotFailure::Request,
+                            "frames " + std::to_string(owner) + " and " +
+                                std::to_string(files.frame) + " have one output, " +
+                                quoteFile(files.output) + "; put #### into its name");
         }
     }
 
@@ -137,7 +133,7 @@ private:
         std::string const own = std::string("the ") + source.name + " itself";
         std::string const other =
             "the " + std::string(source.name) + " of frame " + std::to_string(source.frame);
-        throw ShotError(ShotFailure::Request, "the output " + quote(files.output) + " is " +
+        throw ShotError(ShotFailure::Request, "the output " + quoteFile(files.output) + " is " +
                                                   (source.frame == files.frame ? own : other) +
                                                   "; choose another name");
     }

@@ -2,6 +2,7 @@
 
 #include "shots/ShotRender.h"
 
+#include "files/PrintableText.h"
 #include "files/StandardFiles.h"
 #include "media/ExistingPicture.h"
 #include "shots/FrameRun.h"
@@ -20,11 +21,6 @@ using Kind = ShotEvent::Kind;
 using Path = std::filesystem::path;
 
 constexpr std::chrono::milliseconds longestWait{50};
-
-std::string quote(Path const& file)
-{
-    return "\"" + file.string() + "\"";
-}
 
 bool isThere(Path const& file)
 {
@@ -204,7 +200,7 @@ private:
             isStopped = true;
             return false;
         }
-        skip(files, quote(isMaskMissing ? *files.mask : files.input) + " is missing");
+        skip(files, quoteFile(isMaskMissing ? *files.mask : files.input) + " is missing");
         return true;
     }
 
@@ -214,15 +210,15 @@ private:
         switch (options.existing) {
         case ExistingOutput::Overwrite: return false;
         case ExistingOutput::Error:
-            throw ShotError(ShotFailure::Request, quote(files.output) + " is there already");
+            throw ShotError(ShotFailure::Request, quoteFile(files.output) + " is there already");
         case ExistingOutput::Skip: break;
         }
         std::optional<std::string> const fault = findFault(frame);
         if (!fault.has_value()) {
-            skip(files, quote(files.output) + " is there");
+            skip(files, quoteFile(files.output) + " is there");
             return true;
         }
-        tell(Kind::Note, files, quote(files.output) + " is made again: " + *fault);
+        tell(Kind::Note, files, quoteFile(files.output) + " is made again: " + *fault);
         return false;
     }
 

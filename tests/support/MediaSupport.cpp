@@ -1,5 +1,7 @@
 #include "MediaSupport.h"
 
+#include "OtherPictures.h"
+#include "files/ProgramModule.h"
 #include "media/PixelRows.h"
 
 #include <ImfChannelList.h>
@@ -17,7 +19,6 @@
 #include <ImfTiledInputPart.h>
 #include <ImfTiledOutputFile.h>
 #include <ImfTiledOutputPart.h>
-#include <OpenImageIO/imageio.h>
 
 #include <cstring>
 #include <half.h>
@@ -306,31 +307,28 @@ std::map<std::string, std::string> loadAttributes(std::filesystem::path const& f
     return attributes;
 }
 
+namespace {
+
+/// Of the module with the library for other files, which most tests do without.
+template <typename Function>
+Function* findInOtherPictures(char const* name)
+{
+    return reinterpret_cast<Function*>(loadModuleFunction("libtestOtherPictures.so", name));
+}
+
+} // namespace
+
 void writeOther(std::filesystem::path const& file, int width, int channels, int bits,
                 std::string const& samples, OtherAttributes const& attributes)
 {
-    OIIO::TypeDesc const type = bits == 8 ? OIIO::TypeDesc::UINT8 : OIIO::TypeDesc::UINT16;
-    int const rows = static_cast<int>(samples.size()) / (width * channels * bits / 8);
-    OIIO::ImageSpec spec(width, rows, channels, type);
-    spec.attribute("oiio:UnassociatedAlpha", 1);
-    for (auto const& [name, text] : attributes) {
-        spec.attribute(name, text);
-    }
-    auto const output = OIIO::ImageOutput::create(file.string());
-    ASSERT_TRUE(output && output->open(file.string(), spec) &&
-                output->write_image(type, samples.data()) && output->close());
+    auto* const write = findInOtherPictures<decltype(writeOtherPicture)>("writeOtherPicture");
+    ASSERT_TRUE(write(file, width, channels, bits, samples, attributes));
 }
 
 OtherAttributes loadOtherAttributes(std::filesystem::path const& file)
 {
-    auto const input = OIIO::ImageInput::open(file.string());
     OtherAttributes attributes;
-    if (input != nullptr) {
-        attributes["type"] = input->spec().format.c_str();
-        for (OIIO::ParamValue const& attribute : input->spec().extra_attribs) {
-            attributes[attribute.name().string()] = attribute.get_string();
-        }
-    }
+    findInOtherPictures<decltype(loadAttributesOfOther)>("loadAttributesOfOther")(file, attributes);
     return attributes;
 }
 

@@ -2,6 +2,7 @@
 
 #include "remapcolor/commands/CheckCommand.h"
 
+#include "files/PrintableText.h"
 #include "remapcolor/options/CommandOptions.h"
 #include "remapcolor/options/FrameListOptions.h"
 #include "remapcolor/options/StandardFileOptions.h"

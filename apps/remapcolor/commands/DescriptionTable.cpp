@@ -50,7 +50,7 @@ private:
     std::vector<Row> rows;
 };
 
-char const* nameType(PiSocketType const& type)
+char const* showType(PiSocketType const& type)
 {
     switch (type.getCode()) {
     case PiSocketType::Switch: return "switch";
@@ -62,7 +62,7 @@ char const* nameType(PiSocketType const& type)
     Assertions::throwProgramAborted(__FILE__, __LINE__, "type.getCode()");
 }
 
-std::pair<std::string, std::string> nameStoredType(PiValueType const& type)
+std::pair<std::string, std::string> showStoredType(PiValueType const& type)
 {
     switch (type.getCode()) {
     case PiValueType::Boolean: return {"switch", "true, false"};
@@ -105,13 +105,13 @@ void addPlainInput(Table& table, HostNode const& node, std::string const& fullNa
 {
     RCShdPtr<HostValue> const value = node.getValue(fullName);
     if (value.isNull()) {
-        table.add({shownName, nameType(type), "a picture", "", ""});
+        table.add({shownName, showType(type), "a picture", "", ""});
         return;
     }
     // The value knows policies that are not part of the description.
     PiInputPolicy const* const policy = value->getPolicy().get();
     std::vector<std::string> const taken = describeTaken(type, policy);
-    table.add({shownName, nameType(type), taken.front(), formatValue(*value),
+    table.add({shownName, showType(type), taken.front(), formatValue(*value),
                isAnimatable(policy) ? "yes" : "no"});
     for (std::size_t line = 1; line < taken.size(); ++line) {
         table.add({"", "", taken[line], "", ""});
@@ -137,7 +137,7 @@ void addInput(Table& table, HostNode const& node, Input const& input, std::strin
 
 void addStored(Table& table, HostNode const& node, PiDeclaration const& declaration)
 {
-    auto const [type, taken] = nameStoredType(*declaration.valueType);
+    auto const [type, taken] = showStoredType(*declaration.valueType);
     std::string const& name = declaration.input.name;
     table.add({name, type, taken, formatValue(*node.getValue(name)), ""});
 }
@@ -173,7 +173,7 @@ std::string formatDescription(HostNode const& node)
         case PiDeclaration::Requires: addInput(inputs, node, declaration.input, "", 0); break;
         case PiDeclaration::Stores: addStored(stored, node, declaration); break;
         case PiDeclaration::Produces:
-            outputs.add({declaration.input.name, nameType(*declaration.input.type), "", "", ""});
+            outputs.add({declaration.input.name, showType(*declaration.input.type), "", "", ""});
             break;
         }
     }

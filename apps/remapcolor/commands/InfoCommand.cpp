@@ -2,6 +2,7 @@
 
 #include "remapcolor/commands/InfoCommand.h"
 
+#include "files/PrintableText.h"
 #include "media/ImageFiles.h"
 #include "media/PictureDescription.h"
 #include "remapcolor/options/CommandOptions.h"

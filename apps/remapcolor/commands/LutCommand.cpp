@@ -2,6 +2,7 @@
 
 #include "remapcolor/commands/LutCommand.h"
 
+#include "files/PrintableText.h"
 #include "files/StandardFiles.h"
 #include "pluginAPI/IxSampleConversion.h"
 #include "remapcolor/commands/LutText.h"

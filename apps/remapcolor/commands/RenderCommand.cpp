@@ -2,6 +2,7 @@
 
 #include "remapcolor/commands/RenderCommand.h"
 
+#include "files/PrintableText.h"
 #include "files/StandardFiles.h"
 #include "media/ImageFiles.h"
 #include "remapcolor/options/FrameListOptions.h"
@@ -57,8 +58,8 @@ ShotRequest completeShot(RenderRequest const& request)
 Reporter::Facts describeLookAndMask(HostNode const& node, RenderRequest const& request)
 {
     Reporter::Facts facts = describeLook(node);
-    facts.emplace(facts.begin() + 1, "mask",
-                  request.mask.file.has_value() ? request.mask.file->string() : "none");
+    facts.insert(facts.begin() + 1,
+                 {"mask", request.mask.file.has_value() ? request.mask.file->string() : "none"});
     return facts;
 }
 

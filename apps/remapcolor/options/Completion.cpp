@@ -10,7 +10,7 @@
 
 namespace {
 
-using Words = std::vector<std::string>;
+using TypedWords = std::vector<std::string>;
 using Candidates = std::vector<Completion::Candidate>;
 
 std::string takeFirstLine(std::string const& text)
@@ -47,7 +47,7 @@ public:
     }
 
     /// `words` begin with the command's name.
-    Completion complete(Words const& words) const
+    Completion complete(TypedWords const& words) const
     {
         std::string const& typed = words.back();
         OptionText const* awaiting = nullptr;

@@ -13,7 +13,7 @@ namespace {
 constexpr int leastSize = 2;
 constexpr int mostSize = 65536;
 
-Words<LutFormat> const formats = {
+Words<LutFormat> const lutFormats = {
     {"clf", LutFormat::Clf}, {"cube", LutFormat::Cube}, {"spi1d", LutFormat::Spi1d}};
 
 } // namespace
@@ -21,7 +21,7 @@ Words<LutFormat> const formats = {
 void addLutOptions(CommandOptions& options, LutRequest& request)
 {
     addOutputOption(options, "OUT", "Table to write: .clf, .cube or .spi1d", request.output);
-    addFormatOption(options, formats, request.format);
+    addFormatOption(options, lutFormats, request.format);
     addNodeOptions(options, request.node);
     addDepthOption(options, request.node);
     addFrameOption(options, "-f,--frame", request.frame);
@@ -44,7 +44,7 @@ void checkComplete(LutRequest& request)
     if (request.output.empty()) {
         throw UsageError("lut needs a table to write; add -o OUT.clf, OUT.cube or OUT.spi1d");
     }
-    request.format = findFormat(request.output, formats, request.format);
+    request.format = findFormat(request.output, lutFormats, request.format);
     if (!request.format.has_value()) {
         throw UsageError("cannot write the table " + quote(request.output.string()) +
                          ": its name must end in .clf, .cube or .spi1d");

@@ -11,7 +11,7 @@
 
 namespace {
 
-Words<FigureFormat> const formats = {{"svg", FigureFormat::Svg}, {"png", FigureFormat::Png}};
+Words<FigureFormat> const plotFormats = {{"svg", FigureFormat::Svg}, {"png", FigureFormat::Png}};
 
 GeInterval<float> parseStops(std::string const& text)
 {
@@ -44,7 +44,7 @@ void addPlotOptions(CommandOptions& options, PlotRequest& request)
                         "Picture whose histogram lies behind the curves\n\n- is standard input.",
                         [&request](std::string const& text) { request.input = text; });
     addOutputOption(options, "OUT", "Figure to write: .svg or .png", request.output);
-    addFormatOption(options, formats, request.format);
+    addFormatOption(options, plotFormats, request.format);
     options.addOption("--range", "LO,HI", "Values of the input to plot (0,1)",
                       [&request](std::string const& text) {
                           request.range = parseRange("--range", text);
@@ -75,7 +75,7 @@ void checkComplete(PlotRequest& request)
     if (request.output.empty()) {
         throw UsageError("plot needs a figure to write; add -o OUT.svg or OUT.png");
     }
-    request.format = findFormat(request.output, formats, request.format);
+    request.format = findFormat(request.output, plotFormats, request.format);
     if (!request.format.has_value()) {
         throw UsageError("cannot write the plot " + quote(request.output.string()) +
                          ": its name must end in .svg or .png");

@@ -1,5 +1,6 @@
 #include "remapcolor/reports/LogFile.h"
 
+#include "files/PrintableText.h"
 #include "media/ImageFormats.h"
 #include "session/Failures.h"
 

@@ -2,6 +2,7 @@
 
 #include "remapcolor/reports/Reporter.h"
 
+#include "files/PrintableText.h"
 #include "remapcolor/reports/StandardStreams.h"
 
 #include <nlohmann/json.hpp>

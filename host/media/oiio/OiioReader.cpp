@@ -2,6 +2,7 @@
 
 #include "media/oiio/OiioReader.h"
 
+#include "files/PrintableText.h"
 #include "files/StandardFiles.h"
 #include "media/ErrorText.h"
 #include "media/oiio/FormatNames.h"

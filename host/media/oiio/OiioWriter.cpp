@@ -2,6 +2,7 @@
 
 #include "media/oiio/OiioWriter.h"
 
+#include "files/PrintableText.h"
 #include "files/StandardFiles.h"
 #include "media/ErrorText.h"
 #include "media/ImageTarget.h"

@@ -15,7 +15,7 @@ namespace {
 
 constexpr Ink gridInk{0.0, 0.0, 0.0, 0.09};
 constexpr Ink frameInk{0.35, 0.35, 0.35};
-constexpr Font titleFont{13.0, true};
+constexpr Font panelTitleFont{13.0, true};
 constexpr Font remarkFont{11.0};
 constexpr Font tickFont{11.0};
 constexpr Font labelFont{11.5};
@@ -279,6 +279,6 @@ void drawPanel(Canvas& canvas, FigurePanel const& panel, Box const& box)
         }
     }
     drawEndLabels(canvas, panel, box);
-    canvas.text({box.x, box.y - 11.0}, panel.title, titleFont, textInk, Align::Left);
+    canvas.text({box.x, box.y - 11.0}, panel.title, panelTitleFont, textInk, Align::Left);
     canvas.text({box.getRight(), box.y - 11.0}, panel.remark, remarkFont, quietInk, Align::Right);
 }

@@ -4,23 +4,15 @@
 
 #include "runtime/curves/CurveText.h"
 #include "runtime/values/HostValue.h"
+#include "runtime/values/NearestNames.h"
 #include "runtime/values/TextParts.h"
 
 #include <algorithm>
-#include <cctype>
 #include <vector>
 
 namespace {
 
 constexpr char const* allChannels = "rgb";
-
-std::string toLower(std::string_view text)
-{
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    return lower;
-}
 
 std::vector<std::string> findChannels(std::string const& where, std::string_view names,
                                       std::vector<std::string> const& channels)

@@ -4,6 +4,7 @@
 #include "pluginAPI/IxTile.h"
 #include "primitives/GeRectangle.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -100,3 +101,16 @@ public:
         unpackStrip(strip);
     }
 };
+
+/// Rows per strip: whole blocks of the source, so many that a strip's pixels are worth setting the
+/// chain up for them, and no more.
+inline int chooseStripRows(ImageSource const& source)
+{
+    // Setting a chain up costs some tens of microseconds: what a few thousand pixels cost.
+    constexpr int wantedStripPixels = 1 << 18;
+    GeRectangle<int> const& window = source.getInfo().dataWindow;
+    int const rowsPerBlock = std::max(source.getRowsPerBlock(), 1);
+    int const width = std::max(window.getWidth(), 1);
+    int const wantedRows = std::max(wantedStripPixels / width, 1);
+    return std::max((wantedRows + rowsPerBlock - 1) / rowsPerBlock, 1) * rowsPerBlock;
+}

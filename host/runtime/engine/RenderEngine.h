@@ -27,7 +27,3 @@ struct RenderOptions {
 /// then not finished.
 void renderImage(PxImageProtocol const& chain, SourceImageNode& sourceNode, ImageSource& source,
                  ImageSink& sink, RenderOptions const& options);
-
-/// Rows per strip: whole blocks of the source, so many that a strip's pixels are worth setting the
-/// chain up for them, and no more.
-int chooseStripRows(ImageSource const& source);

@@ -13,7 +13,6 @@ namespace {
 
 using Form = ValueSetting::Form;
 using Names = std::vector<std::string>;
-using Pixel = CoRgbaColorTyped<float>;
 
 constexpr double nearlySame = 1e-5; // of functions that are smooth between a curve's places
 

@@ -282,8 +282,6 @@ TEST_F(ShotTest, EndedRunsLeaveWholeFramesAndARerunTheRest)
     }
 }
 
-} // namespace
-
 TEST_F(ShotTest, PartsAreFoundByNameInEachFrameWhateverTheThreads)
 {
     auto const called = [](char const* name) {
@@ -328,3 +326,5 @@ TEST_F(ShotTest, PartsAreFoundByNameInEachFrameWhateverTheThreads)
     EXPECT_EQ(run({"pick", "in.0001.exr", "3,4", "--part", "deep"}).status, 1);
     EXPECT_EQ(run({"pick", "in.0001.exr", "3,4", "--part", "all"}).status, 2);
 }
+
+} // namespace

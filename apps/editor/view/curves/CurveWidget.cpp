@@ -21,8 +21,7 @@ constexpr double gripReach = 8.0; // pixels
 constexpr double curveReach = 6.0;
 constexpr double keyRadius = 4.0;
 constexpr double handleRadius = 3.0;
-constexpr double zoomPerNotch = 1.2;
-constexpr double wheelUnitsPerNotch = 120.0;
+constexpr double curveZoomPerNotch = 1.2;
 constexpr double leastRange = 1e-4;
 constexpr double greatestRange = 1e5;
 constexpr float nudgeStep = 0.005F;
@@ -430,7 +429,8 @@ void CurveWidget::mouseReleaseEvent(QMouseEvent*)
 
 void CurveWidget::wheelEvent(QWheelEvent* event)
 {
-    double const factor = std::pow(zoomPerNotch, -event->angleDelta().y() / wheelUnitsPerNotch);
+    double const factor = std::pow(
+        curveZoomPerNotch, -event->angleDelta().y() / double{QWheelEvent::DefaultDeltasPerStep});
     GePoint2<float> const about = toCurve(event->position());
     double const newWidth = std::clamp(range.width() * factor, leastRange, greatestRange);
     double const newHeight = std::clamp(range.height() * factor, leastRange, greatestRange);

@@ -16,7 +16,6 @@ namespace {
 constexpr double leastZoom = 1.0 / 64;
 constexpr double greatestZoom = 64.0;
 constexpr double zoomPerNotch = 1.25;
-constexpr double wheelUnitsPerNotch = 120.0;
 constexpr double panPerKey = 60.0; // widget pixels
 constexpr int panBegins = 3;
 constexpr double margin = 12.0; // screen pixels around a fitted picture
@@ -196,7 +195,7 @@ void PictureWidget::resizeEvent(QResizeEvent*)
 
 void PictureWidget::wheelEvent(QWheelEvent* event)
 {
-    double const notches = event->angleDelta().y() / wheelUnitsPerNotch;
+    double const notches = event->angleDelta().y() / double{QWheelEvent::DefaultDeltasPerStep};
     setZoom(zoom * std::pow(zoomPerNotch, notches), event->position());
     event->accept();
 }

@@ -7,6 +7,7 @@
 #include "editor/view/window/FileActions.h"
 #include "editor/view/window/ShortcutsPage.h"
 #include "editor/view/window/WindowLayout.h"
+#include "files/PrintableText.h"
 #include "session/Failures.h"
 #include "shots/MachineLimits.h"
 

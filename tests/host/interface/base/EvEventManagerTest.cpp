@@ -24,8 +24,8 @@ private:
     std::function<void()> work;
 };
 
-struct ThrowsWhenDestroyed : EvRequestEvent {
-    ~ThrowsWhenDestroyed() noexcept(false) override { throw std::runtime_error("destroyed"); }
+struct EventThrowsWhenDestroyed : EvRequestEvent {
+    ~EventThrowsWhenDestroyed() noexcept(false) override { throw std::runtime_error("destroyed"); }
     void execute() override { throw std::runtime_error("executed"); }
 };
 
@@ -75,7 +75,7 @@ TEST_F(EvEventManagerTest, FailuresGoToTheReporterOrAreKeptAndTheRestGoesOn)
             });
         }
         post([] { throw std::runtime_error("first"); });
-        manager.post(makeOwned<ThrowsWhenDestroyed>());
+        manager.post(makeOwned<EventThrowsWhenDestroyed>());
         postLetter('a');
         EXPECT_EQ(3, manager.processEvents());
         std::vector<std::string> const kept{"first", "executed", "destroyed"};
@@ -91,7 +91,7 @@ TEST_F(EvEventManagerTest, DiscardedEventsAreDestroyedWithoutRunning)
 {
     auto const marker = std::make_shared<int>(0);
     post([this, marker] { log += 'x'; });
-    manager.post(makeOwned<ThrowsWhenDestroyed>());
+    manager.post(makeOwned<EventThrowsWhenDestroyed>());
     EXPECT_TRUE(manager.waitForEvents(std::chrono::milliseconds(0)));
     manager.discardEvents();
     EXPECT_EQ(1, marker.use_count());

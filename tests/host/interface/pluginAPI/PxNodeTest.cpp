@@ -13,12 +13,12 @@
 
 namespace {
 
-int nbAlive = 0;
+int nbNodes = 0;
 
 class TestNode : public virtual PxNode {
 public:
-    explicit TestNode(Init const& init) : PxNode(init) { ++nbAlive; }
-    ~TestNode() noexcept(false) override { --nbAlive; }
+    explicit TestNode(Init const& init) : PxNode(init) { ++nbNodes; }
+    ~TestNode() noexcept(false) override { --nbNodes; }
     using PxNode::registerChild;
     using PxNode::unregisterChild;
 };
@@ -61,7 +61,7 @@ TEST(PxNodeTest, CyclesAreRefused)
 
 TEST(PxNodeHandlesTest, AreNeitherMadeNorReleasedOnWorkers)
 {
-    nbAlive = 0;
+    nbNodes = 0;
     auto node = makeNode<TestNode>();
     PxStrongHndl<TestNode> handle = node;
     PxStrongHndl<TestNode> const empty;
@@ -81,9 +81,9 @@ TEST(PxNodeHandlesTest, AreNeitherMadeNorReleasedOnWorkers)
     }
     handle.reset();
     EXPECT_EQ(node->getNbReferences(), 1);
-    EXPECT_EQ(nbAlive, 1);
+    EXPECT_EQ(nbNodes, 1);
     node.reset();
-    EXPECT_EQ(nbAlive, 0);
+    EXPECT_EQ(nbNodes, 0);
 }
 
 } // namespace

@@ -19,7 +19,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-std::atomic<int> nbAlive = 0;
+std::atomic<int> nbRequests = 0;
 std::atomic<int> nbDestroyedOnWorkers = 0;
 
 PxRequestMgr& manager()
@@ -37,12 +37,12 @@ class TestRequest : public PxRequest {
 public:
     explicit TestRequest(std::function<void()> requestWork = {}) : work(std::move(requestWork))
     {
-        ++nbAlive;
+        ++nbRequests;
     }
     ~TestRequest() noexcept(false) override
     {
         nbDestroyedOnWorkers += manager().isWorkerThreadCurrent() ? 1 : 0;
-        --nbAlive;
+        --nbRequests;
     }
     void performExecute() override { run('e', work); }
     void completeExecution() override { run('c', completeWork); }
@@ -127,7 +127,7 @@ struct PxRequestMgrTest : ::testing::Test {
         events().discardEvents();
         events().takeFailures();
         manager().setFailureReporter({});
-        EXPECT_EQ(0, nbAlive);
+        EXPECT_EQ(0, nbRequests);
         EXPECT_EQ(0, nbDestroyedOnWorkers);
     }
 };
@@ -158,7 +158,7 @@ TEST_F(PxRequestMgrTest, QueuedRequestThatIsCancelledOrReleasedNeverRuns)
         manager().cancel(request);
         manager().wait(request);
         manager().release(submitNew({}));
-        EXPECT_EQ(3, nbAlive); // with the blockade's own
+        EXPECT_EQ(3, nbRequests); // with the blockade's own
     }
     manager().wait(request);
     EXPECT_EQ("", request->steps);
@@ -245,12 +245,12 @@ TEST_F(PxRequestMgrTest, AReleasedRequestRunsToItsEndAndDiesWithAnEvent)
     auto* const running = submit(std::move(request));
     halt.started.acquire();
     manager().release(running);
-    EXPECT_EQ(1, nbAlive);
+    EXPECT_EQ(1, nbRequests);
     halt.mayFinish.release();
     ASSERT_TRUE(events().waitForEvents(30s));
-    EXPECT_EQ(1, nbAlive);
+    EXPECT_EQ(1, nbRequests);
     events().processEvents();
-    EXPECT_EQ(0, nbAlive);
+    EXPECT_EQ(0, nbRequests);
     EXPECT_EQ("p", steps);
 }
 
@@ -290,7 +290,7 @@ TEST_F(PxRequestMgrTest, ShutDownLetsRunningRequestsFinishAndCancelsTheRest)
     auto* const queued = submitNew({}, 1);
     expectToWait([&] { manager().shutDown(); }, [&] { halt.mayFinish.release(2); });
     manager().wait(queued);
-    EXPECT_EQ(3, nbAlive); // whoever submitted them may still use them
+    EXPECT_EQ(3, nbRequests); // whoever submitted them may still use them
     EXPECT_EQ("ecpu", running[0]->steps);
     EXPECT_EQ("ecpu", running[1]->steps);
     EXPECT_EQ("", queued->steps);

@@ -15,15 +15,15 @@ namespace {
 
 using namespace memoryHost;
 
-constexpr int stripWidth = 1 << 18; // one row is one strip
-constexpr int nbStrips = 6;
+constexpr int rowWidth = 1 << 18; // one row is one strip
+constexpr int nbRows = 6;
 constexpr std::chrono::milliseconds tick{20};
 constexpr std::chrono::seconds patience{30};
 
 /// One picture of one byte a pixel that is only handed through.
 struct Passage {
-    explicit Passage(int mark, int rows = nbStrips)
-        : picture(makeFormat(IxPixelFormat::ALPHA, IxPixelFormat::UINT8), {0, 0, stripWidth, rows})
+    explicit Passage(int mark, int rows = nbRows)
+        : picture(makeFormat(IxPixelFormat::ALPHA, IxPixelFormat::UINT8), {0, 0, rowWidth, rows})
     {
         std::fill(picture.bytes.begin(), picture.bytes.end(), static_cast<std::byte>(mark));
         source = MemorySource(picture);
@@ -58,7 +58,7 @@ TEST(RenderPoolTest, PicturesOfAllSizesGoThroughWhateverTheWorkersAndTheMemory)
 {
     for (int const threads : {1, 2, 5}) {
         // One byte is less than any strip: they go one by one.
-        for (std::size_t const memory : {std::size_t{1}, std::size_t{3} * stripWidth * 2 * 2,
+        for (std::size_t const memory : {std::size_t{1}, std::size_t{3} * rowWidth * 2 * 2,
                                          std::numeric_limits<std::size_t>::max()}) {
             std::list<Passage> passages;
             RenderPool pool({.threads = threads, .memory = memory});

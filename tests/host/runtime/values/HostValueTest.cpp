@@ -12,7 +12,7 @@
 namespace {
 
 using Policy = RCShdPtr<PiInputPolicy const>;
-constexpr float infinity = std::numeric_limits<float>::infinity();
+constexpr float floatInfinity = std::numeric_limits<float>::infinity();
 constexpr double largest = std::numeric_limits<double>::max();
 
 Policy makeRange(double minimum, double maximum)
@@ -43,17 +43,17 @@ TEST(HostValueTest, RefusesWhatItsPolicyDoesNotAllowAndSaysWhatItTakes)
           Case{makeChoices(true), Animated<int>({{0, 0}, {1, 1}}),
                "\"x\" takes one of 0 \"One\", 3 \"Two\", not 1"},
           Case{{},
-               Animated<CurvePoints>(CurvePoints{{0, 0}, {1, 0}, {2, infinity}}),
+               Animated<CurvePoints>(CurvePoints{{0, 0}, {1, 0}, {2, floatInfinity}}),
                "the curve \"x\" has a point that is not a finite number"},
           Case{{},
-               Animated<CurvePoints>(CurvePoints{{-infinity, 0}, {1, 0}, {2, 0}}),
+               Animated<CurvePoints>(CurvePoints{{-floatInfinity, 0}, {1, 0}, {2, 0}}),
                "the curve \"x\" has a point that is not a finite number"},
           Case{unit, Animated<double>(1.5), "\"x\" takes -1 to 1, not 1.5"},
           Case{unit, Animated<double>({{0, 0}, {1, -2}}), "\"x\" takes -1 to 1, not -2"},
           Case{makeRange(0, largest), Animated<double>(-0.5), "\"x\" takes 0 and above, not -0.5"},
           Case{makeRange(-largest, 2), Animated<double>(3.0), "\"x\" takes 2 and below, not 3"},
           Case{makeRange(-2147483647.0, 2147483647.0), Animated<double>(3e9), ""},
-          Case{makeRange(-largest, largest), Animated<double>(infinity),
+          Case{makeRange(-largest, largest), Animated<double>(floatInfinity),
                "\"x\" takes any finite number, not inf"},
           Case{{}, Animated<double>(std::nan("")), "\"x\" takes any finite number, not nan"},
           Case{makeChoices(true), Animated<int>({{0, 0}, {1, 3}}), ""},

@@ -19,7 +19,6 @@ constexpr std::array<char const*, 5> linearNames = {
     "Input Level.Min", "Input Level.Max", "Output Level.Min", "Output Level.Max", "Gamma"};
 constexpr std::array<char const*, 5> exrNames = {"Exposure", "Defog", "Knee High", "Knee Low",
                                                  "Gamma"};
-constexpr std::chrono::seconds longestWait{20};
 
 struct Widget : PiWidget {
     explicit Widget(std::string widgetName) : name(std::move(widgetName)) {}

@@ -9,10 +9,15 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <limits>
 #include <map>
 #include <optional>
 #include <string>
 #include <vector>
+
+constexpr float infinity = std::numeric_limits<float>::infinity();
+constexpr std::chrono::seconds longestWait{20}; ///< for what comes at once
 
 /// The test's own list of names; 0 Linear, 1 EXR display.
 std::string getParamInputName(reference::Mode mode, int param, int channel);

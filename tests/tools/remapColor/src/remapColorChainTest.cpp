@@ -20,7 +20,6 @@ using reference::ChannelParams;
 using reference::Mode;
 using reference::Pixel;
 
-constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
 
 /// Standard pixels, a few hundred random ones and some with a signalling NaN in alpha.

@@ -15,8 +15,6 @@ namespace {
 using namespace memoryHost;
 using Colour = CoRgbColorTyped<float>;
 
-constexpr float infinity = std::numeric_limits<float>::infinity();
-
 template <typename T>
 class Recorder : public CbHandler<T> {
 public:

@@ -15,21 +15,20 @@
 namespace {
 
 using namespace memoryHost;
-using Colour = CoRgbaColorTyped<float>;
+using RgbaColour = CoRgbaColorTyped<float>;
 using Numbers = std::vector<int>;
 
 constexpr double gatedTime = 1.0;
-constexpr std::chrono::seconds longestWait{20};
 
 struct Collector : RemapColorController::SinglePixelHandler {
     using RemapColorController::SinglePixelHandler::call;
-    void call(Colour& colour) override
+    void call(RgbaColour& colour) override
     {
         numbers.push_back(static_cast<int>(colour.alpha));
         onCall(colour);
     }
     Numbers numbers; // of the picks, which travel as alpha
-    std::function<void(Colour const&)> onCall = [](Colour const&) {};
+    std::function<void(RgbaColour const&)> onCall = [](RgbaColour const&) {};
 };
 
 struct RemapColorSinglePixelTest : ::testing::Test {
@@ -105,7 +104,7 @@ TEST_F(RemapColorSinglePixelTest, ControllerThatIsLostWhileDeliveringDeliversToA
     Collector second;
     controller.addSinglePixelProcessCallback(&second);
     auto const weak = node.getController();
-    collector.onCall = [&](Colour const&) { bench.loseNode(); };
+    collector.onCall = [&](RgbaColour const&) { bench.loseNode(); };
     pick(1);
     processEventsUntil([&] { return weak.isExpired(); });
     EXPECT_EQ(second.numbers, Numbers{1});
@@ -162,10 +161,10 @@ TEST_F(RemapColorSinglePixelTest, ManyPicksGiveTheTilesPixelsWhileTilesRender)
         std::this_thread::yield();
     }
     Collector comesAndGoes;
-    comesAndGoes.onCall = [&](Colour const&) {
+    comesAndGoes.onCall = [&](RgbaColour const&) {
         controller.removeSinglePixelProcessCallback(&comesAndGoes);
     };
-    collector.onCall = [&](Colour const& colour) {
+    collector.onCall = [&](RgbaColour const& colour) {
         controller.addSinglePixelProcessCallback(&comesAndGoes); // for the call after this one
         auto const& tile = expected[static_cast<std::size_t>(colour.alpha) % pixels.size()];
         EXPECT_TRUE(

@@ -16,7 +16,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-constexpr int longestWait = 30000; // milliseconds; no measure of speed
+constexpr int longestWaitMilliseconds = 30000; // milliseconds; no measure of speed
 fs::path const scene = fs::path(EXAMPLES) / "scene.exr";
 
 class EditorWindowTest : public testing::Test {
@@ -37,7 +37,7 @@ protected:
     {
         settled.clear();
         window->openPicture(picture);
-        EXPECT_TRUE(settled.count() > 0 || settled.wait(longestWait));
+        EXPECT_TRUE(settled.count() > 0 || settled.wait(longestWaitMilliseconds));
     }
     NumberField& findField(char const* name) { return *window->getParameters().findField(name); }
     double number(char const* name) { return window->getDocument().getNumber(name); }
@@ -91,7 +91,7 @@ TEST_F(EditorWindowTest, ShowsTheRenderPixelByPixel)
     open(scene);
     settled.clear();
     window->getPicture().showPixels();
-    ASSERT_TRUE(settled.wait(longestWait));
+    ASSERT_TRUE(settled.wait(longestWaitMilliseconds));
 
     auto const source = openImage(scene, {});
     auto const start = makeNode<SourceImageNode>(source->getInfo());
