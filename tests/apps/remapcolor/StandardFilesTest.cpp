@@ -80,7 +80,8 @@ TEST_F(StandardFilesTest, PicturesAreWhatFilesAre)
         }
         EXPECT_TRUE(piped.output == wanted) << kind;
 
-        ASSERT_EQ(run({"render", file, "-o", "named.exr", "--depth", "32"}).status, 0);
+        ProgramResult const named = run({"render", file, "-o", "named.exr", "--depth", "32"});
+        ASSERT_EQ(named.status, 0) << testing::PrintToString(named.errors);
         ASSERT_EQ(run({"render", "-", "-o", "piped.exr", "--depth", "32"}, takeFile(file)).status,
                   0);
         EXPECT_TRUE(loadBytes(path("piped.exr")) == loadBytes(path("named.exr"))) << kind;
