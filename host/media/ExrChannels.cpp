@@ -223,6 +223,12 @@ std::string findMaskChannel(Imf::ChannelList const& channels, std::string const&
         }
         return prefix + wanted;
     }
+    if (names.empty()) {
+        throwReadError(ImageFailure::Request, file,
+                       "it has no layer " +
+                           quoteName(prefix.substr(0, prefix.empty() ? 0 : prefix.size() - 1)) +
+                           "; its channels are " + quoteList(allNames(channels)));
+    }
     if (names.size() == 1) {
         return names.front();
     }
@@ -375,6 +381,11 @@ std::vector<ExrFurtherChannel> findFurtherChannels(Imf::ChannelList const& chann
         });
     });
     return further;
+}
+
+Imf::PixelType typeOfDepth(IxPixelFormat::Depth depth)
+{
+    return depth == IxPixelFormat::FLOAT16 ? Imf::HALF : Imf::FLOAT;
 }
 
 IxPixelFormat::Components componentsOf(ExrColour const& colour)

@@ -74,6 +74,9 @@ std::vector<ExrFurtherChannel> findFurtherChannels(Imf::ChannelList const& chann
 /// All channels there are, in the file's order.
 std::vector<ExrFurtherChannel> listChannels(Imf::ChannelList const& channels);
 
+/// Of a tile's samples in a file.
+Imf::PixelType typeOfDepth(IxPixelFormat::Depth depth);
+
 /// Components of the tiles that hold `colour`.
 IxPixelFormat::Components componentsOf(ExrColour const& colour);
 

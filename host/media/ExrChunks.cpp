@@ -229,10 +229,26 @@ std::vector<std::byte> ExrChunks::readPacked(std::uint64_t index) const
     return bytes;
 }
 
-std::vector<std::byte> ExrChunks::readRaw(std::uint64_t index) const
+ExrChunks::Extent ExrChunks::extentOf(std::uint64_t index) const
 {
     std::uint64_t const skipped = hasPartNumbers ? numberBytes : 0;
-    std::vector<std::byte> bytes(headBytes() - skipped + checkBlock(index, Unpacker::Own));
-    stream->readAt(chunks[index].offset + skipped, bytes);
+    return {chunks[index].offset + skipped,
+            headBytes() - skipped + checkBlock(index, Unpacker::Own)};
+}
+
+std::vector<std::byte> ExrChunks::readRaw(std::uint64_t index) const
+{
+    Extent const extent = extentOf(index);
+    std::vector<std::byte> bytes(extent.size);
+    stream->readAt(extent.offset, bytes);
     return bytes;
+}
+
+std::vector<ExrChunks::Extent> ExrChunks::listExtents() const
+{
+    std::vector<Extent> extents;
+    for (std::uint64_t index = 0; index < chunks.size(); ++index) {
+        extents.push_back(extentOf(index));
+    }
+    return extents;
 }

@@ -39,6 +39,13 @@ public:
     /// checkRows.
     std::vector<std::byte> readRaw(std::uint64_t chunk) const;
 
+    /// Where in the file what readRaw returns is, of each chunk. Throws as checkRows.
+    struct Extent {
+        std::uint64_t offset = 0;
+        std::uint64_t size = 0;
+    };
+    std::vector<Extent> listExtents() const;
+
     /// The chunks in the order in which they lie in the file.
     std::vector<std::uint64_t> listByPlace() const;
 
@@ -58,6 +65,7 @@ private:
     std::uint64_t rawBytesOf(std::uint64_t index) const;
     std::uint64_t readHead(std::uint64_t index) const;
     std::uint64_t checkBlock(std::uint64_t index, Unpacker unpacker) const;
+    Extent extentOf(std::uint64_t index) const;
 
     CheckedInput* stream;
     std::filesystem::path file;

@@ -36,11 +36,6 @@ private:
 
 namespace {
 
-Imf::PixelType typeOfDepth(IxPixelFormat::Depth depth)
-{
-    return depth == IxPixelFormat::FLOAT16 ? Imf::HALF : Imf::FLOAT;
-}
-
 std::size_t bytesOf(Imf::PixelType type)
 {
     return type == Imf::HALF ? 2 : 4;

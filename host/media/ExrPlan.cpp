@@ -10,11 +10,6 @@
 
 namespace {
 
-Imf::PixelType typeOfDepth(IxPixelFormat::Depth depth)
-{
-    return depth == IxPixelFormat::FLOAT16 ? Imf::HALF : Imf::FLOAT;
-}
-
 Imath::Box2i toBox(GeRectangle<int> const& rectangle)
 {
     return {Imath::V2i(rectangle.x0, rectangle.y0), Imath::V2i(rectangle.x1 - 1, rectangle.y1 - 1)};

@@ -4,6 +4,7 @@
 
 #include "files/StandardFiles.h"
 #include "media/ErrorText.h"
+#include "media/ExrPartInput.h"
 #include "media/LumaChroma.h"
 
 #include <Iex.h>
@@ -157,15 +158,12 @@ void ExrReader::openPixels()
         if (colour.kind != ExrColourKind::SubsampledLumaChroma) {
             continue;
         }
-        if (part != 0) {
-            throwReadError(ImageFailure::File, path,
-                           "its part " + namePart(headers, selected().part) +
-                               " holds sub-sampled chroma, which is read of a first part only");
-        }
         // Its rows are read ahead of their strips.
-        chunks[0].checkRows(levelAt(getPlace()), info.dataWindow.y0, info.dataWindow.y1 - 1,
-                            ExrChunks::Unpacker::Library);
-        lumaChroma.back() = std::make_unique<LumaChromaReader>(path, colour);
+        ExrChunks const& own = chunks[selected().part];
+        own.checkRows(levelAt(getPlace()), info.dataWindow.y0, info.dataWindow.y1 - 1,
+                      ExrChunks::Unpacker::Library);
+        lumaChroma.back() = std::make_unique<LumaChromaReader>(
+            std::make_unique<ExrPartInput>(path, headers, selected().part, own), colour);
     }
     if (library == nullptr) {
         stream->seekg(0);

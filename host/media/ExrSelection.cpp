@@ -126,6 +126,13 @@ Wanted findNamed(ExrHeaders const& headers, ReadOptions const& options, Path con
         } else {
             std::size_t const part = options.part.empty() ? findPartOf(headers, layer, file)
                                                           : findPart(headers, options.part, file);
+            ExrHeader const& header = headers.parts[part];
+            if (!options.part.empty() && layer.empty() && !header.isDeep &&
+                !hasLayer(header.header, layer)) {
+                throwReadError(ImageFailure::Request, file,
+                               "its part " + namePart(headers, part) +
+                                   " has no channels of colour; choose another");
+            }
             wanted[part].insert(layer);
         }
     }

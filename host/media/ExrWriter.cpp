@@ -180,6 +180,5 @@ void ExrWriter::check() const
     } catch (std::exception const&) {
         // One message for everything that is wrong with it.
     }
-    throwWriteError(ImageFailure::Surroundings, temporary.getTarget(),
-                    "what was written does not read back; the disk may be full or faulty");
+    throwNotAsWritten(temporary);
 }

@@ -38,3 +38,12 @@ void publishImage(TemporaryFile& temporary)
 {
     withImageErrors(temporary.getTarget(), [&temporary] { temporary.publish(); });
 }
+
+void throwNotAsWritten(TemporaryFile const& temporary)
+{
+    std::error_code ignored;
+    bool const isThere = std::filesystem::exists(temporary.getPath(), ignored);
+    throwWriteError(ImageFailure::Surroundings, temporary.getTarget(),
+                    isThere ? "what was written does not read back; the disk may be full or faulty"
+                            : "its temporary file was removed while it was written, or its folder");
+}

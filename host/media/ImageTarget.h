@@ -15,3 +15,6 @@ TemporaryFile makeTemporaryImage(std::filesystem::path const& target);
 /// As TemporaryFile::takeStream and TemporaryFile::publish.
 std::FILE* takeImageStream(TemporaryFile& temporary);
 void publishImage(TemporaryFile& temporary);
+
+/// Throws ImageFileError: what was written is not there, or not as it was written.
+[[noreturn]] void throwNotAsWritten(TemporaryFile const& temporary);

@@ -2,13 +2,14 @@
 
 #include "media/LumaChroma.h"
 
-#include "media/ExrStreams.h"
+#include "media/ExrPartInput.h"
 
 #include <ImfRgbaYca.h>
 #include <ImfStandardAttributes.h>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -49,9 +50,8 @@ Imath::V3f luminanceWeightsOf(Imf::Header const& header)
     return Imf::RgbaYca::computeYw(Imf::Chromaticities());
 }
 
-LumaChromaReader::LumaChromaReader(std::filesystem::path const& file, ExrColour const& colour)
-    : stream(std::make_unique<CheckedInput>(file)),
-      pixels(std::make_unique<Imf::RgbaInputFile>(*stream, colour.layer))
+LumaChromaReader::LumaChromaReader(std::unique_ptr<ExrPartInput> part, ExrColour const& colour)
+    : stream(std::move(part)), pixels(std::make_unique<Imf::RgbaInputFile>(*stream, colour.layer))
 {
     Imath::Box2i const& window = pixels->dataWindow();
     line.resize(static_cast<std::size_t>(window.max.x - window.min.x) + 1);

@@ -6,11 +6,10 @@
 #include <ImathVec.h>
 #include <ImfHeader.h>
 #include <ImfRgbaFile.h>
-#include <filesystem>
 #include <memory>
 #include <vector>
 
-class CheckedInput;
+class ExrPartInput;
 
 /// Weights of red, green and blue in a file's luminance: by its chromaticities, or those of ITU-R
 /// BT.709 where it has none or impossible ones.
@@ -20,7 +19,7 @@ Imath::V3f luminanceWeightsOf(Imf::Header const& header);
 /// missing chroma is interpolated over 27 rows and columns. Rows are cheapest in order.
 class LumaChromaReader {
 public:
-    LumaChromaReader(std::filesystem::path const& file, ExrColour const& colour);
+    LumaChromaReader(std::unique_ptr<ExrPartInput> part, ExrColour const& colour);
     ~LumaChromaReader();
 
     /// Fills a half tile of components RGB or RGBA. Throws what the library and the stream throw.
@@ -30,7 +29,7 @@ public:
     int getSystemError() const;
 
 private:
-    std::unique_ptr<CheckedInput> stream;
+    std::unique_ptr<ExrPartInput> stream;
     std::unique_ptr<Imf::RgbaInputFile> pixels;
     std::vector<Imf::Rgba> line;
 };

@@ -23,11 +23,12 @@ struct Range {
     Frame step; ///< at least 1, also downwards
 };
 
+constexpr char const* listHint = "; a list of frames is like 1-10,15,20-40x5 or -3--1";
+
 [[noreturn]] void refuse(std::string_view item, std::string const& reason)
 {
     throw ShotError(ShotFailure::Request,
-                    "the frames \"" + std::string(item) + "\" " + reason +
-                        "; a list of frames is like 1-10,15,20-40x5 or -3--1");
+                    "the frames \"" + std::string(item) + "\" " + reason + listHint);
 }
 
 /// Takes a whole number off the front of `rest`; none leaves `rest` as it is.
@@ -43,6 +44,13 @@ std::optional<Frame> takeNumber(std::string_view& rest)
     return number;
 }
 
+constexpr char const* numberTooLarge = "hold a number that is too large";
+
+bool beginsNumber(std::string_view rest)
+{
+    return rest.find_first_of("0123456789") == (rest.starts_with('-') ? 1 : 0);
+}
+
 bool takeCharacter(std::string_view& rest, char character)
 {
     bool const isThere = rest.starts_with(character);
@@ -55,13 +63,13 @@ Range parseRange(std::string_view item)
     std::string_view rest = item;
     std::optional<Frame> const first = takeNumber(rest);
     if (!first.has_value()) {
-        refuse(item, "are no number or range of numbers");
+        refuse(item, beginsNumber(rest) ? numberTooLarge : "are no number or range of numbers");
     }
     Range range{*first, *first, 1};
     if (takeCharacter(rest, '-')) {
         std::optional<Frame> const last = takeNumber(rest);
         if (!last.has_value()) {
-            refuse(item, "do not say where they end");
+            refuse(item, beginsNumber(rest) ? numberTooLarge : "do not say where they end");
         }
         range.last = *last;
         if (takeCharacter(rest, 'x')) {
@@ -155,7 +163,8 @@ std::vector<Frame> parseFrames(std::string_view text)
         }
     }
     if (frames.empty()) {
-        refuse(text, "are none");
+        throw ShotError(ShotFailure::Request,
+                        std::string("the list of frames is empty") + listHint);
     }
     return frames;
 }

@@ -2,6 +2,7 @@
 
 #include "shots/FramePattern.h"
 
+#include "files/FileError.h"
 #include "shots/ShotError.h"
 
 #include <algorithm>
@@ -45,7 +46,8 @@ std::optional<Frame> parseNumber(std::string_view digits)
     bool const isMissing =
         failure == std::errc::no_such_file_or_directory || failure == std::errc::not_a_directory;
     throw ShotError(isMissing ? ShotFailure::Frames : ShotFailure::Surroundings,
-                    "cannot read the folder \"" + folder.string() + "\": " + failure.message());
+                    "cannot read the folder \"" + folder.string() +
+                        "\": " + describeSystemError(failure.value()));
 }
 
 } // namespace

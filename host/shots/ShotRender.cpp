@@ -66,6 +66,9 @@ public:
         for (; nextFrame < plan.frames.size(); ++nextFrame) {
             summary.unfinished.push_back(plan.frames[nextFrame].frame);
         }
+        if (nbMissing == plan.nbFramesOfShot && nbMissing > 0) {
+            failForMissing();
+        }
         summary.milliseconds = getMilliseconds();
         return summary;
     }
@@ -156,6 +159,20 @@ private:
         tell(Kind::Error, files, described.text, toExitStatus(described.kind));
     }
 
+    /// A shot of which nothing is there is hardly meant, whatever may be skipped.
+    void failForMissing()
+    {
+        summary.addFailure(ShotFailure::Frames);
+        ShotEvent event;
+        event.kind = Kind::Error;
+        event.message =
+            "there is no input for any frame: nothing matches " + nameInput(plan.inputName);
+        event.status = toExitStatus(ShotFailure::Frames);
+        event.done = countDone();
+        event.total = summary.total;
+        options.listener(event);
+    }
+
     void skip(FrameFiles const& files, std::string const& reason)
     {
         ++summary.skipped;
@@ -200,6 +217,7 @@ private:
             isStopped = true;
             return false;
         }
+        nbMissing += isMaskMissing ? 0 : 1;
         skip(files, quoteFile(isMaskMissing ? *files.mask : files.input) + " is missing");
         return true;
     }
@@ -349,6 +367,7 @@ private:
     std::chrono::steady_clock::time_point const started = std::chrono::steady_clock::now();
     ShotSummary summary;
     std::size_t nextFrame = 0;
+    std::size_t nbMissing = 0; // frames that were skipped for want of their input
     bool isStopped = false;
     std::optional<Likeness> first;
     std::string lastMaskNote;
@@ -366,13 +385,19 @@ void checkOutputs(HostNode& node, ShotPlan const& plan, ExistingOutput existing,
     }
     // Folders with a frame's number in their name are made as they are needed.
     Path const& first = plan.frames.front().output;
-    checkOutput(isStandardStream(first) ? first : plan.fixedFolder / first.filename(),
-                foreseeDepth(node), options);
+    bool const isFixed = isStandardStream(first) || !first.has_parent_path() ||
+                         first.parent_path() == plan.fixedFolder;
+    checkOutput(isFixed ? first : plan.fixedFolder / first.filename(), foreseeDepth(node), options);
     std::vector<Frame> there;
     for (FrameFiles const& files : plan.frames) {
         if (existing == ExistingOutput::Error && isThere(files.output)) {
             there.push_back(files.frame);
         }
+    }
+    if (!there.empty() && !plan.isSequence) {
+        throw ShotError(ShotFailure::Request,
+                        nameOutput(plan.frames.front().output) +
+                            " is there already; remove it, or take --existing skip or overwrite");
     }
     if (!there.empty()) {
         throw ShotError(ShotFailure::Request,

@@ -24,9 +24,9 @@ using Pixel = CoRgbaColorTyped<float>;
 using Points = std::vector<FigurePoint>;
 
 constexpr std::array tones = {FigureTone::Red, FigureTone::Green, FigureTone::Blue};
-constexpr std::array channels = {&Pixel::red, &Pixel::green, &Pixel::blue};
+constexpr std::array figureChannels = {&Pixel::red, &Pixel::green, &Pixel::blue};
 constexpr std::array letters = {"R", "G", "B"};
-constexpr std::size_t nbChannels = channels.size();
+constexpr std::size_t nbChannels = figureChannels.size();
 constexpr int nbSteps = 620; // of a line: as many as a panel has pixels
 
 /// Coordinates along an axis and the grey pixels that they stand for.
@@ -60,7 +60,7 @@ struct Samples {
         for (std::size_t channel = 0; channel < nbChannels; ++channel) {
             Points points;
             for (std::size_t index = 0; index < places.size(); ++index) {
-                points.push_back({places[index], double{results[index].*channels[channel]}});
+                points.push_back({places[index], double{results[index].*figureChannels[channel]}});
             }
             lines.push_back({tones[channel], letters[channel], points});
             for (std::size_t other = 0; other < channel; ++other) {
@@ -308,9 +308,9 @@ void PlotFigure::addMarks(CoRgbColorTyped<float> const& colour)
     for (std::size_t panel = 0; panel < figure.panels.size(); ++panel) {
         bool const hasStops = figure.panels[panel].x.unit == FigureAxis::Unit::Stop;
         for (std::size_t channel = 0; channel < nbChannels; ++channel) {
-            double const value = starts[panel].*channels[channel];
+            double const value = starts[panel].*figureChannels[channel];
             FigurePoint const place{hasStops ? std::log2(value) : value,
-                                    double{ends[panel].*channels[channel]}};
+                                    double{ends[panel].*figureChannels[channel]}};
             if (isWithin(figure.panels[panel].x, place.x)) {
                 figure.panels[panel].marks.push_back({tones[channel], place});
             }

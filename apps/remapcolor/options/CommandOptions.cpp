@@ -182,6 +182,12 @@ void CommandOptions::checkLeftovers() const
         if (leftover.starts_with("-")) {
             throw UsageError("there is no option " + quote(leftover) + "; " + help);
         }
+        std::error_code ignored;
+        if (std::filesystem::exists(leftover, ignored)) { // a shell's pattern, more often than not
+            throw UsageError("unexpected argument " + quote(leftover) +
+                             "; one input at a time: a sequence is one name in quotes, such as "
+                             "\"shot.####.exr\"");
+        }
         throw UsageError("unexpected argument " + quote(leftover) +
                          "; put quotes around names and values that hold spaces, or " + help);
     }

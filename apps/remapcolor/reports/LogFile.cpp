@@ -1,5 +1,6 @@
 #include "remapcolor/reports/LogFile.h"
 
+#include "files/FileError.h"
 #include "files/PrintableText.h"
 #include "media/ImageFormats.h"
 #include "session/Failures.h"
@@ -7,7 +8,6 @@
 #include <cerrno>
 #include <ctime>
 #include <fcntl.h>
-#include <system_error>
 #include <unistd.h>
 
 namespace {
@@ -27,8 +27,7 @@ std::string formatNow()
 
 std::string describe(std::filesystem::path const& file, int error)
 {
-    return "cannot write the log " + quote(file.string()) + ": " +
-           std::generic_category().message(error);
+    return "cannot write the log " + quote(file.string()) + ": " + describeSystemError(error);
 }
 
 } // namespace

@@ -51,8 +51,10 @@ bool Reporter::isShown(ShotEvent const& event) const
 {
     switch (event.kind) {
     case Kind::Start:
-    case Kind::Frame:
-    case Kind::Skip: return verbosity == Verbosity::Verbose;
+    case Kind::Frame: return verbosity == Verbosity::Verbose;
+    case Kind::Skip:
+        // Of several frames the end says how many there were.
+        return verbosity == Verbosity::Verbose || (!namesFrames && verbosity == Verbosity::Normal);
     case Kind::Note: return verbosity != Verbosity::Quiet;
     case Kind::Warning:
     case Kind::Error: return true;

@@ -19,7 +19,8 @@ namespace {
 using Pixel = CoRgbaColorTyped<float>;
 using Point = GePoint2<float>;
 
-constexpr std::array channels = {&Pixel::red, &Pixel::green, &Pixel::blue}; // as the curves' order
+constexpr std::array curveChannels = {&Pixel::red, &Pixel::green,
+                                      &Pixel::blue}; // as the curves' order
 
 std::vector<Point> takeKeys(CurvePoints const& points)
 {
@@ -77,28 +78,28 @@ std::vector<Miss> findMisses(std::vector<Point> const& keys, std::vector<float> 
 }
 
 /// One for each channel.
-using Misses = std::array<std::vector<Miss>, channels.size()>;
+using Misses = std::array<std::vector<Miss>, curveChannels.size()>;
 
 void collect(NodePart const& probe, ValueSlots const& curves, double time, Misses& misses)
 {
-    std::array<std::vector<Point>, channels.size()> keys;
+    std::array<std::vector<Point>, curveChannels.size()> keys;
     std::size_t nbKeys = 0;
-    for (std::size_t channel = 0; channel < channels.size(); ++channel) {
+    for (std::size_t channel = 0; channel < curveChannels.size(); ++channel) {
         auto const state = curves[channel].value->getState();
         keys[channel] = takeKeys(std::get<Animated<CurvePoints>>(*state).evaluate(time).getValue());
         nbKeys = std::max(nbKeys, keys[channel].size());
     }
     std::vector<Pixel> pixels(nbKeys);
-    for (std::size_t channel = 0; channel < channels.size(); ++channel) {
+    for (std::size_t channel = 0; channel < curveChannels.size(); ++channel) {
         for (std::size_t key = 0; key < keys[channel].size(); ++key) {
-            pixels[key].*channels[channel] = keys[channel][key].x;
+            pixels[key].*curveChannels[channel] = keys[channel][key].x;
         }
     }
     std::vector<Pixel> const answer = probe.send(pixels, time);
-    for (std::size_t channel = 0; channel < channels.size(); ++channel) {
+    for (std::size_t channel = 0; channel < curveChannels.size(); ++channel) {
         std::vector<float> got;
         for (Pixel const& pixel : answer) {
-            got.push_back(pixel.*channels[channel]);
+            got.push_back(pixel.*curveChannels[channel]);
         }
         auto const found = findMisses(keys[channel], got, time);
         misses[channel].insert(misses[channel].end(), found.begin(), found.end());
@@ -145,14 +146,14 @@ std::vector<std::string> findCurveNotes(HostNode const& node, std::vector<double
         }
     }
     ValueSlots missing;
-    for (std::size_t channel = 0; channel < channels.size(); ++channel) {
+    for (std::size_t channel = 0; channel < curveChannels.size(); ++channel) {
         if (!misses[channel].empty()) {
             missing.push_back(curves[channel]);
         }
     }
     std::vector<std::string> notes;
     for (auto const& [name, first] : summarise(node, missing)) {
-        for (std::size_t channel = 0; channel < channels.size(); ++channel) {
+        for (std::size_t channel = 0; channel < curveChannels.size(); ++channel) {
             if (curves[channel].value == first) {
                 notes.push_back(describe(name, misses[channel], !areConstant));
             }

@@ -388,8 +388,7 @@ void OiioWriter::check() const
         written->spec().width != spec.width || written->spec().height != spec.height ||
         static_cast<std::size_t>(written->spec().nchannels) != channels) {
         OIIO::geterror();
-        throwWriteError(ImageFailure::Surroundings, temporary.getTarget(),
-                        "what was written does not read back; the disk may be full or faulty");
+        throwNotAsWritten(temporary);
     }
     std::vector<std::string> const lost = listLost(sourceSpec, written->spec());
     if (!lost.empty()) {

@@ -148,6 +148,11 @@ TEST_F(ShotTest, WhatFailsIsNamedAndTheOthersAreDone)
     EXPECT_EQ(run(renderOut({"--mask", "m.####.exr", "-f", "1"})).status, 1);
     EXPECT_EQ(run(render("none.#.exr", "out/o.#.exr")).status, 1);
     EXPECT_EQ(run(render("no/in.#.exr", "out/o.#.exr")).status, 1);
+    // Frames may be missing, but hardly all of a shot; a chunk of it may lack all of its own.
+    Names const skip = {"-f", "8-9", "--on-missing", "skip"};
+    expectLineWith("nothing matches \"in.%04d.exr\"", run(renderOut(skip)).errors.at(0));
+    EXPECT_EQ(run(renderOut(skip)).status, 1);
+    EXPECT_EQ(run(renderOut({"-f", "1,8-9", "--on-missing", "skip", "--chunk", "1/2"})).status, 0);
 }
 
 TEST_F(ShotTest, SkipKeepsWhatFitsAndMakesTheRestAgain)

@@ -8,7 +8,12 @@
 #include <ImfChannelList.h>
 #include <ImfFloatAttribute.h>
 #include <ImfInputFile.h>
+#include <ImfInputPart.h>
+#include <ImfMultiPartInputFile.h>
+#include <ImfMultiPartOutputFile.h>
 #include <ImfOutputFile.h>
+#include <ImfOutputPart.h>
+#include <ImfPartType.h>
 #include <ImfPreviewImage.h>
 #include <ImfRgbaFile.h>
 #include <ImfStandardAttributes.h>
@@ -18,6 +23,27 @@
 #include <half.h>
 
 namespace {
+
+/// Files of scan lines become parts "0", "1" and so on of one.
+void joinAsParts(std::vector<std::filesystem::path> const& files,
+                 std::filesystem::path const& target)
+{
+    std::vector<Imf::Header> headers;
+    std::vector<std::unique_ptr<Imf::MultiPartInputFile>> inputs;
+    for (std::filesystem::path const& file : files) {
+        inputs.push_back(std::make_unique<Imf::MultiPartInputFile>(file.c_str()));
+        Imf::Header& header = headers.emplace_back(inputs.back()->header(0));
+        header.setName(std::to_string(headers.size() - 1));
+        header.setType(Imf::SCANLINEIMAGE);
+        header.pixelAspectRatio() = 1; // one for all
+    }
+    Imf::MultiPartOutputFile output(target.c_str(), headers.data(),
+                                    static_cast<int>(headers.size()));
+    for (std::size_t index = 0; index < files.size(); ++index) {
+        Imf::InputPart input(*inputs[index], 0);
+        Imf::OutputPart(output, static_cast<int>(index)).copyPixels(input);
+    }
+}
 
 using Imf::FLOAT;
 using Imf::HALF;
@@ -160,6 +186,15 @@ TEST_F(ExrFilesTest, SubsampledChromaIsReadAsTheLibraryReconstructsIt)
         ASSERT_EQ(valueOf(channels.at("R"), index), float(pixel.r)) << index;
         ASSERT_EQ(valueOf(channels.at("G"), index), float(pixel.g)) << index;
         ASSERT_EQ(valueOf(channels.at("B"), index), float(pixel.b)) << index;
+    }
+    // The same as the second of two parts.
+    writeExr(file("other.exr"), {.displayWindow = window});
+    joinAsParts({file("other.exr"), file("in.exr")}, file("parts.exr"));
+    copyImage(file("parts.exr"), file("out.exr"), {.read = {.part = "1"}});
+    auto const parts = loadParts(file("out.exr"));
+    for (std::string const name : {"R", "G", "B"}) {
+        EXPECT_TRUE(parts.at("1/" + name + "/0,0") == channels.at(name)) << name;
+        EXPECT_TRUE(parts.at("0/" + name + "/0,0") == loadExr(file("other.exr")).at(name)) << name;
     }
 }
 

@@ -165,7 +165,7 @@ TEST_F(ExrPartsTest, WhatCannotBeChosenIsNamed)
          std::vector<std::tuple<ReadOptions, ImageFailure, std::string>>{
              {{.part = "4"}, ImageFailure::Request, "no part \"4\"; there are \"depth\", \"aov\""},
              {{.part = "depth"}, ImageFailure::File, "deep data"},
-             {{.part = "aov"}, ImageFailure::File, "no channels of colour"},
+             {{.part = "aov"}, ImageFailure::Request, "no channels of colour"},
              {{.everyLayer = true, .part = "aov"}, ImageFailure::Request, "no layer of it has red"},
              {{.layers = {"top"}}, ImageFailure::Request, "none of its parts has a layer \"top\""},
              {{.layers = {"top"}, .everyPart = true}, ImageFailure::Request, "a layer \"top\""}}) {
