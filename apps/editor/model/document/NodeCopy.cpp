@@ -1,10 +1,23 @@
 #include "editor/model/document/NodeCopy.h"
 
-NodeValues copyValues(HostNode const& node)
+#include <cstddef>
+
+NodeStates::NodeStates(HostNode const& node)
 {
-    NodeValues values;
     for (HostNode::ValueSlot const& slot : node.getValues()) {
-        values.emplace(slot.name, *slot.value->getState());
+        states.push_back(slot.value->getState());
     }
-    return values;
+}
+
+void NodeCopy::take(NodeStates const& newStates)
+{
+    NodeValues changed;
+    taken.states.resize(newStates.states.size());
+    for (std::size_t index = 0; index < newStates.states.size(); ++index) {
+        if (newStates.states[index] != taken.states[index]) {
+            changed.emplace(node->getValues()[index].name, *newStates.states[index]);
+        }
+    }
+    node->setValues(changed);
+    taken = newStates;
 }

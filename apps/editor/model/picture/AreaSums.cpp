@@ -27,7 +27,7 @@ struct Cancelled {};
 class AreaSums::Run {
 public:
     Run(HostNode& node, Job const& itsJob)
-        : job(itsJob), source(job.picture, job.area, 1, countRows(job.area)), picker(node, source)
+        : job(itsJob), source(job.picture, job.area, countRows(job.area)), picker(node, source)
     {
     }
     ~Run() { cancel(); }
@@ -70,7 +70,7 @@ void AreaSums::cancel()
 
 void AreaSums::start(Job const& job, Ended const& ended)
 {
-    copy.getNode().setValues(job.values);
+    copy.take(job.states);
     copy.getNode().setValues({{ToolKeys::outputDepth, Animated<int>(ToolKeys::depth32)}});
     run = std::make_shared<Run>(copy.getNode(), job);
     run->begin(run, [this, ended] {

@@ -15,7 +15,7 @@ public:
     struct Job {
         std::shared_ptr<HeldPicture const> picture;
         GeRectangle<int> area; ///< within the data window
-        NodeValues values;
+        NodeStates states;
         double time;
     };
     /// Gets the sums; nothing if they could not be worked out.

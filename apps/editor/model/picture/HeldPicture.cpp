@@ -50,6 +50,15 @@ CoRgbaColorTyped<float> HeldPicture::getPixel(int x, int y) const
     return pixel;
 }
 
+IxTile viewOf(IxTile const& whole, GeRectangle<int> const& part)
+{
+    std::size_t const skipped = static_cast<std::size_t>(part.x0 - whole.getBounds().x0) *
+                                whole.getPixelFormat().getBytesPerPixel();
+    // The type of its memory is that of tiles that are written, too.
+    auto* const first = const_cast<std::byte*>(IxReadGuard(whole).getRow(part.y0) + skipped);
+    return {whole.getPixelFormat(), part, first, whole.getRowBytes()};
+}
+
 class PictureLoader::Reading {
 public:
     explicit Reading(std::filesystem::path const& file)

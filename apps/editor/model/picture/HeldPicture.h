@@ -19,6 +19,9 @@ struct HeldPicture {
     CoRgbaColorTyped<float> getPixel(int x, int y) const;
 };
 
+/// A part of a tile without a copy; it is only to be read.
+IxTile viewOf(IxTile const& whole, GeRectangle<int> const& part);
+
 /// Reads a picture into memory aside. Made, used and destroyed on the user-interface thread;
 /// destroying it ends the reading.
 class PictureLoader {

@@ -256,7 +256,7 @@ void Picks::sum(Pick const& pick)
     }
     summed = pick.number;
     sums->start(
-        {plate.getPicture(), findPixels(pick), copyValues(document.getNode()), document.getTime()},
+        {plate.getPicture(), findPixels(pick), NodeStates(document.getNode()), document.getTime()},
         [this, number = pick.number, place = pick.place](auto const& found) {
             Pick* const asker = findAny(number);
             if (asker != nullptr && asker->place == place && found.has_value()) {

@@ -1,145 +1,174 @@
 #include "editor/model/picture/ViewRenderer.h"
 
-#include "editor/model/document/UserThread.h"
-#include "editor/model/picture/RegionSource.h"
-#include "runtime/engine/RenderEngine.h"
+#include "runtime/engine/RenderPool.h"
 
-#include <atomic>
-#include <thread>
+#include <algorithm>
+#include <chrono>
 #include <utility>
 
-/// One render on its way. It ends before what it uses: the renderer joins it.
-class ViewRenderer::Pass {
-public:
-    Pass(ViewRenderer& renderer, ViewRequest const& request, bool isThoroughPass)
-        : isThorough(isThoroughPass), image(request.region, request.reduction),
-          region(renderer.picture, request.region, isThorough ? 1 : request.reduction,
-                 isThorough ? request.reduction : 1),
-          sink(image, request.transform,
-               isThorough ? ViewSink::Strips::Whole : ViewSink::Strips::Reduced,
-               region.getInfo().dataWindow.y0)
-    {
-    }
+namespace {
 
-    /// `ended` is called on the user-interface thread, if the pass is not let go before.
-    void begin(std::weak_ptr<void> const& self, ViewRenderer& renderer, double time)
-    {
-        RenderOptions options;
-        options.time = time;
-        options.threads = renderer.workers;
-        options.cancelled = &cancelled;
-        thread = std::jthread([this, self, &renderer, options, chain = renderer.chain.get(),
-                               source = renderer.source.get()] {
-            std::exception_ptr failure;
-            try {
-                renderImage(*chain, *source, region, sink, options);
-            } catch (...) {
-                failure = std::current_exception();
-            }
-            callOnUserThread(self, [&renderer, failure] { renderer.end(failure); });
-        });
-    }
+/// As long as a hand needs at most for the next move: until then a thorough image would only be in
+/// the way of the next quick one.
+constexpr std::chrono::milliseconds restingTime{30};
 
-    bool const isThorough;
-    std::atomic<bool> cancelled = false;
-    ViewImage image;
+/// Both sides on the screen, one on its way.
+constexpr std::size_t mostImages = 4;
 
-private:
-    RegionSource region;
-    ViewSink sink;
-    std::jthread thread; // the others outlive it
-};
+} // namespace
 
 ViewRenderer::ViewRenderer(PiToolProtocol const& tool, int nbWorkers,
                            Callbacks const& userCallbacks)
-    : workers(nbWorkers), callbacks(userCallbacks), graph(makeShared<HostGraph>()),
-      renderNode(graph->createNode(tool))
+    : callbacks(userCallbacks), copy(tool), crew(nbWorkers)
 {
 }
 
 ViewRenderer::~ViewRenderer()
 {
-    if (pass) {
-        pass->cancelled = true;
-        pass.reset();
-    }
+    crew.drop();
 }
 
 void ViewRenderer::setPicture(std::shared_ptr<HeldPicture const> const& newPicture)
 {
-    waiting.reset();
-    thorough.reset();
-    if (pass) {
-        pass->cancelled = true;
-        pass.reset();
-    }
+    crew.drop();
+    running.reset();
+    demands = {};
+    wish = {};
     chain.reset();
-    source.reset();
+    valueChain.reset();
     picture = newPicture;
     if (picture != nullptr) {
-        source = makeNode<SourceImageNode>(picture->info);
-        chain = castNode<PxImageProtocol const>(
-            renderNode->buildChain(PxNodePtr<PxImageProtocol const>(source)));
+        chain.emplace(copy.getNode(), picture->info);
+        valueChain.emplace(copy.getNode(), ValueTables::describeValues(picture->info));
     }
 }
 
 void ViewRenderer::request(ViewRequest const& newRequest, HostNode const& node)
 {
-    if (picture == nullptr || newRequest.region.isEmpty()) {
-        return;
+    NodeStates const newStates(node);
+    bool const isSameView = newRequest.grid == wish.grid && newRequest.transform == wish.transform;
+    bool const isSameLook = newRequest.time == wish.time && newStates == states;
+    wish = newRequest;
+    states = newStates;
+    if (!isSameView) {
+        renew(Source);
     }
-    NodeValues values;
-    for (HostNode::ValueSlot const& slot : node.getValues()) {
-        values.emplace(slot.name, *slot.value->getState());
+    if (!isSameView || !isSameLook) {
+        renew(Result);
     }
-    waiting = Wish{newRequest, std::move(values)};
-    thorough.reset();
-    if (!pass) {
+    bool const isVisible = picture != nullptr && !wish.grid.isEmpty();
+    demands[Result].isNeeded = isVisible && wish.needsResult;
+    demands[Source].isNeeded = isVisible && wish.needsSource;
+    if (!running.has_value()) {
         startNext();
-    } else if (pass->isThorough) {
-        pass->cancelled = true;
+        settle();
+    } else if (running->isThorough) {
+        bool const isOld = running->generation != demands[running->side].generation;
+        bool const isInTheWay = std::any_of(demands.begin(), demands.end(), [](Demand const& side) {
+            return side.isNeeded && side.lacksQuick;
+        });
+        if (isOld || isInTheWay) {
+            crew.cancel();
+        }
     }
 }
 
+void ViewRenderer::renew(Side side)
+{
+    Demand& demand = demands[side];
+    ++demand.generation;
+    demand.lacksQuick = true;
+    demand.lacksThorough = true;
+}
+
+/// Quick images first, the result's before the source's.
 void ViewRenderer::startNext()
 {
-    if (waiting.has_value()) {
-        Wish const wish = *std::exchange(waiting, {});
-        bool const isReduced = wish.request.reduction > 1;
-        if (isReduced) {
-            thorough = wish;
+    for (bool const isThorough : {false, true}) {
+        for (Side const side : {Result, Source}) {
+            Demand const& demand = demands[side];
+            if (demand.isNeeded && (isThorough ? demand.lacksThorough : demand.lacksQuick)) {
+                start(side, isThorough);
+                return;
+            }
         }
-        start(wish, !isReduced);
-    } else if (thorough.has_value()) {
-        start(*std::exchange(thorough, {}), true);
     }
 }
 
-void ViewRenderer::start(Wish const& wish, bool isThorough)
+void ViewRenderer::start(Side side, bool isThorough)
 {
     try {
-        renderNode->setValues(wish.values);
-        pass = std::make_shared<Pass>(*this, wish.request, isThorough);
-        pass->begin(pass, *this, wish.request.time);
+        copy.take(states);
+        ViewTask const task{.picture = picture,
+                            .chain = side == Result ? &*chain : nullptr,
+                            .valueChain = side == Result ? &*valueChain : nullptr,
+                            .time = wish.time,
+                            .transform = wish.transform,
+                            .image = takeImage(wish.grid)};
+        running = Running{side, isThorough, demands[side].generation, task.image};
+        crew.start(isThorough ? makeThoroughPass(task) : makeQuickPass(task),
+                   isThorough ? restingTime : std::chrono::milliseconds(0),
+                   [this](std::exception_ptr const& failure) { end(failure); });
     } catch (...) {
-        pass.reset();
-        callbacks.failed(std::current_exception());
+        running.reset();
+        fail(std::current_exception());
     }
 }
 
 void ViewRenderer::end(std::exception_ptr const& failure)
 {
-    std::shared_ptr<Pass> const ended = std::exchange(pass, nullptr);
-    // Before it is told, so that the workers are not idle meanwhile.
-    startNext();
-    if (!failure) {
-        callbacks.shown(ended->image, ended->isThorough);
-    } else {
+    Running const ended = *std::exchange(running, {});
+    Demand& demand = demands[ended.side];
+    bool const isNewest = ended.generation == demand.generation;
+    if (failure) {
         try {
             std::rethrow_exception(failure);
         } catch (RenderCancelled const&) { // by something newer
         } catch (...) {
-            callbacks.failed(failure);
+            fail(failure);
         }
+        startNext();
+    } else {
+        if (isNewest) {
+            (ended.isThorough ? demand.lacksThorough : demand.lacksQuick) = false;
+        }
+        // Before it is told, so that the workers are not idle meanwhile.
+        startNext();
+        Stage const newest = ended.isThorough ? Stage::Final : Stage::Quick;
+        callbacks.shown(ended.side, ended.image, isNewest ? newest : Stage::Overtaken);
     }
+    settle();
+}
+
+/// What cannot be rendered is not tried again until something changes.
+void ViewRenderer::fail(std::exception_ptr const& failure)
+{
+    for (Demand& demand : demands) {
+        demand.lacksQuick = false;
+        demand.lacksThorough = false;
+    }
+    callbacks.failed(failure);
+}
+
+void ViewRenderer::settle()
+{
+    if (!running.has_value()) {
+        callbacks.settled();
+    }
+}
+
+std::shared_ptr<ViewImage> ViewRenderer::takeImage(PixelGrid const& grid)
+{
+    auto const isFree = [](std::shared_ptr<ViewImage> const& image) {
+        return image.use_count() == 1;
+    };
+    auto const found = std::find_if(images.begin(), images.end(), isFree);
+    if (found != images.end()) {
+        (*found)->setGrid(grid);
+        return *found;
+    }
+    if (images.size() >= mostImages) {
+        images.erase(images.begin());
+    }
+    return images.emplace_back(std::make_shared<ViewImage>(grid));
 }

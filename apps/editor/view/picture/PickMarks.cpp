@@ -5,7 +5,6 @@
 
 #include <QKeyEvent>
 #include <QMenu>
-#include <QMouseEvent>
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
@@ -104,17 +103,14 @@ int PickMarks::findMark(QPointF const& place) const
     return found == all.rend() ? 0 : found->number;
 }
 
-bool PickMarks::press(QMouseEvent const& event)
+bool PickMarks::press(QPointF const& place)
 {
-    if (event.button() != Qt::LeftButton) {
-        return false;
-    }
-    if (int const number = findMark(event.position()); number != 0) {
-        drag = Drag{event.position(), number, picks.find(number)->place, false};
+    if (int const number = findMark(place); number != 0) {
+        drag = Drag{place, number, picks.find(number)->place, false};
         picks.select(number);
         return true;
     }
-    GeRectangle<int> const pixel = pixelAt(picture.toPicture(event.position()));
+    GeRectangle<int> const pixel = pixelAt(picture.toPicture(place));
     if (intersect(pixel, picture.getDataWindow()).isEmpty()) {
         picks.select(0);
         return true;
@@ -122,25 +118,25 @@ bool PickMarks::press(QMouseEvent const& event)
     auto const former = picks.getPicks();
     picks.add(pixel);
     int const number = picks.getSelected();
-    drag = Drag{event.position(), number, {0, 0, 0, 0}, true};
+    drag = Drag{place, number, {0, 0, 0, 0}, true};
     for (Pick const& pick : former) {
         drag->before = pick.number == number ? pick.place : drag->before;
     }
     return true;
 }
 
-bool PickMarks::move(QMouseEvent const& event)
+bool PickMarks::move(QPointF const& place)
 {
     if (!drag.has_value()) {
-        picture.setCursor(findMark(event.position()) != 0 ? Qt::SizeAllCursor : Qt::CrossCursor);
+        picture.setCursor(findMark(place) != 0 ? Qt::SizeAllCursor : Qt::CrossCursor);
         return false;
     }
     if (picks.find(drag->number) == nullptr) {
         drag.reset(); // removed meanwhile
     } else if (drag->isNew) {
-        grow(event.position());
+        grow(place);
     } else {
-        shift(event.position());
+        shift(place);
     }
     return true;
 }
@@ -148,7 +144,8 @@ bool PickMarks::move(QMouseEvent const& event)
 /// From the pixel where the drag began to the one where it is.
 void PickMarks::grow(QPointF const& place)
 {
-    if ((place - drag->begin).manhattanLength() < dragBegins) {
+    drag->hasGrown = drag->hasGrown || (place - drag->begin).manhattanLength() >= dragBegins;
+    if (!drag->hasGrown) {
         return;
     }
     GeRectangle<int> const from = pixelAt(picture.toPicture(drag->begin));
@@ -165,9 +162,9 @@ void PickMarks::shift(QPointF const& place)
                                               static_cast<int>(std::round(way.y())))));
 }
 
-bool PickMarks::release(QMouseEvent const& event)
+bool PickMarks::release()
 {
-    return event.button() == Qt::LeftButton && std::exchange(drag, {}).has_value();
+    return std::exchange(drag, {}).has_value();
 }
 
 /// Back to what was there before the drag.
@@ -247,7 +244,7 @@ GeRectangle<int> PickMarks::keepWithin(GeRectangle<int> place) const
                  back(place.y0, place.y1, window.y0, window.y1));
 }
 
-bool PickMarks::openMenu(QPoint const& place, QPoint const& onScreen)
+bool PickMarks::openMenu(QPointF const& place, QPoint const& onScreen)
 {
     int const number = findMark(place);
     if (number == 0) {

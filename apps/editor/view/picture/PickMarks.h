@@ -9,11 +9,10 @@
 class PictureWidget;
 class QKeyEvent;
 class QMenu;
-class QMouseEvent;
 class QPainter;
 
 /// The picks in the picture: draws their marks, and sets, moves and removes picks by mouse and
-/// keys. The picture hands its events on; who takes one returns true.
+/// keys. The picture hands its events on; who takes one returns true. Places are the pane's.
 class PickMarks : public QObject {
     Q_OBJECT
 
@@ -21,13 +20,13 @@ public:
     PickMarks(Picks& shownPicks, PictureWidget& itsPicture);
 
     void paint(QPainter& painter) const;
-    bool press(QMouseEvent const& event);
-    bool move(QMouseEvent const& event);
-    bool release(QMouseEvent const& event);
+    bool press(QPointF const& place);
+    bool move(QPointF const& place);
+    bool release();
     bool pressKey(QKeyEvent const& event);
 
-    /// A menu for the mark at a place of the widget; false if there is none.
-    bool openMenu(QPoint const& place, QPoint const& onScreen);
+    /// A menu for the mark at a place; false if there is none.
+    bool openMenu(QPointF const& place, QPoint const& onScreen);
 
 signals:
     /// Others may add what they do with a pick.
@@ -36,10 +35,11 @@ signals:
 private:
     /// What the left button is doing.
     struct Drag {
-        QPointF begin; ///< in the widget
+        QPointF begin; ///< in the pane
         int number;
         GeRectangle<int> before; ///< its place; empty for a pick that was not there
         bool isNew;              ///< it grows; otherwise it is moved
+        bool hasGrown = false;
     };
 
     int findMark(QPointF const& place) const;

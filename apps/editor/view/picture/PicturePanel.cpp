@@ -17,17 +17,15 @@ PicturePanel::PicturePanel(Document& editedDocument, Plate& shownPlate, Picks& s
                            int nbWorkers, QWidget* parent)
     : QWidget(parent), document(editedDocument), plate(shownPlate),
       renderer(document.getNode().getTool(), nbWorkers,
-               ViewRenderer::Callbacks{[this](ViewImage const& image, bool isFinal) {
-                                           picture->showImage(image);
-                                           if (isFinal && !renderer.isBusy()) {
-                                               emit settled();
-                                           }
-                                       },
-                                       [this](std::exception_ptr const& failure) {
-                                           emit failed(failure);
-                                           emit settled();
-                                       }}),
-      picks(shownPicks), picture(new PictureWidget(picks, this)), controls(new ViewControls(*this))
+               ViewRenderer::Callbacks{
+                   [this](auto side, auto const& image, auto stage) {
+                       picture->showImage(side, image);
+                       emit shown(stage);
+                   },
+                   [this](std::exception_ptr const& failure) { emit failed(failure); },
+                   [this] { emit settled(); }}),
+      picks(shownPicks), picture(new PictureWidget(picks, this)), controls(new ViewControls(*this)),
+      compareControls(new CompareControls(*picture, this))
 {
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -45,6 +43,8 @@ KeyHelps PicturePanel::getKeyHelps() const
 {
     return {{tr("Wheel"), tr("zoom about the cursor")},
             {tr("Middle or right button, Alt and drag"), tr("pan")},
+            {tr("S"), tr("show the source as long as it is held")},
+            {tr("Alt+Arrows"), tr("move and turn the wipe")},
             {tr("Click, P"), tr("set a pick")},
             {tr("Drag"), tr("set the pick of an area, or move a pick")},
             {tr("N"), tr("select the next pick")},
@@ -79,12 +79,19 @@ void PicturePanel::showView()
     request.transform = transform;
     request.time = document.getTime();
     renderer.request(request, document.getNode());
+    emit viewTextChanged(describeView());
+}
+
+QString PicturePanel::describeView() const
+{
+    double const percent = picture->getZoom() * 100.0;
     bool const isNeutral = transform == ViewTransform();
-    emit viewTextChanged(
-        QString::fromStdString(plate.getFile().filename().string()) + "   " +
-        formatWindow(plate.getPicture()->info.dataWindow) + "   " +
-        QString::number(picture->getZoom() * 100.0, 'f', 0) + " %   " +
-        (isNeutral ? tr("neutral view") : tr("view: adjusted, the result is not")));
+    QStringList const parts{QString::fromStdString(plate.getFile().filename().string()),
+                            formatWindow(plate.getPicture()->info.dataWindow),
+                            QString::number(percent, 'g', percent < 100.0 ? 3 : 4) + " %",
+                            isNeutral ? tr("neutral view")
+                                      : tr("view: adjusted, the result is not")};
+    return parts.join("   ");
 }
 
 void PicturePanel::showPixel()

@@ -2,6 +2,7 @@
 
 #include "editor/model/picture/Picks.h"
 #include "editor/model/picture/ViewRenderer.h"
+#include "editor/view/picture/CompareControls.h"
 #include "editor/view/picture/PictureWidget.h"
 #include "editor/view/picture/ViewControls.h"
 #include "editor/view/window/Actions.h"
@@ -22,11 +23,14 @@ public:
 
     PictureWidget& getPicture() { return *picture; }
     ViewControls& getControls() { return *controls; }
+    CompareControls& getCompareControls() { return *compareControls; }
     KeyHelps getKeyHelps() const;
     ViewTransform const& getTransform() const { return transform; }
     void setTransform(ViewTransform const& newTransform);
 
 signals:
+    /// The widget has an image that it will paint.
+    void shown(ViewRenderer::Stage stage);
     /// The picture is shown as the values now say, or cannot be.
     void settled();
     void failed(std::exception_ptr const& failure);
@@ -39,6 +43,7 @@ private:
     void takePlate(PlateNotice const& notice);
     void showView();
     void showPixel();
+    QString describeView() const;
 
     Document& document;
     Plate& plate;
@@ -47,6 +52,7 @@ private:
     ViewTransform transform;
     PictureWidget* picture;
     ViewControls* controls;
+    CompareControls* compareControls;
     CbFunction<ValueChange const> changed{[this](ValueChange const&) { showView(); }};
     CbFunction<double const> timeChanged{[this](double const&) { showView(); }};
     CbFunction<PicksNotice const> picksChanged{[this](PicksNotice const& notice) {

@@ -5,130 +5,169 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPainterPath>
 #include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <utility>
 
 namespace {
 
-constexpr double leastZoom = 1.0 / 64;
-constexpr double greatestZoom = 64.0;
 constexpr double zoomPerNotch = 1.25;
+constexpr double trackpadPixelsPerNotch = 40.0;
 constexpr double panPerKey = 60.0; // widget pixels
 constexpr int panBegins = 3;
-constexpr double margin = 12.0; // screen pixels around a fitted picture
+constexpr int gap = 2; // widget pixels between two sides
+constexpr int labelDistance = 8;
+
+/// In a corner of a pane.
+void drawLabel(QPainter& painter, QRect const& pane, Qt::Corner corner, QString const& text)
+{
+    QSize const size = painter.fontMetrics().size(Qt::TextSingleLine, text) +
+                       QSize(2 * labelDistance, labelDistance);
+    QRect box(pane.topLeft() + QPoint(labelDistance, labelDistance), size);
+    if (corner == Qt::TopRightCorner || corner == Qt::BottomRightCorner) {
+        box.moveRight(pane.right() - labelDistance);
+    }
+    if (corner == Qt::BottomLeftCorner || corner == Qt::BottomRightCorner) {
+        box.moveBottom(pane.bottom() - labelDistance);
+    }
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(24, 24, 24, 225));
+    painter.drawRoundedRect(box, 3, 3);
+    painter.setPen(Theme::text);
+    painter.drawText(box, Qt::AlignCenter, text);
+}
 
 } // namespace
 
 PictureWidget::PictureWidget(Picks& shownPicks, QWidget* parent)
-    : QWidget(parent), picks(shownPicks), marks(picks, *this), table(new PickTable(picks, this))
+    : QWidget(parent), picks(shownPicks), marks(picks, *this), wipe(*this),
+      table(new PickTable(picks, this))
 {
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(240, 180);
     setAccessibleName(tr("Picture"));
     setAttribute(Qt::WA_OpaquePaintEvent);
+    setCursor(Qt::CrossCursor);
     picks.addHandler(&picksChanged);
 }
 
 void PictureWidget::setWindows(GeRectangle<int> const& dataWindow,
                                GeRectangle<int> const& displayWindow)
 {
-    data = dataWindow;
-    display = displayWindow;
-    shown = {};
-    fit();
+    GeRectangle<int> const data = getDataWindow();
+    GeRectangle<int> const display = geometry.getDisplayWindow();
+    geometry.setWindows(dataWindow, displayWindow);
+    bool const isAlike =
+        data == getDataWindow() && display == geometry.getDisplayWindow(); // another frame
+    if (!isAlike) {
+        images = {};
+        geometry.fit();
+    }
+    settle();
 }
 
-void PictureWidget::showImage(ViewImage const& image)
+void PictureWidget::showImage(Side side, std::shared_ptr<ViewImage const> const& image)
 {
-    shown = QImage(image.width, image.height, QImage::Format_RGB32);
-    for (int y = 0; y < image.height; ++y) {
-        std::memcpy(shown.scanLine(y),
-                    image.pixels.data() +
-                        static_cast<std::size_t>(y) * static_cast<std::size_t>(image.width),
-                    static_cast<std::size_t>(image.width) * sizeof(std::uint32_t));
-    }
-    shownRegion = image.region;
-    shownReduction = image.reduction;
+    images[side] = image;
     update();
 }
 
 ViewRequest PictureWidget::getNeeded() const
 {
     ViewRequest needed;
-    needed.reduction = std::max(1, static_cast<int>(std::floor(1.0 / zoom)));
-    QSize const size = getScreenSize();
-    GeRectangle<int> const visible{static_cast<int>(std::floor(origin.x())),
-                                   static_cast<int>(std::floor(origin.y())),
-                                   static_cast<int>(std::ceil(origin.x() + size.width() / zoom)),
-                                   static_cast<int>(std::ceil(origin.y() + size.height() / zoom))};
-    needed.region = intersect(visible, data);
-    if (needed.region.isEmpty()) {
-        return needed;
-    }
-    // Blocks lie at the same places however the picture is panned.
-    needed.region.x0 -= (needed.region.x0 - data.x0) % needed.reduction;
-    needed.region.y0 -= (needed.region.y0 - data.y0) % needed.reduction;
+    needed.grid = geometry.getGrid();
+    needed.needsSource = isSourceHeld || compare != Compare::Off;
+    needed.needsResult = !isSourceHeld;
     return needed;
+}
+
+void PictureWidget::setCompare(Compare newCompare)
+{
+    compare = newCompare;
+    updateScreen();
+    wipe.setShown(compare == Compare::Wipe);
+    settle();
+}
+
+void PictureWidget::holdSource(bool isToBeHeld)
+{
+    if (isSourceHeld != isToBeHeld) {
+        isSourceHeld = isToBeHeld;
+        settle();
+    }
+}
+
+QRect PictureWidget::getPane() const
+{
+    int const paneWidth = compare == Compare::SideBySide ? (width() - gap) / 2 : width();
+    return {0, 0, paneWidth, height()};
+}
+
+QRect PictureWidget::getSecondPane() const
+{
+    return getPane().translated(width() - getPane().width(), 0);
+}
+
+void PictureWidget::updateScreen()
+{
+    QSize const size = (QSizeF(getPane().size()) * devicePixelRatioF()).toSize();
+    geometry.setScreen(size.width(), size.height());
+}
+
+void PictureWidget::settle()
+{
+    smoothZoom = geometry.getZoom();
+    update();
+    emit viewChanged();
 }
 
 void PictureWidget::fit()
 {
-    isFitted = true;
-    GeRectangle<int> const& frame = display.isEmpty() ? data : display;
-    if (frame.isEmpty()) {
-        return;
-    }
-    QSize const size = getScreenSize();
-    zoom = std::clamp(std::min((size.width() - 2 * margin) / frame.getWidth(),
-                               (size.height() - 2 * margin) / frame.getHeight()),
-                      leastZoom, greatestZoom);
-    origin = {frame.x0 + frame.getWidth() / 2.0 - size.width() / zoom / 2,
-              frame.y0 + frame.getHeight() / 2.0 - size.height() / zoom / 2};
+    geometry.fit();
     settle();
 }
 
 void PictureWidget::setZoom(double newZoom, QPointF const& about)
 {
-    isFitted = false;
-    QPointF const screen = about * devicePixelRatioF();
-    QPointF const place = origin + screen / zoom;
-    zoom = std::clamp(newZoom, leastZoom, greatestZoom);
-    origin = place - screen / zoom;
+    double const ratio = devicePixelRatioF();
+    geometry.setZoom(newZoom, {about.x() * ratio, about.y() * ratio});
     settle();
 }
 
-/// Pixel for pixel, the picture's pixels lie on the screen's.
-void PictureWidget::settle()
+void PictureWidget::stepZoom(int steps, QPointF const& about)
 {
-    if (zoom >= 1.0) {
-        origin = {std::round(origin.x() * zoom) / zoom, std::round(origin.y() * zoom) / zoom};
-    }
-    update();
-    emit viewChanged();
+    double const ratio = devicePixelRatioF();
+    geometry.stepZoom(steps, {about.x() * ratio, about.y() * ratio});
+    settle();
 }
 
-QSize PictureWidget::getScreenSize() const
+void PictureWidget::pan(QPointF const& by)
 {
-    return (QSizeF(size()) * devicePixelRatioF()).toSize();
+    geometry.pan(by.x() * devicePixelRatioF(), by.y() * devicePixelRatioF());
+    settle();
 }
 
-QPointF PictureWidget::toScreen(QPointF const& place) const
+QPointF PictureWidget::toPane(QPointF const& place) const
 {
-    return (place - origin) * zoom;
+    bool const isSecond =
+        compare == Compare::SideBySide && place.x() >= getSecondPane().left() - gap;
+    return isSecond ? place - QPointF(getSecondPane().topLeft()) : place;
 }
 
 QPointF PictureWidget::toPicture(QPointF const& place) const
 {
-    return origin + place * devicePixelRatioF() / zoom;
+    double const ratio = devicePixelRatioF();
+    auto const found = geometry.toPicture({place.x() * ratio, place.y() * ratio});
+    return {found.x, found.y};
 }
 
 QPointF PictureWidget::toWidget(QPointF const& place) const
 {
-    return toScreen(place) / devicePixelRatioF();
+    auto const screen = geometry.toScreen({place.x(), place.y()});
+    return QPointF(screen.x, screen.y) / devicePixelRatioF();
 }
 
 QRectF PictureWidget::toWidget(GeRectangle<int> const& region) const
@@ -138,88 +177,178 @@ QRectF PictureWidget::toWidget(GeRectangle<int> const& region) const
 
 QRectF PictureWidget::toScreen(GeRectangle<int> const& region) const
 {
-    return {toScreen(QPointF(region.x0, region.y0)), toScreen(QPointF(region.x1, region.y1))};
+    auto const from = geometry.toScreen({double(region.x0), double(region.y0)});
+    auto const to = geometry.toScreen({double(region.x1), double(region.y1)});
+    return {QPointF(from.x, from.y), QPointF(to.x, to.y)};
+}
+
+QRectF PictureWidget::toScreen(PixelGrid const& grid) const
+{
+    auto const from = geometry.toScreen({grid.x0, grid.y0});
+    double const scale = grid.step * geometry.getZoom();
+    return {from.x, from.y, grid.width * scale, grid.height * scale};
 }
 
 void PictureWidget::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.fillRect(rect(), Theme::surround);
-    painter.scale(1.0 / devicePixelRatioF(), 1.0 / devicePixelRatioF());
-    if (data.isEmpty()) {
+    if (getDataWindow().isEmpty()) {
+        painter.fillRect(rect(), Theme::surround);
         painter.setPen(Theme::dimText);
-        painter.drawText(QRect(QPoint(), getScreenSize()), Qt::AlignCenter,
-                         tr("Open a picture to begin"));
+        painter.drawText(rect(), Qt::AlignCenter, tr("Open a picture to begin"));
         return;
     }
-    if (!shown.isNull()) {
-        // The last block may reach beyond the region.
-        GeRectangle<int> const covered{shownRegion.x0, shownRegion.y0,
-                                       shownRegion.x0 + shown.width() * shownReduction,
-                                       shownRegion.y0 + shown.height() * shownReduction};
-        painter.setClipRect(toScreen(shownRegion));
-        painter.setRenderHint(QPainter::SmoothPixmapTransform, zoom < 1.0);
-        painter.drawImage(toScreen(covered), shown);
+    paintPanes(painter);
+    if (compare == Compare::Wipe && !isSourceHeld) {
+        wipe.paint(painter);
+    }
+    paintLabels(painter);
+}
+
+void PictureWidget::paintPanes(QPainter& painter) const
+{
+    Side const first = isSourceHeld || compare == Compare::SideBySide ? ViewRenderer::Source
+                                                                      : ViewRenderer::Result;
+    paintSide(painter, first);
+    if (compare == Compare::SideBySide) {
+        painter.translate(getSecondPane().topLeft());
+        paintSide(painter, isSourceHeld ? ViewRenderer::Source : ViewRenderer::Result);
+        painter.resetTransform();
+        painter.fillRect(getPane().width(), 0, getSecondPane().left() - getPane().width(), height(),
+                         Theme::panel);
+    } else if (compare == Compare::Wipe && !isSourceHeld) {
+        QPainterPath source;
+        source.addPolygon(wipe.getSourceSide());
+        painter.setClipPath(source);
+        paintSide(painter, ViewRenderer::Source);
         painter.setClipping(false);
     }
+}
+
+/// One pane: what is around the picture, the picture, its windows and marks.
+void PictureWidget::paintSide(QPainter& painter, Side side) const
+{
+    painter.save();
+    painter.setClipRect(getPane(), Qt::IntersectClip);
+    painter.scale(1.0 / devicePixelRatioF(), 1.0 / devicePixelRatioF());
+    QRect const pane(QPoint(), (QSizeF(getPane().size()) * devicePixelRatioF()).toSize());
+    QRegion around(pane);
+    if (images[side] != nullptr) {
+        around -= toScreen(images[side]->grid).toAlignedRect();
+    }
+    // What a render gives beside the data window is 0.
+    QRegion const empty = around & toScreen(geometry.getDisplayWindow()).toAlignedRect();
+    for (QRect const& part : around - empty) {
+        painter.fillRect(part, Theme::surround);
+    }
+    for (QRect const& part : empty) {
+        painter.fillRect(part, Qt::black);
+    }
+    if (images[side] != nullptr) {
+        paintImage(painter, *images[side]);
+    }
+    paintWindows(painter);
+    painter.restore();
+    painter.save();
+    marks.paint(painter);
+    painter.restore();
+}
+
+/// Pixel on pixel, unless another image is still to come for this zoom.
+void PictureWidget::paintImage(QPainter& painter, ViewImage const& image) const
+{
+    PixelGrid const& grid = image.grid;
+    QImage const wrapped(reinterpret_cast<uchar const*>(image.pixels.data()), grid.width,
+                         grid.height, grid.width * 4, QImage::Format_RGB32);
+    QRectF const place = toScreen(grid);
+    if (std::fabs(place.width() - grid.width) < 0.5) {
+        painter.drawImage(place.topLeft().toPoint(), wrapped);
+    } else {
+        painter.drawImage(place, wrapped);
+    }
+}
+
+void PictureWidget::paintWindows(QPainter& painter) const
+{
+    painter.setRenderHint(QPainter::Antialiasing, false);
     painter.setBrush(Qt::NoBrush);
     painter.setPen(Theme::frame);
-    if (!(display == data)) {
-        painter.drawRect(toScreen(display).adjusted(-1, -1, 0, 0));
+    auto const outline = [this](GeRectangle<int> const& window) {
+        return toScreen(window).toAlignedRect().adjusted(-1, -1, 0, 0);
+    };
+    if (!(geometry.getDisplayWindow() == getDataWindow())) {
+        painter.drawRect(outline(geometry.getDisplayWindow()));
         painter.setPen(QPen(Theme::frame, 1, Qt::DashLine));
     }
-    painter.drawRect(toScreen(data).adjusted(-1, -1, 0, 0));
-    painter.resetTransform();
-    marks.paint(painter);
+    painter.drawRect(outline(getDataWindow()));
 }
 
-void PictureWidget::zoomIn()
+/// Says which side is which where it is not the result alone.
+void PictureWidget::paintLabels(QPainter& painter) const
 {
-    setZoom(zoom * zoomPerNotch, rect().center());
-}
-
-void PictureWidget::zoomOut()
-{
-    setZoom(zoom / zoomPerNotch, rect().center());
+    painter.setRenderHint(QPainter::Antialiasing);
+    QString const source = tr("Source");
+    QString const result = tr("Result");
+    if (isSourceHeld) {
+        drawLabel(painter, rect(), Qt::TopLeftCorner, source);
+    } else if (compare == Compare::SideBySide) {
+        drawLabel(painter, getPane(), Qt::TopLeftCorner, source);
+        drawLabel(painter, getSecondPane(), Qt::TopLeftCorner, result);
+    } else if (compare == Compare::Wipe) {
+        for (auto const& [corner, isSource] : wipe.findLabels()) {
+            drawLabel(painter, rect(), corner, isSource ? source : result);
+        }
+    }
 }
 
 void PictureWidget::resizeEvent(QResizeEvent*)
 {
     table->place();
-    if (isFitted) {
-        fit();
-    } else {
-        emit viewChanged();
-    }
+    updateScreen();
+    settle();
 }
 
+/// A wheel goes by notches; a trackpad's way is summed up until the zoom's next step.
 void PictureWidget::wheelEvent(QWheelEvent* event)
 {
-    double const notches = event->angleDelta().y() / double{QWheelEvent::DefaultDeltasPerStep};
-    setZoom(zoom * std::pow(zoomPerNotch, notches), event->position());
     event->accept();
+    QPointF const about = toPane(event->position());
+    int const units = event->angleDelta().y();
+    if (event->pixelDelta().isNull() && units % QWheelEvent::DefaultDeltasPerStep == 0) {
+        stepZoom(units / QWheelEvent::DefaultDeltasPerStep, about);
+        return;
+    }
+    double const notches = event->pixelDelta().isNull()
+                               ? units / double{QWheelEvent::DefaultDeltasPerStep}
+                               : event->pixelDelta().y() / trackpadPixelsPerNotch;
+    double const wanted = std::clamp(smoothZoom * std::pow(zoomPerNotch, notches),
+                                     ViewGeometry::least, ViewGeometry::greatest);
+    setZoom(wanted, about);
+    smoothZoom = wanted;
 }
 
 void PictureWidget::mousePressEvent(QMouseEvent* event)
 {
     bool const isPan = event->button() == Qt::MiddleButton || event->button() == Qt::RightButton ||
                        event->modifiers().testFlag(Qt::AltModifier);
-    if (data.isEmpty()) {
+    if (getDataWindow().isEmpty()) {
         return;
     }
     if (isPan) {
         panned = event->position();
         hasPanned = false;
-    } else {
-        marks.press(*event);
+    } else if (event->button() == Qt::LeftButton) {
+        QPointF const place = toPane(event->position());
+        static_cast<void>(wipe.press(place) || marks.press(place));
     }
 }
 
 void PictureWidget::mouseMoveEvent(QMouseEvent* event)
 {
     if (!panned.has_value()) {
-        marks.move(*event);
-        hover(event->position());
+        QPointF const place = toPane(event->position());
+        static_cast<void>(wipe.move(place) || marks.move(place));
+        hover(place);
         return;
     }
     QPointF const by = event->position() - *panned;
@@ -233,13 +362,21 @@ void PictureWidget::mouseMoveEvent(QMouseEvent* event)
 
 void PictureWidget::mouseReleaseEvent(QMouseEvent* event)
 {
-    marks.release(*event);
+    if (event->button() == Qt::LeftButton) {
+        static_cast<void>(wipe.release() || marks.release());
+    }
     if (std::exchange(panned, {}).has_value()) {
         setCursor(Qt::CrossCursor);
         if (event->button() == Qt::RightButton && !hasPanned) {
-            marks.openMenu(event->pos(), event->globalPosition().toPoint());
+            marks.openMenu(toPane(event->position()), event->globalPosition().toPoint());
         }
     }
+}
+
+/// The second click of two is a click.
+void PictureWidget::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    mousePressEvent(event);
 }
 
 /// The right button pans, so a menu comes when it is let go.
@@ -248,16 +385,10 @@ void PictureWidget::contextMenuEvent(QContextMenuEvent* event)
     event->accept();
 }
 
-void PictureWidget::pan(QPointF const& by)
-{
-    isFitted = false;
-    origin -= by * devicePixelRatioF() / zoom;
-    settle();
-}
-
 void PictureWidget::hover(QPointF const& widgetPlace)
 {
     QPointF const place = toPicture(widgetPlace);
+    GeRectangle<int> const& data = getDataWindow();
     auto const x = static_cast<int>(std::floor(place.x()));
     auto const y = static_cast<int>(std::floor(place.y()));
     if (x >= data.x0 && x < data.x1 && y >= data.y0 && y < data.y1) {
@@ -273,7 +404,8 @@ GeRectangle<int> PictureWidget::findPointedPixel() const
     if (hovered.has_value()) {
         return hovered->place;
     }
-    QPointF const middle = toPicture(QRectF(rect()).center());
+    GeRectangle<int> const& data = getDataWindow();
+    QPointF const middle = toPicture(QRectF(getPane()).center());
     int const x = std::clamp(static_cast<int>(std::floor(middle.x())), data.x0, data.x1 - 1);
     int const y = std::clamp(static_cast<int>(std::floor(middle.y())), data.y0, data.y1 - 1);
     return {x, y, x + 1, y + 1};
@@ -281,7 +413,8 @@ GeRectangle<int> PictureWidget::findPointedPixel() const
 
 void PictureWidget::keyPressEvent(QKeyEvent* event)
 {
-    bool const isTaken = !data.isEmpty() && (marks.pressKey(*event) || pressKey(*event));
+    bool const isTaken = !getDataWindow().isEmpty() &&
+                         (wipe.pressKey(*event) || marks.pressKey(*event) || pressKey(*event));
     if (!isTaken) {
         QWidget::keyPressEvent(event);
     }
@@ -289,13 +422,32 @@ void PictureWidget::keyPressEvent(QKeyEvent* event)
 
 bool PictureWidget::pressKey(QKeyEvent const& event)
 {
+    if (event.modifiers() != Qt::NoModifier) {
+        return false;
+    }
     switch (event.key()) {
+    case Qt::Key_S: holdSource(true); return true;
     case Qt::Key_Left: pan({panPerKey, 0}); return true;
     case Qt::Key_Right: pan({-panPerKey, 0}); return true;
     case Qt::Key_Up: pan({0, panPerKey}); return true;
     case Qt::Key_Down: pan({0, -panPerKey}); return true;
     default: return false;
     }
+}
+
+void PictureWidget::keyReleaseEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_S && !event->isAutoRepeat()) {
+        holdSource(false);
+    } else {
+        QWidget::keyReleaseEvent(event);
+    }
+}
+
+void PictureWidget::focusOutEvent(QFocusEvent* event)
+{
+    holdSource(false); // the key may be let go of elsewhere
+    QWidget::focusOutEvent(event);
 }
 
 void PictureWidget::leaveEvent(QEvent*)

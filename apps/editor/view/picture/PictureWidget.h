@@ -1,37 +1,52 @@
 #pragma once
 
-#include "editor/model/picture/ViewImage.h"
+#include "editor/model/picture/ViewGeometry.h"
 #include "editor/model/picture/ViewRenderer.h"
 #include "editor/view/picture/PickMarks.h"
 #include "editor/view/picture/PickTable.h"
-#include "runtime/engine/ImageSource.h"
+#include "editor/view/picture/WipeLine.h"
 
 #include <QImage>
 #include <QPointF>
 #include <QWidget>
+#include <array>
+#include <memory>
+#include <optional>
 
-/// The picture: zooms about the cursor by the wheel, pans by the middle or right button or Alt and
-/// the left one; the left button is that of the picks. It knows which region it needs and shows
-/// what it is given.
+/// The picture: the result, the source while a key is held, or both along a line or side by side.
+/// The wheel zooms about the cursor; the middle or right button, or Alt and the left one, pan; the
+/// left button is that of the line and of the picks. It knows what it needs and shows what it is
+/// given.
 class PictureWidget : public QWidget {
     Q_OBJECT
 
 public:
+    enum class Compare { Off, Wipe, SideBySide };
+
     explicit PictureWidget(Picks& shownPicks, QWidget* parent = nullptr);
 
-    /// Begins with a picture of these windows, fitted.
+    /// Takes a picture of these windows. It is fitted, and nothing is shown at first, unless the
+    /// one before had the same.
     void setWindows(GeRectangle<int> const& dataWindow, GeRectangle<int> const& displayWindow);
 
-    /// Shows a region; it stays until another comes.
-    void showImage(ViewImage const& image);
+    /// Shows a side; it stays until another image comes.
+    void showImage(ViewRenderer::Side side, std::shared_ptr<ViewImage const> const& image);
 
-    /// What is to be rendered for this view: the visible region and its reduction.
+    /// What is to be rendered for this view.
     ViewRequest getNeeded() const;
 
-    PickMarks& getMarks() { return marks; }
-    GeRectangle<int> const& getDataWindow() const { return data; }
+    void setCompare(Compare newCompare);
+    Compare getCompare() const { return compare; }
+    /// Shows the source alone for as long.
+    void holdSource(bool isToBeHeld);
+    WipeLine& getWipe() { return wipe; }
 
-    /// Between the widget's places and those of the picture.
+    PickMarks& getMarks() { return marks; }
+    GeRectangle<int> const& getDataWindow() const { return geometry.getDataWindow(); }
+
+    /// The part of the widget that shows the picture; there are two of that size side by side. In
+    /// it, from the widget's corner, lie the places below.
+    QRect getPane() const;
     QPointF toPicture(QPointF const& place) const;
     QPointF toWidget(QPointF const& place) const;
     QRectF toWidget(GeRectangle<int> const& region) const;
@@ -39,17 +54,17 @@ public:
     /// The pixel under the cursor, or else the middle one of what is visible.
     GeRectangle<int> findPointedPixel() const;
 
-    double getZoom() const { return zoom; }
+    double getZoom() const { return geometry.getZoom(); }
     void fit();
 
-    /// Screen pixels to one of the picture, about a place of the widget.
+    /// Screen pixels to one of the picture, about a place of the pane.
     void setZoom(double newZoom, QPointF const& about);
-    void showPixels() { setZoom(1.0, rect().center()); }
-    void zoomIn(); ///< by a notch of the wheel
-    void zoomOut();
+    void showPixels() { setZoom(1.0, QRectF(getPane()).center()); }
+    void zoomIn() { stepZoom(1, QRectF(getPane()).center()); } ///< by a notch of the wheel
+    void zoomOut() { stepZoom(-1, QRectF(getPane()).center()); }
 
 signals:
-    /// Another region or size is visible.
+    /// Another region or size is visible, or another side.
     void viewChanged();
 
 protected:
@@ -59,33 +74,45 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
     void leaveEvent(QEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
-    QSize getScreenSize() const;
-    QPointF toScreen(QPointF const& place) const;
-    QRectF toScreen(GeRectangle<int> const& region) const;
+    using Side = ViewRenderer::Side;
+
+    void updateScreen();
     void settle();
+    void stepZoom(int steps, QPointF const& about);
     void pan(QPointF const& by);
     void hover(QPointF const& place);
     bool pressKey(QKeyEvent const& event);
 
+    QPointF toPane(QPointF const& place) const;
+    QRect getSecondPane() const;
+    QRectF toScreen(GeRectangle<int> const& region) const;
+    QRectF toScreen(PixelGrid const& grid) const;
+    void paintPanes(QPainter& painter) const;
+    void paintSide(QPainter& painter, Side side) const;
+    void paintImage(QPainter& painter, ViewImage const& image) const;
+    void paintWindows(QPainter& painter) const;
+    void paintLabels(QPainter& painter) const;
+
     Picks& picks;
+    ViewGeometry geometry;
     PickMarks marks;
+    WipeLine wipe;
     PickTable* table;
 
-    GeRectangle<int> data{};
-    GeRectangle<int> display{};
-    QImage shown;
-    GeRectangle<int> shownRegion{};
-    int shownReduction = 1;
-    double zoom = 1.0;
-    QPointF origin;                ///< in the picture's pixels, at the widget's upper left corner
+    std::array<std::shared_ptr<ViewImage const>, ViewRenderer::nbSides> images;
+    Compare compare = Compare::Off;
+    bool isSourceHeld = false;
     std::optional<QPointF> panned; ///< where the cursor was last while it pans
     bool hasPanned = false;        ///< since a button went down
-    bool isFitted = true;
+    double smoothZoom = 1.0;       ///< what a trackpad has asked for so far
     CbFunction<PicksNotice const> picksChanged{[this](PicksNotice const& notice) {
         if (notice == PicksNotice::Places) {
             update();

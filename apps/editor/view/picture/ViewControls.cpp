@@ -112,14 +112,13 @@ void ViewControls::addTo(QToolBar& tools)
     tools.addSeparator();
     tools.addActions(channelGroup->actions());
     tools.addSeparator();
-    tools.addWidget(exposure);
-    exposure->show();
+    tools.addWidget(exposure)->setVisible(true);
     tools.addAction(srgb);
 }
 
 void ViewControls::takeView()
 {
     auto const channels = channelGroup->checkedAction()->data().toInt();
-    panel.setTransform(
-        {static_cast<ViewTransform::Channels>(channels), exposure->value(), srgb->isChecked()});
+    panel.setTransform({static_cast<ViewTransform::Channels>(channels), exposure->value(),
+                        srgb->isChecked(), nullptr});
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editor/model/picture/ViewImage.h"
+#include "editor/model/picture/ViewTransform.h"
 
 #include <QAction>
 #include <QList>

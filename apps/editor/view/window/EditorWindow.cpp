@@ -137,6 +137,7 @@ void EditorWindow::buildToolBar()
     tools.addWidget(new QLabel(tr("Mode"), this));
     tools.addWidget(new ModeBox(document, this));
     tools.addWidget(makeGap(this));
+    picture->getCompareControls().addTo(tools);
     picture->getControls().addTo(tools);
 }
 
@@ -147,6 +148,8 @@ void EditorWindow::buildMenus()
     menuBar()->addMenu(tr("&Edit"))->addActions(edits->getActions());
     QMenu& view = *menuBar()->addMenu(tr("&View"));
     view.addActions(picture->getControls().getActions());
+    view.addSeparator();
+    view.addActions(picture->getCompareControls().getActions());
     view.addSeparator();
     view.addActions(layout->getActions());
     menuBar()->addMenu(tr("&Curve"))->addActions(curvePanel->getActions());

@@ -34,6 +34,7 @@ public:
     void restoreLayout();
 
     Document& getDocument() { return document; }
+    PicturePanel& getPicturePanel() { return *picture; }
     PictureWidget& getPicture() { return picture->getPicture(); }
     ParameterPanel& getParameters() { return *parameters; }
     CurvePanel& getCurvePanel() { return *curvePanel; }

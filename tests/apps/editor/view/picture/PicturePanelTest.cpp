@@ -1,62 +1,21 @@
 // The picture offscreen, driven by mouse and keys.
 
-#include "editor/view/picture/PicturePanel.h"
+#include "apps/editor/view/picture/PanelFixture.h"
 
-#include "base/EvEventManager.h"
-
-#include <QCoreApplication>
 #include <QMenu>
-#include <QSignalSpy>
-#include <QTest>
-#include <gtest/gtest.h>
 
 namespace {
 
-constexpr int longestWait = 30000; // milliseconds; no measure of speed
-
-class PicturePanelTest : public testing::Test {
+class PicturePanelTest : public PanelTest {
 protected:
-    PicturePanelTest() : settled(&panel, &PicturePanel::settled)
+    PicturePanelTest()
     {
-        EvEventManager::getInstance().setWakeUp([] {
-            QMetaObject::invokeMethod(
-                qApp, [] { EvEventManager::getInstance().processEvents(); }, Qt::QueuedConnection);
-        });
-        panel.resize(800, 600);
-        panel.show();
-        plate.open(std::filesystem::path(EXAMPLES) / "scene.exr");
-        EXPECT_TRUE(settled.wait(longestWait));
+        openScene();
+        widget.setZoom(2.0, {0.0, 0.0}); // every pixel can be pointed at
     }
-    ~PicturePanelTest() noexcept override { EvEventManager::getInstance().setWakeUp({}); }
+    ~PicturePanelTest() noexcept override = default;
 
-    QPoint onPixel(int x, int y) const
-    {
-        return widget.toWidget(QPointF(x + 0.5, y + 0.5)).toPoint();
-    }
-    void drag(Qt::MouseButton button, QPoint from, QPoint to, Qt::KeyboardModifiers keys = {})
-    {
-        QTest::mousePress(&widget, button, keys, from);
-        for (int step = 1; step <= 8; ++step) {
-            // QTest's own moves know of no buttons.
-            QPointF const place = from + (to - from) * step / 8;
-            QMouseEvent event(QEvent::MouseMove, place, widget.mapToGlobal(place), Qt::NoButton,
-                              button, keys);
-            QCoreApplication::sendEvent(&widget, &event);
-        }
-        QTest::mouseRelease(&widget, button, keys, to);
-    }
-    void press(Qt::Key key, Qt::KeyboardModifiers keys = {})
-    {
-        QTest::keyClick(&widget, key, keys);
-    }
     GeRectangle<int> placeOf(int number) const { return picks.find(number)->place; }
-
-    Document document;
-    Plate plate{2};
-    Picks picks{document, plate};
-    PicturePanel panel{document, plate, picks, 2};
-    PictureWidget& widget = panel.getPicture();
-    QSignalSpy settled;
 };
 
 GeRectangle<int> pixel(int x, int y)

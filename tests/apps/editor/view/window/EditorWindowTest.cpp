@@ -2,10 +2,6 @@
 
 #include "editor/view/window/EditorWindow.h"
 
-#include "media/ImageFiles.h"
-#include "pluginAPI/IxSampleConversion.h"
-#include "runtime/engine/RenderEngine.h"
-
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QTest>
@@ -56,70 +52,7 @@ protected:
     QSignalSpy settled;
 };
 
-/// Keeps a render's strips as 8 bit.
-class BytesSink : public ImageSink {
-public:
-    explicit BytesSink(GeRectangle<int> const& itsBounds)
-        : bounds(itsBounds),
-          bytes(static_cast<std::size_t>(bounds.getWidth() * bounds.getHeight()) * 4)
-    {
-    }
-    void writeStrip(IxTile const& result, ImageStrip const&) override
-    {
-        IxReadGuard const guard(result);
-        auto const width = static_cast<std::size_t>(bounds.getWidth());
-        std::vector<CoRgbaColorTyped<float>> row(width);
-        for (int y = result.getBounds().y0; y < result.getBounds().y1; ++y) {
-            readPixelRow(result.getPixelFormat(), guard.getRow(y), row);
-            writePixelRow({IxPixelFormat::RGBA, IxPixelFormat::UINT8, Rational(1, 1), false}, row,
-                          bytes.data() + static_cast<std::size_t>(y - bounds.y0) * width * 4);
-        }
-    }
-    void finish() override {}
-
-    GeRectangle<int> bounds;
-    std::vector<std::byte> bytes;
-};
-
 } // namespace
-
-TEST_F(EditorWindowTest, ShowsTheRenderPixelByPixel)
-{
-    Document& document = window->getDocument();
-    document.setNumbers("", {"Mode"}, 1);
-    document.setNumbers("", {"EXRDisplay.Exposure.Red"}, 0.7);
-    open(scene);
-    settled.clear();
-    window->getPicture().showPixels();
-    ASSERT_TRUE(settled.wait(longestWaitMilliseconds));
-
-    auto const source = openImage(scene, {});
-    auto const start = makeNode<SourceImageNode>(source->getInfo());
-    auto const chain = castNode<PxImageProtocol const>(
-        document.getNode().buildChain(PxNodePtr<PxImageProtocol const>(start)));
-    BytesSink sink(source->getInfo().dataWindow);
-    renderImage(*chain, *start, *source, sink, {});
-
-    ViewRequest const needed = window->getPicture().getNeeded();
-    QImage const shown = window->getPicture().grab().toImage();
-    ASSERT_EQ(needed.reduction, 1);
-    int nbCompared = 0;
-    QPoint const corner = window->getPicture().toWidget(needed.region).topLeft().toPoint();
-    for (int y = needed.region.y0 + 1; y < needed.region.y1 - 1; ++y) {
-        for (int x = needed.region.x0 + 1; x < needed.region.x1 - 1; ++x) {
-            QPoint const place = corner + QPoint(x - needed.region.x0, y - needed.region.y0);
-            std::size_t const at = 4 * static_cast<std::size_t>(y * sink.bounds.getWidth() + x);
-            auto const byte = [&](std::size_t channel) { return int(sink.bytes[at + channel]); };
-            if (!shown.rect().contains(place)) {
-                continue;
-            }
-            ASSERT_EQ(shown.pixelColor(place), QColor(byte(0), byte(1), byte(2)))
-                << "at " << x << ", " << y;
-            ++nbCompared;
-        }
-    }
-    EXPECT_GT(nbCompared, 100000);
-}
 
 TEST_F(EditorWindowTest, DragOfAParameterIsOneStepAndEscapeTakesItBack)
 {
