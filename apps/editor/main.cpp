@@ -1,15 +1,29 @@
 // remapcolor-editor: the desktop program.
 
+#include "editor/model/document/CommandLine.h"
 #include "editor/view/window/EditorWindow.h"
+#include "editor/view/window/FileActions.h"
 #include "editor/view/window/Theme.h"
+#include "files/FileError.h"
 #include "session/Failures.h"
 
 #include <QApplication>
-#include <QCommandLineParser>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
+
+int fail(Failure const& failure)
+{
+    std::fprintf(stderr, "remapcolor-editor: %s\n", failure.text.c_str());
+    return failure.status;
+}
 
 /// A failure that nobody has handled is said, and the work goes on.
 class Application : public QApplication {
@@ -21,12 +35,14 @@ public:
         try {
             return QApplication::notify(receiver, event);
         } catch (...) {
-            auto* const window = qobject_cast<EditorWindow*>(activeWindow());
-            if (window == nullptr) {
-                throw;
+            auto const windows = topLevelWidgets();
+            for (QWidget* const window : windows) {
+                if (auto* const editor = qobject_cast<EditorWindow*>(window)) {
+                    editor->getBar().tellFailure(std::current_exception());
+                    return true;
+                }
             }
-            window->getBar().tellFailure(std::current_exception());
-            return true;
+            throw;
         }
     }
 };
@@ -47,53 +63,86 @@ void tellToolkitMessage(QtMsgType type, QMessageLogContext const&, QString const
     }
 }
 
-void openFile(EditorWindow& window, QString const& file)
+int signalPipe[2] = {-1, -1};
+
+/// Asked to end, the editor ends in order and keeps what is unsaved for the next start.
+void endOnSignals(EditorWindow& window)
 {
-    if (file.endsWith(".json", Qt::CaseInsensitive)) {
-        window.openProject(file.toStdString());
-    } else {
-        window.openPicture(file.toStdString());
+    if (::pipe2(signalPipe, O_CLOEXEC | O_NONBLOCK) != 0) {
+        return; // what is unsaved is set aside all the same, a second later at most
     }
+    auto* const notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, &window);
+    QObject::connect(notifier, &QSocketNotifier::activated, &window, [&window] {
+        unsigned char number = 0;
+        if (::read(signalPipe[0], &number, 1) == 1) {
+            window.endNow(static_cast<int>(ExitStatus::SignalReceived) + number);
+        }
+    });
+    struct sigaction action {};
+    action.sa_handler = [](int number) {
+        int const before = errno;
+        auto const byte = static_cast<unsigned char>(number);
+        [[maybe_unused]] ssize_t const written = ::write(signalPipe[1], &byte, 1);
+        errno = before;
+    };
+    for (int const number : {SIGINT, SIGTERM, SIGHUP}) {
+        ::sigaction(number, &action, nullptr);
+    }
+}
+
+void saveScreenshot(EditorWindow& window, std::filesystem::path const& file)
+{
+    errno = 0;
+    bool const isSaved = window.grab().save(QString::fromStdString(file.string()), "PNG");
+    QApplication::exit(isSaved ? 0
+                               : fail({static_cast<int>(ExitStatus::Surroundings),
+                                       "cannot write the screenshot " + quote(file.string()) +
+                                           ": " + describeSystemError(errno)}));
+}
+
+int run(CommandLine const& line, QApplication const& application)
+{
+    EditorWindow window;
+    if (line.size.has_value()) {
+        window.resize(line.size->width, line.size->height);
+    }
+    if (line.screenshot.empty()) {
+        endOnSignals(window);
+        window.goOn();
+    }
+    window.getFiles().openFiles(line.files);
+    window.show();
+    if (!line.screenshot.empty()) { // the same for everybody
+        auto const save = [&] { saveScreenshot(window, line.screenshot); };
+        if (window.isReading()) {
+            QObject::connect(&window, &EditorWindow::settled, &window, save);
+        } else {
+            QTimer::singleShot(0, &window, save);
+        }
+    }
+    return application.exec();
 }
 
 } // namespace
 
 int main(int nbArguments, char** arguments)
 {
-    qInstallMessageHandler(&tellToolkitMessage);
-    Application application(nbArguments, arguments);
-    QApplication::setApplicationName("remapcolor-editor");
-    QApplication::setApplicationVersion(REMAPCOLOR_VERSION);
-    QApplication::setCursorFlashTime(0); // nothing runs when nothing changes
-    Theme::apply(application);
-    QCommandLineParser parser;
-    parser.setApplicationDescription("Remaps the colours of a picture by curves.");
-    parser.addHelpOption();
-    parser.addVersionOption();
-    parser.addPositionalArgument("FILE", "A picture, a project (.json), or one of each",
-                                 "[FILE...]");
-    QCommandLineOption const shot("screenshot", "Save the window as PNG when it is shown, and end.",
-                                  "FILE.png");
-    parser.addOption(shot);
-    parser.process(application);
     try {
-        EditorWindow window;
-        if (parser.isSet(shot)) { // the same for everybody
-            QObject::connect(&window, &EditorWindow::settled, &window, [&] {
-                bool const isSaved = window.grab().save(parser.value(shot));
-                QApplication::exit(isSaved ? 0 : 1);
-            });
-        } else {
-            window.restoreLayout();
+        CommandLine const line = parseCommandLine({arguments + 1, arguments + nbArguments});
+        if (line.isHelpWanted || line.isVersionWanted) {
+            std::fputs(line.isHelpWanted ? commandLineHelp
+                                         : "remapcolor-editor " REMAPCOLOR_VERSION "\n",
+                       stdout);
+            return std::fflush(stdout) == 0 ? 0 : static_cast<int>(ExitStatus::Surroundings);
         }
-        for (QString const& file : parser.positionalArguments()) {
-            openFile(window, file);
-        }
-        window.show();
-        return QApplication::exec();
+        qInstallMessageHandler(&tellToolkitMessage);
+        int nbNames = 1;
+        Application application(nbNames, arguments);
+        QApplication::setApplicationName("remapcolor-editor");
+        QApplication::setCursorFlashTime(0); // nothing runs when nothing changes
+        Theme::apply(application);
+        return run(line, application);
     } catch (...) {
-        Failure const failure = describeCurrentFailure();
-        std::fprintf(stderr, "remapcolor-editor: %s\n", failure.text.c_str());
-        return failure.status;
+        return fail(describeCurrentFailure());
     }
 }

@@ -26,18 +26,35 @@ std::string describeWriting(std::filesystem::path const& file, std::string const
     return "cannot write the " + kind + " " + nameOutput(file);
 }
 
+std::string describeUse(std::filesystem::path const& file)
+{
+    return "cannot use the project " + std::string(isStandardStream(file) ? "from " : "") +
+           nameInput(file);
+}
+
 } // namespace
 
 NodeValues loadProject(std::filesystem::path const& file, HostNode const& pattern)
 {
-    std::string const action = "cannot use the project " +
-                               std::string(isStandardStream(file) ? "from " : "") + nameInput(file);
+    return readProjectText(file, loadProjectText(file), pattern);
+}
+
+NodeValues readProjectText(std::filesystem::path const& file, std::string const& text,
+                           HostNode const& pattern)
+{
     try {
-        return readProject(loadTextFile(file), pattern);
+        return readProject(text, pattern);
     } catch (ProjectError const& error) {
-        throw UsageError(action + ": " + error.what());
+        throw UsageError(describeUse(file) + ": " + error.what());
+    }
+}
+
+std::string loadProjectText(std::filesystem::path const& file)
+{
+    try {
+        return loadTextFile(file);
     } catch (FileError const& error) {
-        throwFileFailure(action, error);
+        throwFileFailure(describeUse(file), error);
     }
 }
 

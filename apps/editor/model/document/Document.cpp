@@ -4,10 +4,14 @@
 #include "runtime/values/Keyframes.h"
 #include "session/ProjectFiles.h"
 
+#include <limits>
 #include <type_traits>
 #include <utility>
 
 namespace {
+
+/// What no step of the history is.
+constexpr auto noStep = std::numeric_limits<std::uint64_t>::max();
 
 /// The state with `number` at `time`.
 struct WithNumber {
@@ -50,7 +54,10 @@ struct NumberAt {
 
 } // namespace
 
-Document::Document() : link(session.linkController()) {}
+Document::Document() : link(session.linkController())
+{
+    getHistory().addHistoryHandler(&historyChanged);
+}
 
 HostGraph& Document::graph() const
 {
@@ -59,25 +66,86 @@ HostGraph& Document::graph() const
 
 bool Document::isModified() const
 {
-    return getHistory().getHistoryState().lastStep != savedStep;
+    return getHistory().getHistoryState().lastStep != binding.savedStep;
 }
 
 void Document::openProject(std::filesystem::path const& file)
 {
-    NodeValues const values = loadProject(file, getNode());
-    {
-        PiUndoGuard const step(graph().getCommandStack(), "Open project", {});
-        getNode().load(values);
-    }
-    projectFile = file;
-    savedStep = getHistory().getHistoryState().lastStep;
+    std::string text = loadProjectText(file);
+    NodeValues const values = readProjectText(file, text, getNode());
+    replaceAll("Open project", values, ProjectFile(file, std::move(text)), true);
 }
 
-void Document::saveProject(std::filesystem::path const& file)
+void Document::beginProject()
 {
-    ::saveProject(file, getNode());
-    projectFile = file;
-    savedStep = getHistory().getHistoryState().lastStep;
+    replaceAll("New project", {}, ProjectFile(), true);
+}
+
+void Document::recoverProject(std::string const& text, std::filesystem::path const& file,
+                              std::string const& knownText)
+{
+    NodeValues const values = readProjectText(file, text, getNode());
+    replaceAll("Recover work", values, ProjectFile(file, knownText), false);
+}
+
+void Document::replaceAll(std::string const& label, NodeValues const& values, ProjectFile file,
+                          bool isSaved)
+{
+    endDrag();
+    std::uint64_t const stepBefore = getHistory().getHistoryState().lastStep;
+    {
+        PiUndoGuard const step(graph().getCommandStack(), label, {});
+        getNode().load(values);
+    }
+    std::uint64_t const step = getHistory().getHistoryState().lastStep;
+    Binding const next{std::make_shared<ProjectFile>(std::move(file)), isSaved ? step : noStep};
+    if (step != stepBefore) { // the values were others
+        openings.push_back({step, binding, next});
+        nbOpened = openings.size();
+    }
+    bind(next);
+}
+
+void Document::saveProject(std::filesystem::path const& file, Overwrite what)
+{
+    std::error_code ignored; // what is not there yet is no other file's equal
+    bool const isOwn = file == getProjectFile().getPath() ||
+                       std::filesystem::equivalent(file, getProjectFile().getPath(), ignored);
+    auto const target =
+        isOwn ? binding.file : std::make_shared<ProjectFile>(ProjectFile::makeTarget(file));
+    target->save(getNode(), what);
+    bind({target, getHistory().getHistoryState().lastStep});
+}
+
+void Document::bind(Binding const& next)
+{
+    if (next.file != binding.file) {
+        binding.file->leave();
+        next.file->hold();
+    }
+    binding = next;
+    wasModified = isModified();
+    fileHandlers.call(std::as_const(*binding.file));
+}
+
+/// An opening that is undone or redone leads to the file before or after it.
+void Document::followHistory(HistoryState const& state)
+{
+    while (nbOpened > 0 && openings[nbOpened - 1].step > state.lastStep) {
+        Opening& undone = openings[--nbOpened];
+        undone.after = binding;
+        bind(undone.before);
+    }
+    if (nbOpened < openings.size() && openings[nbOpened].step == state.lastStep) {
+        Opening& redone = openings[nbOpened++];
+        redone.before = binding;
+        bind(redone.after);
+    } else if (nbOpened < openings.size() && openings[nbOpened].step < state.lastStep) {
+        openings.resize(nbOpened); // something else was done instead
+    }
+    if (wasModified != isModified()) {
+        bind(binding);
+    }
 }
 
 void Document::edit(std::string const& label, NodeValues const& states)

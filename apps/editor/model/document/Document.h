@@ -1,7 +1,9 @@
 #pragma once
 
 #include "callbacks/CbDispatcher.h"
+#include "callbacks/CbFunction.h"
 #include "controllerLink/ControllerLink.h"
+#include "editor/model/document/ProjectFile.h"
 #include "session/ToolSession.h"
 
 #include <array>
@@ -22,16 +24,30 @@ public:
     HostCommandStack& getHistory() const { return graph().getHistory(); }
     ControllerLink& getLink() const { return *link; }
 
-    /// Empty for a project that has no file yet.
-    std::filesystem::path const& getProjectFile() const { return projectFile; }
+    /// With an empty path for a project that has no file yet.
+    ProjectFile& getProjectFile() const { return *binding.file; }
     bool isModified() const;
 
-    /// Replaces all values, as one step of the history. Throws UsageError and SurroundingsError,
-    /// having changed nothing.
+    /// Replaces all values, as one step of the history: undone, it leads back to the project that
+    /// was open before, its file included. Throws UsageError and SurroundingsError, having changed
+    /// nothing.
     void openProject(std::filesystem::path const& file);
 
-    /// Throws UsageError and SurroundingsError; the file is then as it was.
-    void saveProject(std::filesystem::path const& file);
+    /// The same with all values at their defaults, and no file.
+    void beginProject();
+
+    /// The same with what was set aside: text of a project that is not saved yet, and the file that
+    /// it belongs to as it was known then. Throws UsageError.
+    void recoverProject(std::string const& text, std::filesystem::path const& file,
+                        std::string const& knownText);
+
+    /// To its own file, or to another one, which is its own from then on. Throws UsageError,
+    /// SurroundingsError and SaveConflict (see ProjectFile::save).
+    void saveProject(std::filesystem::path const& file, Overwrite what = Overwrite::OwnOnly);
+
+    /// Told when the project has another file, was saved, or is as saved no more or again.
+    /// Subscribes until the handler leaves or dies, or the document goes.
+    void addFileHandler(CbHandler<ProjectFile const>* handler) { fileHandlers.addHandler(handler); }
 
     /// One step of the history. Throws ValueError, having changed nothing.
     void edit(std::string const& label, NodeValues const& states);
@@ -57,13 +73,34 @@ public:
     void addTimeHandler(CbHandler<double const>* handler) { timeHandlers.addHandler(handler); }
 
 private:
+    /// The file, and the step of the history that is as in it.
+    struct Binding {
+        std::shared_ptr<ProjectFile> file;
+        std::uint64_t savedStep;
+    };
+    /// A step of the history that leads from one file to another.
+    struct Opening {
+        std::uint64_t step;
+        Binding before;
+        Binding after;
+    };
+
     HostGraph& graph() const;
+    void replaceAll(std::string const& label, NodeValues const& values, ProjectFile file,
+                    bool isSaved);
+    void bind(Binding const& next);
+    void followHistory(HistoryState const& state);
 
     ToolSession session;
     RCShdPtr<ControllerLink> link;
     std::unique_ptr<PiUndoGuard> drag;
-    std::filesystem::path projectFile;
-    std::uint64_t savedStep = 0;
+    Binding binding{std::make_shared<ProjectFile>(), 0};
+    std::vector<Opening> openings; ///< done ones first
+    std::size_t nbOpened = 0;      ///< of these are done
+    bool wasModified = false;
     double time = 0.0;
     CbDispatcher<double const> timeHandlers;
+    CbDispatcher<ProjectFile const> fileHandlers;
+    CbFunction<HistoryState const> historyChanged{
+        [this](HistoryState const& state) { followHistory(state); }};
 };

@@ -5,6 +5,8 @@
 #include "editor/view/picture/ValueText.h"
 #include "editor/view/window/EditActions.h"
 #include "editor/view/window/FileActions.h"
+#include "editor/view/window/FileNotices.h"
+#include "editor/view/window/RecoveryKeeper.h"
 #include "editor/view/window/ShortcutsPage.h"
 #include "editor/view/window/WindowLayout.h"
 #include "files/PrintableText.h"
@@ -12,11 +14,14 @@
 #include "shots/MachineLimits.h"
 
 #include <QCloseEvent>
+#include <QCoreApplication>
 #include <QDockWidget>
+#include <QDragEnterEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMetaObject>
+#include <QMimeData>
 #include <QScrollArea>
 #include <QStatusBar>
 #include <QToolBar>
@@ -39,17 +44,13 @@ EditorWindow::EditorWindow() : plate(countUsableCores())
 {
     resize(1280, 800);
     buildCentre();
-    files = new FileActions(document, plate, *bar, this);
+    buildFiles();
     edits = new EditActions(document, this);
     buildPanels();
     buildToolBar();
     buildMenus();
     buildStatusBar();
-    connect(files, &FileActions::projectChanged, this, &EditorWindow::updateTitle);
-    connect(files, &FileActions::done, this,
-            [this](QString const& sentence) { statusBar()->showMessage(sentence, sentenceTime); });
-    document.getHistory().addHistoryHandler(&historyChanged);
-    plate.addHandler(&plateChanged);
+    document.addFileHandler(&fileChanged);
     takeEventsOver();
     updateTitle();
 }
@@ -90,6 +91,17 @@ void EditorWindow::buildCentre()
     setCentralWidget(whole);
     connect(picture, &PicturePanel::settled, this, &EditorWindow::settled);
     connect(picture, &PicturePanel::failed, bar, &MessageBar::tellFailure);
+}
+
+void EditorWindow::buildFiles()
+{
+    setAcceptDrops(true);
+    files = new FileActions(document, plate, *bar, this);
+    notices = new FileNotices(document, plate, *files, *bar, this);
+    recovery = new RecoveryKeeper(document, plate, *files, *bar, this);
+    connect(files, &FileActions::pictureAwaited, notices, &FileNotices::await);
+    connect(files, &FileActions::done, this,
+            [this](QString const& sentence) { statusBar()->showMessage(sentence, sentenceTime); });
 }
 
 void EditorWindow::buildPanels()
@@ -200,9 +212,17 @@ void EditorWindow::saveProject(std::filesystem::path const& file)
     files->saveProject(file);
 }
 
-void EditorWindow::restoreLayout()
+void EditorWindow::goOn()
 {
     layout->restore();
+    recovery->offerLeft();
+}
+
+void EditorWindow::endNow(int status)
+{
+    recovery->keepNow();
+    layout->save();
+    QCoreApplication::exit(status);
 }
 
 void EditorWindow::closeEvent(QCloseEvent* event)
@@ -211,15 +231,36 @@ void EditorWindow::closeEvent(QCloseEvent* event)
     event->setAccepted(mayClose);
     if (mayClose) {
         layout->save();
+        recovery->end();
     }
+}
+
+void EditorWindow::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::ActivationChange && isActiveWindow()) {
+        notices->look();
+    }
+    QMainWindow::changeEvent(event);
+}
+
+void EditorWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (event->mimeData()->hasUrls()) {
+        event->acceptProposedAction();
+    }
+}
+
+void EditorWindow::dropEvent(QDropEvent* event)
+{
+    event->acceptProposedAction();
+    files->openDropped(*event->mimeData());
 }
 
 void EditorWindow::updateTitle()
 {
+    auto const& file = document.getProjectFile().getPath();
     QString const project =
-        document.getProjectFile().empty()
-            ? tr("New project")
-            : QString::fromStdString(document.getProjectFile().filename().string());
+        file.empty() ? tr("New project") : QString::fromStdString(file.filename().string());
     setWindowTitle(project + "[*] — Remap Color");
     setWindowModified(document.isModified());
 }

@@ -13,7 +13,9 @@
 
 class EditActions;
 class FileActions;
+class FileNotices;
 class QDockWidget;
+class RecoveryKeeper;
 class WindowLayout;
 
 /// The editor: picture, curves and parameters of one node, put together. What goes wrong is said in
@@ -26,12 +28,20 @@ public:
     EditorWindow();
     ~EditorWindow() noexcept override;
 
+    // As of the files.
     void openPicture(std::filesystem::path const& file);
     void openProject(std::filesystem::path const& file);
     void saveProject(std::filesystem::path const& file);
 
-    /// Size, place and panels as the user had them.
-    void restoreLayout();
+    FileActions& getFiles() { return *files; }
+
+    /// Size, place and panels as the user had them; what an earlier run left is offered.
+    void goOn();
+
+    /// Ends the program without asking; what is unsaved is offered at the next start.
+    void endNow(int status);
+
+    bool isReading() const { return plate.isReading(); }
 
     Document& getDocument() { return document; }
     PicturePanel& getPicturePanel() { return *picture; }
@@ -47,10 +57,14 @@ signals:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     void takeEventsOver();
     void buildCentre();
+    void buildFiles();
     void buildPanels();
     QDockWidget* makePanel(QString const& title, QString const& name, QWidget* panel);
     void buildMenus();
@@ -68,13 +82,10 @@ private:
     ParameterPanel* parameters = nullptr;
     CurvePanel* curvePanel = nullptr;
     FileActions* files = nullptr;
+    FileNotices* notices = nullptr;
+    RecoveryKeeper* recovery = nullptr;
     EditActions* edits = nullptr;
     WindowLayout* layout = nullptr;
 
-    CbFunction<HistoryState const> historyChanged{[this](HistoryState const&) { updateTitle(); }};
-    CbFunction<PlateNotice const> plateChanged{[this](PlateNotice const& notice) {
-        if (!notice.failure) {
-            bar->hide();
-        }
-    }};
+    CbFunction<ProjectFile const> fileChanged{[this](ProjectFile const&) { updateTitle(); }};
 };

@@ -1,36 +1,41 @@
 #include "editor/view/window/MessageBar.h"
 
+#include "editor/view/window/MessageRow.h"
 #include "editor/view/window/Theme.h"
 #include "runtime/engine/RenderPool.h"
 #include "session/Failures.h"
 
-#include <QHBoxLayout>
-#include <QLabel>
-#include <QToolButton>
+#include <QVBoxLayout>
+#include <algorithm>
 
-MessageBar::MessageBar(QWidget* parent) : QWidget(parent), message(new QLabel(this))
+MessageBar::MessageBar(QWidget* parent) : QWidget(parent)
 {
-    auto* const layout = new QHBoxLayout(this);
-    layout->setContentsMargins(10, 4, 6, 4);
-    message->setWordWrap(true);
-    message->setTextFormat(Qt::PlainText);
-    QPalette palette = message->palette();
-    palette.setColor(QPalette::WindowText, Theme::failure);
-    message->setPalette(palette);
-    auto* const close = new QToolButton(this);
-    close->setText(QString::fromUtf8("×"));
-    close->setAutoRaise(true);
-    close->setAccessibleName(tr("Close the message"));
-    connect(close, &QToolButton::clicked, this, &QWidget::hide);
-    layout->addWidget(message, 1);
-    layout->addWidget(close);
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(1);
+    for (MessageRow*& row : rows) {
+        row = new MessageRow(this);
+        column->addWidget(row);
+        connect(row, &MessageRow::closed, this, &MessageBar::showRows);
+    }
     hide();
+}
+
+MessageRow& MessageBar::getRow(Subject subject) const
+{
+    return *rows[static_cast<std::size_t>(subject)];
+}
+
+void MessageBar::showRows()
+{
+    setVisible(std::any_of(rows.begin(), rows.end(),
+                           [](MessageRow const* row) { return !row->getText().isEmpty(); }));
 }
 
 void MessageBar::tell(QString const& sentence)
 {
-    message->setText(sentence);
-    show();
+    getRow(Subject::Failure).show(sentence, Theme::failure, {});
+    showRows();
 }
 
 void MessageBar::tellFailure(std::exception_ptr const& failure)
@@ -43,7 +48,24 @@ void MessageBar::tellFailure(std::exception_ptr const& failure)
     }
 }
 
-QString MessageBar::getText() const
+void MessageBar::offer(Subject subject, QString const& sentence, std::vector<Choice> choices)
 {
-    return isHidden() ? QString() : message->text();
+    getRow(subject).show(sentence, Theme::text, std::move(choices));
+    showRows();
+}
+
+void MessageBar::dismiss(Subject subject)
+{
+    getRow(subject).clear();
+    showRows();
+}
+
+QString MessageBar::getText(Subject subject) const
+{
+    return getRow(subject).getText();
+}
+
+void MessageBar::choose(Subject subject, int choice)
+{
+    getRow(subject).choose(choice);
 }

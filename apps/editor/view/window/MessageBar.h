@@ -1,25 +1,50 @@
 #pragma once
 
 #include <QWidget>
+#include <array>
 #include <exception>
+#include <functional>
+#include <vector>
 
-class QLabel;
+class MessageRow;
 
-/// One sentence about what went wrong, until it is closed or something goes well.
+/// What the user is told and offered above the picture, a row a subject: what went wrong, until it
+/// is closed or something goes well; what can be chosen, until it is. Nothing waits for an answer.
 class MessageBar : public QWidget {
     Q_OBJECT
 
 public:
+    enum class Subject { Recovery, RecoveryFailure, Save, Project, Picture, Failure };
+    struct Choice {
+        QString text;
+        std::function<void()> chosen;
+    };
+
     explicit MessageBar(QWidget* parent = nullptr);
 
+    /// One sentence about what went wrong.
     void tell(QString const& sentence);
 
     /// The failure as people see it; nothing for a render that was cancelled.
     void tellFailure(std::exception_ptr const& failure);
 
-    /// What it says; empty for nothing.
-    QString getText() const;
+    /// One sentence and what can be done; whatever is chosen, the row goes first. A row that is
+    /// closed is not chosen from.
+    void offer(Subject subject, QString const& sentence, std::vector<Choice> choices);
+
+    void dismiss(Subject subject);
+
+    /// What it says of a subject; empty for nothing.
+    QString getText(Subject subject = Subject::Failure) const;
+
+    /// As if the user had chosen it.
+    void choose(Subject subject, int choice);
 
 private:
-    QLabel* message;
+    static constexpr std::size_t nbSubjects = 6;
+
+    MessageRow& getRow(Subject subject) const;
+    void showRows();
+
+    std::array<MessageRow*, nbSubjects> rows{};
 };

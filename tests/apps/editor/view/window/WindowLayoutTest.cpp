@@ -20,7 +20,7 @@ QDockWidget& findPanel(EditorWindow& window, char const* name)
 std::unique_ptr<EditorWindow> openWindow()
 {
     auto window = std::make_unique<EditorWindow>();
-    window->restoreLayout();
+    window->goOn();
     window->show();
     return window;
 }
