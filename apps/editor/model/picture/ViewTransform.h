@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <string>
 #include <vector>
 
 /// What turns results into what a display shows, in a colour management of its own. Any thread,
@@ -13,6 +14,9 @@ class DisplayProcessor {
 public:
     virtual ~DisplayProcessor() = default;
     virtual void apply(std::span<CoRgbaColorTyped<float>> row) const = 0;
+
+    /// What a user knows it by.
+    virtual std::string const& getName() const = 0;
 };
 
 /// How results are shown. It never enters a result; the neutral one is the result in 8 bit.

@@ -4,7 +4,6 @@
 
 #include <QMenu>
 #include <QToolBar>
-#include <QToolButton>
 
 using Compare = PictureWidget::Compare;
 
@@ -38,12 +37,8 @@ void CompareControls::choose(Compare way, bool isOn)
 
 void CompareControls::addTo(QToolBar& tools)
 {
-    auto* const button = new QToolButton(&tools);
-    button->setText(tr("Compare"));
-    button->setToolTip(tr("Compare source and result; hold S for the source alone"));
-    button->setPopupMode(QToolButton::InstantPopup);
-    auto* const menu = new QMenu(button);
+    auto* const menu = new QMenu(&tools);
     menu->addActions(actions);
-    button->setMenu(menu);
-    tools.addWidget(button);
+    addMenuButton(tools, tr("Compare"),
+                  tr("Compare source and result; hold S for the source alone"), menu);
 }

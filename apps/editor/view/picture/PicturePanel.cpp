@@ -3,12 +3,37 @@
 #include "editor/view/picture/ValueText.h"
 
 #include <QVBoxLayout>
+#include <cmath>
 
 namespace {
 
 QString formatWindow(GeRectangle<int> const& window)
 {
     return QString::fromUtf8("%1 × %2").arg(window.getWidth()).arg(window.getHeight());
+}
+
+/// What makes it differ from the neutral one.
+QString describe(ViewTransform const& transform)
+{
+    QStringList parts;
+    if (transform.processor != nullptr) {
+        parts << QString::fromStdString(transform.processor->getName());
+    } else if (transform.isSrgb) {
+        parts << "sRGB";
+    }
+    if (transform.exposure != 0.0) {
+        parts << PicturePanel::tr("%1%2 stops")
+                     .arg(transform.exposure > 0.0 ? "+" : QString::fromUtf8("\u2212"))
+                     .arg(std::fabs(transform.exposure));
+    }
+    switch (transform.channels) {
+    case ViewTransform::Rgb: break;
+    case ViewTransform::Red: parts << PicturePanel::tr("red"); break;
+    case ViewTransform::Green: parts << PicturePanel::tr("green"); break;
+    case ViewTransform::Blue: parts << PicturePanel::tr("blue"); break;
+    case ViewTransform::Alpha: parts << PicturePanel::tr("alpha"); break;
+    }
+    return parts.join(", ");
 }
 
 } // namespace
@@ -85,12 +110,11 @@ void PicturePanel::showView()
 QString PicturePanel::describeView() const
 {
     double const percent = picture->getZoom() * 100.0;
-    bool const isNeutral = transform == ViewTransform();
     QStringList const parts{QString::fromStdString(plate.getFile().filename().string()),
                             formatWindow(plate.getPicture()->info.dataWindow),
                             QString::number(percent, 'g', percent < 100.0 ? 3 : 4) + " %",
-                            isNeutral ? tr("neutral view")
-                                      : tr("view: adjusted, the result is not")};
+                            transform == ViewTransform() ? tr("neutral view")
+                                                         : tr("view: ") + describe(transform)};
     return parts.join("   ");
 }
 

@@ -1,10 +1,12 @@
 #include "editor/view/picture/ViewControls.h"
 
+#include "editor/view/picture/DisplayMenu.h"
 #include "editor/view/picture/PicturePanel.h"
 #include "editor/view/window/Actions.h"
 
 #include <QActionGroup>
 #include <QDoubleSpinBox>
+#include <QMenu>
 #include <QToolBar>
 
 namespace {
@@ -93,16 +95,46 @@ void ViewControls::addDisplay()
                        tr("Show linear values by the sRGB curve; the view only"),
                        {},
                        tr("sRGB")},
-                      [this](bool) { takeView(); });
-    actions << srgb
-            << makeAction(&panel,
+                      [this](bool isOn) {
+                          if (isOn && displays != nullptr) {
+                              displays->clear();
+                          }
+                          takeView();
+                      });
+    actions << srgb;
+    if (QString const file = qEnvironmentVariable("OCIO"); !file.isEmpty()) {
+        addDisplays(file.toStdString());
+    }
+    actions << makeAction(&panel,
                           {tr("&Neutral view"), tr("Show the result as it is, without exposure")},
-                          [this] {
-                              srgb->setChecked(false);
-                              channelGroup->actions().first()->setChecked(true);
-                              exposure->setValue(0.0);
-                              takeView();
-                          });
+                          [this] { showNeutral(); });
+}
+
+/// Read when there is a first picture, which does not wait for it.
+void ViewControls::addDisplays(std::string const& configFile)
+{
+    displays = new DisplayMenu(configFile, &panel);
+    actions << displays->getMenu().menuAction();
+    connect(displays, &DisplayMenu::failed, &panel, &PicturePanel::failed);
+    connect(displays, &DisplayMenu::chosen, this, [this](auto const& chosen) {
+        processor = chosen;
+        if (processor != nullptr) {
+            srgb->setChecked(false);
+        }
+        takeView();
+    });
+    connect(&panel, &PicturePanel::settled, displays, &DisplayMenu::read, Qt::SingleShotConnection);
+}
+
+void ViewControls::showNeutral()
+{
+    srgb->setChecked(false);
+    channelGroup->actions().first()->setChecked(true);
+    exposure->setValue(0.0);
+    if (displays != nullptr) {
+        displays->clear();
+    }
+    takeView();
 }
 
 void ViewControls::addTo(QToolBar& tools)
@@ -114,11 +146,15 @@ void ViewControls::addTo(QToolBar& tools)
     tools.addSeparator();
     tools.addWidget(exposure)->setVisible(true);
     tools.addAction(srgb);
+    if (displays != nullptr) {
+        addMenuButton(tools, tr("Display"), tr("Show by a display and view of OpenColorIO"),
+                      &displays->getMenu());
+    }
 }
 
 void ViewControls::takeView()
 {
     auto const channels = channelGroup->checkedAction()->data().toInt();
     panel.setTransform({static_cast<ViewTransform::Channels>(channels), exposure->value(),
-                        srgb->isChecked(), nullptr});
+                        srgb->isChecked(), processor});
 }

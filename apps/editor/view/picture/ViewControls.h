@@ -5,14 +5,17 @@
 #include <QAction>
 #include <QList>
 #include <QObject>
+#include <memory>
+#include <string>
 
+class DisplayMenu;
 class PicturePanel;
 class QActionGroup;
 class QDoubleSpinBox;
 class QToolBar;
 
-/// How the picture is looked at, as menu and toolbar offer it: size, channels, and the exposure and
-/// curve of the view. Keys count in the picture.
+/// How the picture is looked at, as menu and toolbar offer it: size, channels, exposure, and the
+/// curve or display of the view. Keys count in the picture.
 class ViewControls : public QObject {
     Q_OBJECT
 
@@ -28,6 +31,8 @@ private:
     void addSizes();
     void addChannels();
     void addDisplay();
+    void addDisplays(std::string const& configFile);
+    void showNeutral();
     void chooseChannels(ViewTransform::Channels channels);
     void takeView();
 
@@ -38,4 +43,6 @@ private:
     QAction* fit = nullptr;
     QAction* pixels = nullptr;
     QAction* srgb = nullptr;
+    DisplayMenu* displays = nullptr; ///< where OCIO names a configuration
+    std::shared_ptr<DisplayProcessor const> processor;
 };

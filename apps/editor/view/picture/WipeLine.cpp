@@ -17,7 +17,7 @@ namespace {
 constexpr double toKnob = 64.0; // widget pixels from the middle
 constexpr double middleRadius = 7.0;
 constexpr double knobRadius = 5.0;
-constexpr double gripReach = 11.0; // how near the cursor is on a grip
+constexpr double wipeReach = 11.0; // how near the cursor is on a grip
 constexpr double lineReach = 5.0;
 constexpr double beyond = 1e5; // as far as any pane reaches
 constexpr double movePerKey = 10.0;
@@ -131,10 +131,10 @@ std::optional<WipeLine::Grip> WipeLine::findGrip(QPointF const& place) const
     QPointF const way = place - getMiddle();
     double const along = std::fabs(QPointF::dotProduct(way, getAlong()));
     double const across = std::fabs(QPointF::dotProduct(way, getAcross()));
-    if (std::hypot(along, across) <= gripReach) {
+    if (std::hypot(along, across) <= wipeReach) {
         return Grip::Middle;
     }
-    if (std::hypot(along - toKnob, across) <= gripReach) {
+    if (std::hypot(along - toKnob, across) <= wipeReach) {
         return Grip::Knob;
     }
     return across <= lineReach ? std::optional(Grip::Line) : std::nullopt;

@@ -1,6 +1,7 @@
 #include "editor/view/window/Actions.h"
 
-#include <QWidget>
+#include <QToolBar>
+#include <QToolButton>
 
 namespace {
 
@@ -47,4 +48,14 @@ void setHelp(QAction& action, QString const& help)
 {
     QString const key = action.shortcut().toString(QKeySequence::NativeText);
     action.setToolTip(key.isEmpty() ? help : help + " (" + key + ")");
+}
+
+void addMenuButton(QToolBar& tools, QString const& text, QString const& help, QMenu* menu)
+{
+    auto* const button = new QToolButton(&tools);
+    button->setText(text);
+    button->setToolTip(help);
+    button->setPopupMode(QToolButton::InstantPopup);
+    button->setMenu(menu);
+    tools.addWidget(button);
 }

@@ -7,6 +7,9 @@
 #include <functional>
 #include <vector>
 
+class QMenu;
+class QToolBar;
+
 /// What a program's action is called, does and answers to.
 struct ActionText {
     QString text;               ///< in menus; the toolbar shows it too unless there is `name`
@@ -25,6 +28,9 @@ QAction* makeSwitch(QWidget* parent, ActionText const& text, std::function<void(
                     Qt::ShortcutContext context = Qt::WindowShortcut);
 
 QAction* makeSeparator(QWidget* parent);
+
+/// A button of a toolbar that opens a menu.
+void addMenuButton(QToolBar& tools, QString const& text, QString const& help, QMenu* menu);
 
 /// The tool tip of an action whose help has changed.
 void setHelp(QAction& action, QString const& help);

@@ -2,7 +2,7 @@
 
 #include "editor/model/picture/Picks.h"
 
-#include "base/EvEventManager.h"
+#include "apps/editor/UserEvents.h"
 #include "support/MediaSupport.h"
 
 #include <cmath>
@@ -12,7 +12,6 @@ namespace {
 
 constexpr int width = 36;
 constexpr int height = 52;
-constexpr std::chrono::seconds longestWait{30}; // no measure of speed
 
 class PicksTest : public MediaTest {
 protected:
@@ -34,15 +33,6 @@ protected:
 
     ~PicksTest() noexcept override = default;
 
-    void waitUntil(auto const& isReached)
-    {
-        auto const end = std::chrono::steady_clock::now() + longestWait;
-        while (!isReached()) {
-            ASSERT_LT(std::chrono::steady_clock::now(), end);
-            EvEventManager::getInstance().waitForEvents(std::chrono::milliseconds(100));
-            EvEventManager::getInstance().processEvents();
-        }
-    }
     void waitForOut(int number)
     {
         waitUntil([&] { return picks.find(number)->out.has_value(); });

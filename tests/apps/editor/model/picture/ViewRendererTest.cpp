@@ -2,7 +2,7 @@
 
 #include "editor/model/picture/ViewRenderer.h"
 
-#include "base/EvEventManager.h"
+#include "apps/editor/UserEvents.h"
 #include "editor/model/document/Document.h"
 #include "editor/model/picture/Plate.h"
 #include "support/MediaSupport.h"
@@ -12,7 +12,6 @@
 namespace {
 
 constexpr int size = 128;
-constexpr std::chrono::seconds longestRender{30}; // no measure of speed
 
 class ViewRendererTest : public MediaTest {
 protected:
@@ -36,15 +35,6 @@ protected:
     }
     ~ViewRendererTest() noexcept override = default;
 
-    void waitUntil(auto const& isReached)
-    {
-        auto const end = std::chrono::steady_clock::now() + longestRender;
-        while (!isReached()) {
-            ASSERT_LT(std::chrono::steady_clock::now(), end);
-            EvEventManager::getInstance().waitForEvents(std::chrono::milliseconds(100));
-            EvEventManager::getInstance().processEvents();
-        }
-    }
     void request(ViewRequest const& wanted)
     {
         isSettled = false;
