@@ -18,11 +18,6 @@ constexpr std::uint64_t numberBytes = 4; // of the numbers at a chunk's head
 constexpr std::uint64_t deepSizes = 3;   // packed counts, packed samples, samples; 8 bytes each
 constexpr std::size_t mostHeadBytes = 5 * numberBytes + deepSizes * offsetBytes;
 
-[[noreturn]] void throwDamagedBlock()
-{
-    throw Iex::InputExc("a block of pixels does not hold what the header announces");
-}
-
 [[noreturn]] void throwIncomplete(std::filesystem::path const& file)
 {
     throwReadError(ImageFailure::File, file,
@@ -53,8 +48,8 @@ std::vector<ExrChunks> ExrChunks::readAll(ExrHeaders const& headers, CheckedInpu
     measureRooms(parts, stream.getSize());
     for (ExrChunks const& part : parts) {
         part.checkRooms();
-        part.checkBlock(0, Unpacker::Own);
-        part.checkBlock(part.listByPlace().back(), Unpacker::Own);
+        part.checkBlock(0);
+        part.checkBlock(part.listByPlace().back());
     }
     return parts;
 }
@@ -153,21 +148,10 @@ std::uint64_t ExrChunks::rawBytesOf(std::uint64_t index) const
     return furtherBytesOf(channels, grid.boundsOf(index));
 }
 
-void ExrChunks::checkRows(ExrChunkGrid::Level const& level, int first, int last,
-                          Unpacker unpacker) const
+/// Returns the bytes that follow the head, which are in the file. `head` are the first bytes of the
+/// chunk.
+std::uint64_t ExrChunks::readHead(std::uint64_t index, std::span<std::byte const> head) const
 {
-    std::uint64_t const end = grid.firstInRow(level, last) + level.across;
-    for (std::uint64_t index = grid.firstInRow(level, first); index < end; ++index) {
-        checkBlock(index, unpacker);
-    }
-}
-
-/// Returns the bytes that follow the head, which are in the file.
-std::uint64_t ExrChunks::readHead(std::uint64_t index) const
-{
-    Chunk const& chunk = chunks[index];
-    std::array<std::byte, mostHeadBytes> head{};
-    stream->readAt(chunk.offset, std::span(head).first(headBytes()));
     std::byte const* next = head.data();
     auto const takeNumber = [&next] {
         auto const value = static_cast<int>(readNumber<std::uint32_t>(next));
@@ -181,7 +165,7 @@ std::uint64_t ExrChunks::readHead(std::uint64_t index) const
     if (!isOwn) {
         throw Iex::InputExc("a block of pixels lies where another one should be");
     }
-    std::uint64_t const left = chunk.room - headBytes();
+    std::uint64_t const left = chunks[index].room - headBytes();
     if (!isDeep) {
         std::uint64_t const packed = readNumber<std::uint32_t>(next);
         if (packed > left) {
@@ -197,43 +181,81 @@ std::uint64_t ExrChunks::readHead(std::uint64_t index) const
     return counts + samples;
 }
 
-/// Returns what readHead does.
-std::uint64_t ExrChunks::checkBlock(std::uint64_t index, Unpacker unpacker) const
+/// Returns what readHead does: no more than the samples of the chunk take if it has any.
+std::uint64_t ExrChunks::checkHead(std::uint64_t index, std::span<std::byte const> head) const
 {
-    std::uint64_t const packed = readHead(index);
+    std::uint64_t const packed = readHead(index, head);
+    std::uint64_t const raw = rawBytesOf(index);
     if (isDeep) {
         return packed;
     }
-    std::uint64_t const raw = rawBytesOf(index);
     if (raw == 0) {
         return packed; // rows that no sub-sampled channel has samples in
     }
     if (packed == 0 || packed > raw || raw > packed * mostExpansion(compression)) {
         throwDamagedBlock();
     }
-    if (unpacker == Unpacker::Own || isCheckedByLibrary(compression)) {
-        return packed;
-    }
-    std::vector<std::byte> bytes(packed);
-    stream->readAt(chunks[index].offset + headBytes(), bytes);
-    if (!fills(bytes, raw, compression)) {
-        throwDamagedBlock();
-    }
     return packed;
 }
 
-std::vector<std::byte> ExrChunks::readPacked(std::uint64_t index) const
+std::uint64_t ExrChunks::checkBlock(std::uint64_t index) const
 {
-    std::vector<std::byte> bytes(checkBlock(index, Unpacker::Own));
-    stream->readAt(chunks[index].offset + headBytes(), bytes);
-    return bytes;
+    std::array<std::byte, mostHeadBytes> head{};
+    stream->readAt(chunks[index].offset, std::span(head).first(headBytes()));
+    return checkHead(index, head);
+}
+
+/// What of the chunk's room it can need.
+std::uint64_t ExrChunks::usefulBytesOf(std::uint64_t index) const
+{
+    return std::min(chunks[index].room, headBytes() + rawBytesOf(index));
+}
+
+void ExrChunks::readBlocks(ExrChunkGrid::Level const& level, int first, int last,
+                           PackedBlocks& blocks) const
+{
+    std::uint64_t const begin = grid.firstInRow(level, first);
+    std::vector<std::uint64_t> wanted(grid.firstInRow(level, last) + level.across - begin);
+    std::iota(wanted.begin(), wanted.end(), begin);
+    std::sort(wanted.begin(), wanted.end(), [this](std::uint64_t a, std::uint64_t b) {
+        return chunks[a].offset < chunks[b].offset;
+    });
+    for (std::size_t next = 0; next < wanted.size();) {
+        std::uint64_t const start = chunks[wanted[next]].offset;
+        std::size_t const firstOfRun = next;
+        std::uint64_t end = start;
+        while (next < wanted.size() && chunks[wanted[next]].offset == end) {
+            end += usefulBytesOf(wanted[next++]);
+        }
+        std::size_t const place = blocks.memory.size();
+        stream->readAt(start, blocks.memory.grow(end - start));
+        for (std::size_t index = firstOfRun; index < next; ++index) {
+            std::uint64_t const chunk = wanted[index];
+            std::size_t const head = place + (chunks[chunk].offset - start);
+            std::uint64_t const packed = checkHead(chunk, blocks.memory.bytes().subspan(head));
+            blocks.list.push_back({chunk, head + headBytes(), std::min(packed, rawBytesOf(chunk))});
+        }
+    }
+}
+
+void ExrChunks::checkBlocks() const
+{
+    ExrChunkGrid::Level const& level = grid.getLevels().front();
+    PackedBlocks blocks;
+    int const rows = grid.getRowsPerChunk();
+    for (int y = level.window.y0; y < level.window.y1; y += rows) {
+        blocks.clear();
+        readBlocks(level, y, y, blocks);
+        for (PackedBlock const& block : blocks.list) {
+            checkFills(blocks.bytesOf(block), rawBytesOf(block.number), compression);
+        }
+    }
 }
 
 ExrChunks::Extent ExrChunks::extentOf(std::uint64_t index) const
 {
     std::uint64_t const skipped = hasPartNumbers ? numberBytes : 0;
-    return {chunks[index].offset + skipped,
-            headBytes() - skipped + checkBlock(index, Unpacker::Own)};
+    return {chunks[index].offset + skipped, headBytes() - skipped + checkBlock(index)};
 }
 
 std::vector<std::byte> ExrChunks::readRaw(std::uint64_t index) const

@@ -3,10 +3,12 @@
 #include "media/ExrChannels.h"
 #include "media/ExrChunkGrid.h"
 #include "media/ExrHeader.h"
+#include "runtime/engine/PackedBlocks.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <span>
 #include <vector>
 
 /// Holds what a part's header announces against the chunks that the file has for it: blocks of
@@ -25,21 +27,21 @@ public:
 
     ExrChunkGrid const& getGrid() const { return grid; }
 
-    /// Who unpacks a block: our own code refuses what does not fill it.
-    enum class Unpacker { Library, Own };
+    /// Adds the packed pixels of the chunks that have the rows `first` to `last` of a level; what
+    /// lies together is read at once. No more of a chunk is read than its samples can take. Throws
+    /// Iex::InputExc for damage, ImageFileError for what is missing.
+    void readBlocks(ExrChunkGrid::Level const& level, int first, int last,
+                    PackedBlocks& blocks) const;
 
-    /// Checks the chunks that have the rows `first` to `last` of a level. Throws Iex::InputExc for
-    /// damage, ImageFileError for what is missing.
-    void checkRows(ExrChunkGrid::Level const& level, int first, int last, Unpacker unpacker) const;
-
-    /// The packed pixels of a chunk. Throws as checkRows.
-    std::vector<std::byte> readPacked(std::uint64_t chunk) const;
+    /// Whether the chunks of level 0 hold all that they announce, which the library does not look
+    /// for. Throws as readBlocks.
+    void checkBlocks() const;
 
     /// A chunk as it is in the file, but for the number of its part. Deep ones too. Throws as
-    /// checkRows.
+    /// readBlocks.
     std::vector<std::byte> readRaw(std::uint64_t chunk) const;
 
-    /// Where in the file what readRaw returns is, of each chunk. Throws as checkRows.
+    /// Where in the file what readRaw returns is, of each chunk. Throws as readBlocks.
     struct Extent {
         std::uint64_t offset = 0;
         std::uint64_t size = 0;
@@ -63,9 +65,11 @@ private:
     [[noreturn]] void throwTooShort() const;
     std::uint64_t headBytes() const;
     std::uint64_t rawBytesOf(std::uint64_t index) const;
-    std::uint64_t readHead(std::uint64_t index) const;
-    std::uint64_t checkBlock(std::uint64_t index, Unpacker unpacker) const;
     Extent extentOf(std::uint64_t index) const;
+    std::uint64_t readHead(std::uint64_t index, std::span<std::byte const> head) const;
+    std::uint64_t checkHead(std::uint64_t index, std::span<std::byte const> head) const;
+    std::uint64_t checkBlock(std::uint64_t index) const;
+    std::uint64_t usefulBytesOf(std::uint64_t index) const;
 
     CheckedInput* stream;
     std::filesystem::path file;

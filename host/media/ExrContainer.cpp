@@ -6,24 +6,11 @@
 #include <Iex.h>
 #include <ImfVersion.h>
 #include <algorithm>
-#include <array>
 #include <limits>
 
 namespace {
 
 constexpr std::size_t headNumberBytes = 4;
-
-/// The low byte first.
-template <typename Number>
-void writeNumber(Imf::OStream& stream, Number number)
-{
-    char bytes[sizeof(Number)];
-    for (char& byte : bytes) {
-        byte = static_cast<char>(number & 0xff);
-        number >>= 8;
-    }
-    stream.write(bytes, sizeof(bytes));
-}
 
 } // namespace
 
@@ -73,30 +60,38 @@ void ExrContainer::write(std::size_t part, std::uint64_t chunk, std::span<std::b
     writeBytes(bytes);
 }
 
-void ExrContainer::writeRows(std::size_t part, int firstRow, std::span<std::byte const> packed)
+/// The part's number, where the block belongs, and its size.
+std::size_t ExrContainer::getHeadBytes(std::size_t part) const
 {
-    ExrChunkGrid const& grid = parts[part].grid;
-    beginChunk(part, grid.firstInRow(grid.getLevels().front(), firstRow));
-    writeNumber(stream, static_cast<std::uint32_t>(firstRow));
-    writeNumber(stream, static_cast<std::uint32_t>(packed.size()));
-    writeBytes(packed);
+    return ((hasPartNumbers ? 1 : 0) + parts[part].grid.countCoordinates() + 1) * headNumberBytes;
 }
 
-void ExrContainer::writeAll(std::size_t part, std::span<std::byte const> chunks)
+void ExrContainer::fillHeads(std::size_t part, PackedBlocks& blocks) const
 {
-    ExrChunkGrid const& grid = parts[part].grid;
-    std::size_t const headBytes = (grid.countCoordinates() + 1) * headNumberBytes;
-    while (!chunks.empty()) {
-        std::array<int, 4> coordinates{};
-        for (std::size_t index = 0; index < grid.countCoordinates(); ++index) {
-            coordinates[index] =
-                static_cast<int>(readNumber<std::uint32_t>(&chunks[index * headNumberBytes]));
+    for (PackedBlock const& block : blocks.list) {
+        std::byte* next = &blocks.memory.bytes()[block.begin - getHeadBytes(part)];
+        auto const put = [&next](std::uint32_t number) {
+            for (std::size_t byte = 0; byte < headNumberBytes; ++byte, number >>= 8U) {
+                *next++ = static_cast<std::byte>(number); // the low byte first
+            }
+        };
+        if (hasPartNumbers) {
+            put(static_cast<std::uint32_t>(part));
         }
-        std::size_t const size =
-            headBytes + readNumber<std::uint32_t>(&chunks[headBytes - headNumberBytes]);
-        write(part, grid.findChunk(coordinates).value(), chunks.first(size));
-        chunks = chunks.subspan(size);
+        for (int const coordinate : parts[part].grid.coordinatesOf(block.number)) {
+            put(static_cast<std::uint32_t>(coordinate));
+        }
+        put(static_cast<std::uint32_t>(block.size));
     }
+}
+
+void ExrContainer::write(std::size_t part, PackedBlocks const& blocks)
+{
+    std::uint64_t const start = stream.tellp();
+    for (PackedBlock const& block : blocks.list) {
+        parts[part].offsets.at(block.number) = start + block.begin - getHeadBytes(part);
+    }
+    writeBytes(blocks.memory.bytes());
 }
 
 void ExrContainer::finish()

@@ -2,6 +2,7 @@
 
 #include "media/ExrPlan.h"
 #include "media/ExrStreams.h"
+#include "runtime/engine/PackedBlocks.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -21,11 +22,14 @@ public:
     /// number of its part.
     void write(std::size_t part, std::uint64_t chunk, std::span<std::byte const> bytes);
 
-    /// Writes a block of rows, of which `packed` are the pixels only.
-    void writeRows(std::size_t part, int firstRow, std::span<std::byte const> packed);
+    /// Bytes of a head: where a block belongs and its size.
+    std::size_t getHeadBytes(std::size_t part) const;
 
-    /// Writes what came out of one of the library's writers of single parts: whole chunks.
-    void writeAll(std::size_t part, std::span<std::byte const> chunks);
+    /// Fills in the heads of blocks, for which there is room before each.
+    void fillHeads(std::size_t part, PackedBlocks& blocks) const;
+
+    /// Writes blocks that lie one after the other, each behind its head.
+    void write(std::size_t part, PackedBlocks const& blocks);
 
     /// Fills in the tables.
     void finish();

@@ -2,12 +2,11 @@
 
 #include "media/ExrPackedSize.h"
 
+#include "media/Deflate.h"
 #include "media/ExrPizSymbols.h"
 #include "media/ExrStreams.h"
 
 #include <Iex.h>
-#include <libdeflate.h>
-#include <memory>
 #include <vector>
 
 namespace {
@@ -44,14 +43,8 @@ std::uint64_t unpackedSizeOfRuns(std::span<std::byte const> packed)
 
 bool inflatesTo(std::span<std::byte const> packed, std::size_t size)
 {
-    struct Free {
-        void operator()(libdeflate_decompressor* tool) const { libdeflate_free_decompressor(tool); }
-    };
-    std::unique_ptr<libdeflate_decompressor, Free> const tool(libdeflate_alloc_decompressor());
     std::vector<std::byte> unpacked(size);
-    return tool != nullptr &&
-           libdeflate_zlib_decompress(tool.get(), packed.data(), packed.size(), unpacked.data(),
-                                      size, nullptr) == LIBDEFLATE_SUCCESS;
+    return inflateBytes(packed, unpacked);
 }
 
 /// Whether the codes of a PIZ block stand for `raw` bytes. Before them are the range of a bitmap
@@ -108,32 +101,7 @@ bool isDwaEnough(std::span<std::byte const> packed, std::uint64_t raw)
                numberOf(UnknownRaw) + numberOf(RleRaw) + blocks * samplesPerBlock * sizeof(float);
 }
 
-} // namespace
-
-std::uint64_t mostExpansion(Imf::Compression compression)
-{
-    switch (compression) {
-    case Imf::NO_COMPRESSION: return 1;
-    case Imf::RLE_COMPRESSION: return rleExpansion;
-    case Imf::ZIPS_COMPRESSION:
-    case Imf::ZIP_COMPRESSION: return deflateExpansion;
-    case Imf::PXR24_COMPRESSION: return pxr24Expansion;
-    case Imf::PIZ_COMPRESSION: return pizExpansion;
-    case Imf::B44_COMPRESSION:
-    case Imf::B44A_COMPRESSION: return b44Expansion;
-    case Imf::DWAA_COMPRESSION:
-    case Imf::DWAB_COMPRESSION: return dwaExpansion;
-    case Imf::NUM_COMPRESSION_METHODS: break;
-    }
-    throw Iex::InputExc("unknown compression");
-}
-
-bool isCheckedByLibrary(Imf::Compression compression)
-{
-    return compression == Imf::PXR24_COMPRESSION || compression == Imf::B44_COMPRESSION ||
-           compression == Imf::B44A_COMPRESSION;
-}
-
+/// Yes where the library checks.
 bool fills(std::span<std::byte const> packed, std::uint64_t size, Imf::Compression compression)
 {
     // A block that packing would not make smaller is stored as it is.
@@ -157,4 +125,36 @@ bool fills(std::span<std::byte const> packed, std::uint64_t size, Imf::Compressi
     case Imf::NUM_COMPRESSION_METHODS: break;
     }
     return true;
+}
+
+} // namespace
+
+std::uint64_t mostExpansion(Imf::Compression compression)
+{
+    switch (compression) {
+    case Imf::NO_COMPRESSION: return 1;
+    case Imf::RLE_COMPRESSION: return rleExpansion;
+    case Imf::ZIPS_COMPRESSION:
+    case Imf::ZIP_COMPRESSION: return deflateExpansion;
+    case Imf::PXR24_COMPRESSION: return pxr24Expansion;
+    case Imf::PIZ_COMPRESSION: return pizExpansion;
+    case Imf::B44_COMPRESSION:
+    case Imf::B44A_COMPRESSION: return b44Expansion;
+    case Imf::DWAA_COMPRESSION:
+    case Imf::DWAB_COMPRESSION: return dwaExpansion;
+    case Imf::NUM_COMPRESSION_METHODS: break;
+    }
+    throw Iex::InputExc("unknown compression");
+}
+
+void throwDamagedBlock()
+{
+    throw Iex::InputExc("a block of pixels does not hold what the header announces");
+}
+
+void checkFills(std::span<std::byte const> packed, std::uint64_t size, Imf::Compression compression)
+{
+    if (size != 0 && !fills(packed, size, compression)) {
+        throwDamagedBlock();
+    }
 }

@@ -8,9 +8,11 @@
 /// The most bytes that one packed byte can become. Throws Iex::InputExc for an unknown compression.
 std::uint64_t mostExpansion(Imf::Compression compression);
 
-/// Whether the library notices that a block unpacks to less than is announced.
-bool isCheckedByLibrary(Imf::Compression compression);
+/// A block does not become what the header announces. Throws Iex::InputExc.
+[[noreturn]] void throwDamagedBlock();
 
-/// Whether such a block, which is not empty, fills `size` bytes; for DWA, whether what it says of
-/// its parts could. Where the library checks, the answer is yes. Any thread.
-bool fills(std::span<std::byte const> packed, std::uint64_t size, Imf::Compression compression);
+/// Throws so unless a block fills `size` bytes, which may be none; of DWA, unless what it says of
+/// its parts could. Says nothing where the library notices that a block unpacks to less than is
+/// announced. Any thread.
+void checkFills(std::span<std::byte const> packed, std::uint64_t size,
+                Imf::Compression compression);

@@ -5,34 +5,10 @@
 #include "media/PixelRows.h"
 
 #include <ImfFrameBuffer.h>
-#include <ImfOutputFile.h>
-#include <ImfTiledOutputFile.h>
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <half.h>
-
-/// Takes what one of the library's writers would write to a file of its own.
-class ChunkCatcher : public Imf::OStream {
-public:
-    ChunkCatcher() : Imf::OStream("part") {}
-
-    void write(char const* bytes, int count) override
-    {
-        auto const* const first = reinterpret_cast<std::byte const*>(bytes);
-        caught.insert(caught.end(), first, first + count);
-        position += static_cast<std::uint64_t>(count);
-    }
-    std::uint64_t tellp() override { return position; }
-    void seekp(std::uint64_t wanted) override { position = wanted; } // to write what is dropped
-
-    std::span<std::byte const> getCaught() const { return caught; }
-    void drop() { caught.clear(); }
-
-private:
-    std::vector<std::byte> caught;
-    std::uint64_t position = 0;
-};
 
 namespace {
 
@@ -62,30 +38,15 @@ IxTile const& tileOf(std::size_t layer, IxTile const& result, ImageStrip const& 
 
 } // namespace
 
-ExrPartWriter::ExrPartWriter(ExrPlannedPart const& plannedPart, std::size_t partNumber)
-    : part(plannedPart), number(partNumber), planes(plannedPart.colours.size())
+ExrPartWriter::ExrPartWriter(ExrPlannedPart const& plannedPart, std::size_t partNumber,
+                             ExrContainer const& file)
+    : part(plannedPart), number(partNumber), container(file), blockPacker(part.header)
 {
-    Imf::Header const& header = part.header.header;
-    bool const isCopied = std::all_of(part.colours.begin(), part.colours.end(),
-                                      [this](auto const& colour) { return isDirect(colour); });
-    if (!part.header.isTiled && isCopied && ExrZipBlocks::areIn(header)) {
-        zipBlocks.emplace(header);
-        return;
-    }
-    catcher = std::make_unique<ChunkCatcher>();
-    if (part.header.isTiled) {
-        tiles = std::make_unique<Imf::TiledOutputFile>(*catcher, header);
-    } else {
-        scanLines = std::make_unique<Imf::OutputFile>(*catcher, header);
-    }
-    catcher->drop(); // a header and an empty table
 }
 
-ExrPartWriter::~ExrPartWriter() = default;
-
-std::optional<int> ExrPartWriter::getRowsPerBlock() const
+int ExrPartWriter::getRowsPerBlock() const
 {
-    return zipBlocks ? std::optional(zipBlocks->getRowsPerBlock()) : std::nullopt;
+    return blockPacker.getRowsPerRun(blockPacker.getGrid().getLevels().front().window.getHeight());
 }
 
 bool ExrPartWriter::isDirect(ExrPlannedChannel const& channel) const
@@ -96,61 +57,24 @@ bool ExrPartWriter::isDirect(ExrPlannedChannel const& channel) const
     return !isChanged && channel.type == typeOfDepth(part.formats[channel.layer].getDepth());
 }
 
-void ExrPartWriter::pack(IxTile const& result, ImageStrip& strip) const
+void ExrPartWriter::pack(IxTile const& result, ImageStrip const& strip,
+                         ExrChunkGrid::Level const& level, PackedBlocks& blocks) const
 {
-    if (zipBlocks) {
-        strip.packed = packBlocks(result, strip);
-    }
-}
-
-std::vector<PackedBlock> ExrPartWriter::packBlocks(IxTile const& result,
-                                                   ImageStrip const& strip) const
-{
-    GeRectangle<int> const& bounds = result.getBounds();
-    Imf::FrameBuffer const frame = makeFrame(result, strip);
-    std::vector<PackedBlock> blocks;
-    for (int y = bounds.y0; y < bounds.y1; y += zipBlocks->getRowsPerBlock()) {
-        blocks.push_back({y, zipBlocks->pack(frame, y)});
-    }
-    if (part.header.header.lineOrder() == Imf::DECREASING_Y) {
-        std::reverse(blocks.begin(), blocks.end());
-    }
-    return blocks;
-}
-
-void ExrPartWriter::write(IxTile const& result, ImageStrip const& strip,
-                          ExrChunkGrid::Level const& level, ExrContainer& container)
-{
-    if (zipBlocks) {
-        std::vector<PackedBlock> packedHere;
-        if (strip.packed.empty()) {
-            packedHere = packBlocks(result, strip);
-        }
-        for (PackedBlock const& block : strip.packed.empty() ? packedHere : strip.packed) {
-            container.writeRows(number, block.firstRow, block.bytes);
-        }
-        return;
-    }
+    Planes planes(part.colours.size());
     for (std::size_t layer = 0; layer < part.formats.size(); ++layer) {
-        convert(layer, tileOf(layer, result, strip));
+        convert(layer, tileOf(layer, result, strip), planes);
     }
-    writeRows(makeFrame(result, strip), result.getBounds(), level);
-    container.writeAll(number, catcher->getCaught());
-    catcher->drop();
-}
-
-Imf::FrameBuffer ExrPartWriter::makeFrame(IxTile const& result, ImageStrip const& strip) const
-{
     Imf::FrameBuffer frame;
-    insertColour(frame, result, strip);
-    // Writing only reads from the frame, but the library has one kind of frame for both.
+    insertColour(frame, result, strip, planes);
+    // Packing only reads from the frame, but the library has one kind of frame for both.
     insertFurtherChannels(frame, part.further, result.getBounds(),
                           const_cast<std::byte*>(strip.furtherChannels.data()));
-    return frame;
+    blockPacker.pack(frame, level, result.getBounds(), container.getHeadBytes(number), blocks);
+    container.fillHeads(number, blocks);
 }
 
 /// The exact value where the three agree to the bit.
-float ExrPartWriter::luminanceOf(float const* pixel, Imath::V3f const& weights)
+float ExrPartWriter::luminanceOf(float const* pixel, Imath::V3f const& weights) const
 {
     if (std::memcmp(pixel, pixel + 1, sizeof(float)) == 0 &&
         std::memcmp(pixel, pixel + 2, sizeof(float)) == 0) {
@@ -160,7 +84,7 @@ float ExrPartWriter::luminanceOf(float const* pixel, Imath::V3f const& weights)
     return pixel[0] * weights.x + pixel[1] * weights.y + pixel[2] * weights.z;
 }
 
-void ExrPartWriter::convert(std::size_t layer, IxTile const& tile)
+void ExrPartWriter::convert(std::size_t layer, IxTile const& tile, Planes& planes) const
 {
     GeRectangle<int> const& bounds = tile.getBounds();
     IxPixelFormat const& format = part.formats[layer];
@@ -198,7 +122,7 @@ void ExrPartWriter::convert(std::size_t layer, IxTile const& tile)
 }
 
 void ExrPartWriter::insertColour(Imf::FrameBuffer& frame, IxTile const& result,
-                                 ImageStrip const& strip) const
+                                 ImageStrip const& strip, Planes& planes) const
 {
     GeRectangle<int> const& bounds = result.getBounds();
     for (std::size_t index = 0; index < part.colours.size(); ++index) {
@@ -207,7 +131,7 @@ void ExrPartWriter::insertColour(Imf::FrameBuffer& frame, IxTile const& result,
         if (isDirect(colour)) {
             IxTile const& tile = tileOf(colour.layer, result, strip);
             IxPixelFormat const& format = part.formats[colour.layer];
-            IxWriteGuard const guard(tile); // for the address only, see makeFrame
+            IxWriteGuard const guard(tile); // for the address only, see pack
             std::size_t const tileSampleBytes = static_cast<std::size_t>(format.getDepth()) / 8;
             insertSamples(frame, colour.name,
                           {colour.type,
@@ -216,24 +140,9 @@ void ExrPartWriter::insertColour(Imf::FrameBuffer& frame, IxTile const& result,
                           bounds);
         } else {
             insertSamples(frame, colour.name,
-                          {colour.type, const_cast<std::byte*>(planes[index].data()), sampleBytes,
+                          {colour.type, planes[index].data(), sampleBytes,
                            sampleBytes * static_cast<std::size_t>(bounds.getWidth())},
                           bounds);
         }
     }
-}
-
-void ExrPartWriter::writeRows(Imf::FrameBuffer const& frame, GeRectangle<int> const& bounds,
-                              ExrChunkGrid::Level const& level)
-{
-    if (scanLines != nullptr) {
-        scanLines->setFrameBuffer(frame);
-        scanLines->writePixels(bounds.getHeight());
-        return;
-    }
-    auto const tileRows = static_cast<int>(part.header.header.tileDescription().ySize);
-    int const top = level.window.y0;
-    tiles->setFrameBuffer(frame);
-    tiles->writeTiles(0, static_cast<int>(level.across) - 1, (bounds.y0 - top) / tileRows,
-                      (bounds.y1 - 1 - top) / tileRows, level.x, level.y);
 }

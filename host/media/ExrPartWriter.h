@@ -1,58 +1,46 @@
 #pragma once
 
+#include "media/ExrBlocks.h"
 #include "media/ExrContainer.h"
 #include "media/ExrPlan.h"
-#include "media/ExrZipBlocks.h"
 #include "runtime/engine/ImageSink.h"
 
 #include <ImfForward.h>
-#include <memory>
-#include <optional>
-#include <span>
+#include <atomic>
 #include <vector>
 
-class ChunkCatcher;
-
 /// Turns the strips of a part that is processed into chunks. Samples of a channel's own type are
-/// taken from the tile without a pass of their own. ZIP blocks are packed here; the library's
-/// writers of single parts pack all others, and what they would write becomes chunks.
+/// taken from the tile without a pass of their own.
 class ExrPartWriter {
 public:
-    /// `plannedPart` is the one of the number `partNumber` in the file and lives longer.
-    ExrPartWriter(ExrPlannedPart const& plannedPart, std::size_t partNumber);
-    ~ExrPartWriter();
+    /// `plannedPart` is the one of the number `partNumber` in the file; both live longer.
+    ExrPartWriter(ExrPlannedPart const& plannedPart, std::size_t partNumber,
+                  ExrContainer const& file);
 
-    /// Rows whose multiples strips should have; none where it does not matter.
-    std::optional<int> getRowsPerBlock() const;
+    /// Rows whose multiples strips have.
+    int getRowsPerBlock() const;
 
-    /// See ImageSink::packStrip. Tiles are `result` and those of further layers in the strip.
-    void pack(IxTile const& result, ImageStrip& strip) const;
-
-    /// Writes the rows of a strip of a level to the file. Strips of a level come in the part's line
-    /// order, levels in the file's.
-    void write(IxTile const& result, ImageStrip const& strip, ExrChunkGrid::Level const& level,
-               ExrContainer& container);
+    /// Packs a strip of a level. Tiles are `result` and those of further layers in the strip. Any
+    /// thread, several at once.
+    void pack(IxTile const& result, ImageStrip const& strip, ExrChunkGrid::Level const& level,
+              PackedBlocks& blocks) const;
 
     /// Whether colour came that the part has no channels for.
     bool hasLostColour() const { return isColourLost; }
 
 private:
+    /// Samples of the colours that are not direct; empty for the others.
+    using Planes = std::vector<std::vector<std::byte>>;
+
     bool isDirect(ExrPlannedChannel const& channel) const;
-    std::vector<PackedBlock> packBlocks(IxTile const& result, ImageStrip const& strip) const;
-    void convert(std::size_t layer, IxTile const& tile);
-    void insertColour(Imf::FrameBuffer& frame, IxTile const& result, ImageStrip const& strip) const;
-    Imf::FrameBuffer makeFrame(IxTile const& result, ImageStrip const& strip) const;
-    void writeRows(Imf::FrameBuffer const& frame, GeRectangle<int> const& bounds,
-                   ExrChunkGrid::Level const& level);
-    float luminanceOf(float const* pixel, Imath::V3f const& weights);
+    void convert(std::size_t layer, IxTile const& tile, Planes& planes) const;
+    void insertColour(Imf::FrameBuffer& frame, IxTile const& result, ImageStrip const& strip,
+                      Planes& planes) const;
+    float luminanceOf(float const* pixel, Imath::V3f const& weights) const;
 
     ExrPlannedPart const& part;
     std::size_t number;
-    bool isColourLost = false;
-    std::vector<std::vector<std::byte>> planes; ///< of the channels that are not direct
-    std::optional<ExrZipBlocks> zipBlocks;
-    // Without ZIP blocks, one of the last two; each ends before the first.
-    std::unique_ptr<ChunkCatcher> catcher;
-    std::unique_ptr<Imf::OutputFile> scanLines;
-    std::unique_ptr<Imf::TiledOutputFile> tiles;
+    ExrContainer const& container;
+    ExrBlocks blockPacker;
+    mutable std::atomic<bool> isColourLost = false;
 };

@@ -9,11 +9,7 @@
 
 #include <Iex.h>
 #include <ImfFrameBuffer.h>
-#include <ImfInputPart.h>
-#include <ImfMultiPartInputFile.h>
 #include <ImfStandardAttributes.h>
-#include <ImfThreading.h>
-#include <ImfTiledInputPart.h>
 #include <algorithm>
 #include <limits>
 #include <set>
@@ -147,11 +143,8 @@ void ExrReader::startSection()
 
 void ExrReader::openPixels()
 {
-    auto const part = static_cast<int>(selected().part);
     rowsMultiple = 1;
-    scanLines.reset();
-    tiles.reset();
-    zipBlocks.reset();
+    blocks.emplace(partHeader());
     lumaChroma.clear();
     for (ExrColour const& colour : colours()) {
         lumaChroma.emplace_back();
@@ -160,31 +153,17 @@ void ExrReader::openPixels()
         }
         // Its rows are read ahead of their strips.
         ExrChunks const& own = chunks[selected().part];
-        own.checkRows(levelAt(getPlace()), info.dataWindow.y0, info.dataWindow.y1 - 1,
-                      ExrChunks::Unpacker::Library);
+        own.checkBlocks();
         lumaChroma.back() = std::make_unique<LumaChromaReader>(
             std::make_unique<ExrPartInput>(path, headers, selected().part, own), colour);
-    }
-    if (library == nullptr) {
-        stream->seekg(0);
-        constexpr bool repairsTables = false; // they have been looked at
-        library = std::make_unique<Imf::MultiPartInputFile>(*stream, Imf::globalThreadCount(),
-                                                            repairsTables);
-    }
-    if (partHeader().isTiled) {
-        tiles = std::make_unique<Imf::TiledInputPart>(*library, part);
-        return;
-    }
-    scanLines = std::make_unique<Imf::InputPart>(*library, part);
-    if (ExrZipBlocks::areIn(partHeader().header)) {
-        zipBlocks.emplace(partHeader().header);
     }
 }
 
 int ExrReader::getRowsPerBlock() const
 {
     // A tile may be taller than the picture.
-    return alignRows(rowsPerBlockOf(partHeader()), rowsMultiple, info.dataWindow.getHeight());
+    int const height = info.dataWindow.getHeight();
+    return alignRows(blocks->getRowsPerRun(height), rowsMultiple, height);
 }
 
 std::size_t ExrReader::getFurtherBytesPerRow() const
@@ -273,45 +252,28 @@ void ExrReader::fetchStrip(GeRectangle<int> const& bounds, ImageStrip& strip)
         }
         strip.furtherChannels.resize(bringsFurther ? furtherBytesOf(selected().further, bounds)
                                                    : 0);
-        Imf::FrameBuffer const frame = makeFrame(strip);
-        if (zipBlocks && zipBlocks->suit(frame)) {
-            fetchBlocks(bounds, strip.packed);
-            return;
+        if (Imf::FrameBuffer const frame = makeFrame(strip); frame.begin() != frame.end()) {
+            chunks[selected().part].readBlocks(levelAt(getPlace()), bounds.y0, bounds.y1 - 1,
+                                               strip.packed);
         }
-        chunks[selected().part].checkRows(levelAt(getPlace()), bounds.y0, bounds.y1 - 1,
-                                          ExrChunks::Unpacker::Library);
-        readRows(frame, bounds);
         for (std::size_t layer = 0; layer < lumaChroma.size(); ++layer) {
             if (lumaChroma[layer] != nullptr) {
                 lumaChroma[layer]->readRows(layer == 0 ? strip.colour
                                                        : strip.furtherColour[layer - 1]);
             }
         }
-        finishColours(strip);
     } catch (...) {
         rethrowAsReadError(path, getSystemError());
     }
 }
 
-void ExrReader::fetchBlocks(GeRectangle<int> const& bounds, std::vector<PackedBlock>& blocks)
-{
-    ExrChunks const& part = chunks[selected().part];
-    int const rows = zipBlocks->getRowsPerBlock();
-    for (int y = bounds.y0; y < bounds.y1; y += rows) {
-        blocks.push_back({y, part.readPacked(part.getGrid().firstInRow(levelAt(getPlace()), y))});
-    }
-}
-
 void ExrReader::unpackStrip(ImageStrip& strip) const
 {
-    if (strip.packed.empty()) {
+    if (strip.packed.list.empty()) {
         return;
     }
     try {
-        Imf::FrameBuffer const frame = makeFrame(strip);
-        for (PackedBlock const& block : strip.packed) {
-            zipBlocks->unpack(block.bytes, block.firstRow, frame);
-        }
+        blocks->unpack(strip.packed, strip.colour.getBounds(), makeFrame(strip));
         finishColours(strip);
     } catch (...) {
         constexpr int noSystemError = 0;
@@ -362,24 +324,6 @@ void ExrReader::insertColour(Imf::FrameBuffer& frame, std::size_t layer, IxTile 
         insert(colour.alphaName,
                colour.kind == ExrColourKind::AlphaOnly ? 0 : exrColourNames.size());
     }
-}
-
-void ExrReader::readRows(Imf::FrameBuffer const& frame, GeRectangle<int> const& bounds)
-{
-    if (frame.begin() == frame.end()) {
-        return; // the luminance/chroma reader does it all
-    }
-    if (scanLines != nullptr) {
-        scanLines->setFrameBuffer(frame);
-        scanLines->readPixels(bounds.y0, bounds.y1 - 1);
-        return;
-    }
-    ExrChunkGrid::Level const& level = levelAt(getPlace());
-    int const tileRows = rowsPerBlockOf(partHeader());
-    int const top = level.window.y0;
-    tiles->setFrameBuffer(frame);
-    tiles->readTiles(0, static_cast<int>(level.across) - 1, (bounds.y0 - top) / tileRows,
-                     (bounds.y1 - 1 - top) / tileRows, level.x, level.y);
 }
 
 void ExrReader::finishColours(ImageStrip const& strip) const

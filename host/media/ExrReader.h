@@ -1,10 +1,10 @@
 #pragma once
 
+#include "media/ExrBlocks.h"
 #include "media/ExrChannels.h"
 #include "media/ExrChunks.h"
 #include "media/ExrHeader.h"
 #include "media/ExrSelection.h"
-#include "media/ExrZipBlocks.h"
 #include "media/MediaOptions.h"
 #include "media/MediaSource.h"
 
@@ -76,8 +76,6 @@ private:
     void openPixels();
     void insertColour(Imf::FrameBuffer& frame, std::size_t layer, IxTile const& tile) const;
     Imf::FrameBuffer makeFrame(ImageStrip& strip) const;
-    void fetchBlocks(GeRectangle<int> const& bounds, std::vector<PackedBlock>& blocks);
-    void readRows(Imf::FrameBuffer const& frame, GeRectangle<int> const& bounds);
     void finishColours(ImageStrip const& strip) const;
 
     std::filesystem::path path;
@@ -94,11 +92,6 @@ private:
     bool isPlain = false; ///< strips are for a file of another kind
     bool bringsFurther = true;
     int rowsMultiple = 1;
-    std::unique_ptr<Imf::MultiPartInputFile> library;
-    // One of these two.
-    std::unique_ptr<Imf::InputPart> scanLines;
-    std::unique_ptr<Imf::TiledInputPart> tiles;
+    std::optional<ExrBlocks> blocks;
     std::vector<std::unique_ptr<LumaChromaReader>> lumaChroma; ///< of each layer, or null
-    /// Set where blocks are unpacked in unpackStrip instead of by `scanLines`.
-    std::optional<ExrZipBlocks> zipBlocks;
 };

@@ -3,6 +3,7 @@
 #include "media/ExrScan.h"
 
 #include "media/ErrorText.h"
+#include "media/ExrBlocks.h"
 #include "media/ExrChannels.h"
 #include "media/ExrChunks.h"
 #include "media/ExrDescription.h"
@@ -11,19 +12,9 @@
 #include "media/SampleCounts.h"
 
 #include <ImfFrameBuffer.h>
-#include <ImfInputPart.h>
-#include <ImfMultiPartInputFile.h>
-#include <ImfThreading.h>
-#include <ImfTiledInputPart.h>
 #include <algorithm>
-#include <functional>
-#include <optional>
 
 namespace {
-
-/// Reads the rows `first` to `last` of a level into a frame.
-using ReadRows = std::function<void(Imf::FrameBuffer const& frame, ExrChunkGrid::Level const& level,
-                                    int first, int last)>;
 
 /// The parts of an open file, one after the other.
 class ExrScan {
@@ -40,10 +31,8 @@ public:
         for (std::size_t part = 0; part < headers.parts.size(); ++part) {
             if (headers.parts[part].isDeep) {
                 readPacked(chunks[part]);
-            } else if (headers.parts[part].isTiled) {
-                scanTiles(part);
             } else {
-                scanLines(part);
+                scanPart(part);
             }
         }
         return channels;
@@ -59,40 +48,8 @@ private:
         }
     }
 
-    Imf::MultiPartInputFile& openLibrary()
-    {
-        if (!library.has_value()) {
-            stream.seekg(0);
-            constexpr bool repairsTables = false; // they have been looked at
-            library.emplace(stream, Imf::globalThreadCount(), repairsTables);
-        }
-        return *library;
-    }
-
-    void scanLines(std::size_t part)
-    {
-        Imf::InputPart input(openLibrary(), static_cast<int>(part));
-        scanPart(part, [&](Imf::FrameBuffer const& frame, ExrChunkGrid::Level const&, int first,
-                           int last) {
-            input.setFrameBuffer(frame);
-            input.readPixels(first, last);
-        });
-    }
-
-    void scanTiles(std::size_t part)
-    {
-        Imf::TiledInputPart input(openLibrary(), static_cast<int>(part));
-        int const rows = chunks[part].getGrid().getRowsPerChunk();
-        scanPart(part, [&](Imf::FrameBuffer const& frame, ExrChunkGrid::Level const& level,
-                           int first, int) {
-            int const row = (first - level.window.y0) / rows;
-            input.setFrameBuffer(frame);
-            input.readTiles(0, static_cast<int>(level.across) - 1, row, row, level.x, level.y);
-        });
-    }
-
     /// All levels, as many rows at a time as are packed together.
-    void scanPart(std::size_t part, ReadRows const& readRows)
+    void scanPart(std::size_t part)
     {
         std::vector<ExrFurtherChannel> const all =
             listChannels(headers.parts[part].header.channels());
@@ -100,18 +57,20 @@ private:
         for (ExrFurtherChannel const& channel : all) {
             channels.push_back({part, channel.name});
         }
-        ExrChunkGrid const& grid = chunks[part].getGrid();
+        ExrBlocks const blocks(headers.parts[part]);
         std::vector<std::byte> samples;
-        for (ExrChunkGrid::Level const& level : grid.getLevels()) {
-            int const rows = grid.getRowsPerChunk();
+        PackedBlocks packed;
+        for (ExrChunkGrid::Level const& level : blocks.getGrid().getLevels()) {
+            int const rows = blocks.getRowsPerRun(level.window.getHeight());
             for (int first = level.window.y0; first < level.window.y1; first += rows) {
                 GeRectangle<int> const bounds{level.window.x0, first, level.window.x1,
                                               std::min(first + rows, level.window.y1)};
-                chunks[part].checkRows(level, first, bounds.y1 - 1, ExrChunks::Unpacker::Library);
+                packed.clear();
+                chunks[part].readBlocks(level, first, bounds.y1 - 1, packed);
                 samples.resize(furtherBytesOf(all, bounds));
                 Imf::FrameBuffer frame;
                 insertFurtherChannels(frame, all, bounds, samples.data());
-                readRows(frame, level, first, bounds.y1 - 1);
+                blocks.unpack(packed, bounds, frame);
                 count(all, bounds, samples, firstChannel);
             }
         }
@@ -137,7 +96,6 @@ private:
     CheckedInput stream;
     ExrHeaders headers;
     std::vector<ExrChunks> chunks;
-    std::optional<Imf::MultiPartInputFile> library;
     std::vector<ChannelScan> channels;
 };
 

@@ -21,6 +21,17 @@ Number readNumber(std::byte const* bytes)
     return number;
 }
 
+template <typename Number>
+void writeNumber(Imf::OStream& stream, Number number)
+{
+    char bytes[sizeof(Number)];
+    for (char& byte : bytes) {
+        byte = static_cast<char>(number & 0xff);
+        number >>= 8;
+    }
+    stream.write(bytes, sizeof(bytes));
+}
+
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };

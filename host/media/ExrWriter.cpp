@@ -77,10 +77,9 @@ void ExrWriter::startSection()
         return;
     }
     endPart();
-    part = std::make_unique<ExrPartWriter>(plan.parts[partNumber], partNumber);
-    auto* const media = dynamic_cast<MediaSource*>(&source);
-    if (media != nullptr && part->getRowsPerBlock().has_value()) {
-        media->alignStrips(*part->getRowsPerBlock());
+    part = std::make_unique<ExrPartWriter>(plan.parts[partNumber], partNumber, *container);
+    if (auto* const media = dynamic_cast<MediaSource*>(&source)) {
+        media->alignStrips(part->getRowsPerBlock());
     }
 }
 
@@ -90,15 +89,30 @@ void ExrWriter::endPart()
     part.reset();
 }
 
+void ExrWriter::pack(IxTile const& result, ImageStrip const& strip, PackedBlocks& blocks) const
+{
+    blocks.clear();
+    try {
+        part->pack(result, strip, container->getGrid(partNumber).getLevels()[level], blocks);
+    } catch (...) {
+        constexpr int noSystemError = 0;
+        rethrowAsWriteError(temporary.getTarget(), noSystemError);
+    }
+}
+
 void ExrWriter::packStrip(IxTile const& result, ImageStrip& strip) const
 {
-    part->pack(result, strip);
+    pack(result, strip, strip.packed);
 }
 
 void ExrWriter::writeStrip(IxTile const& result, ImageStrip const& strip)
 {
+    PackedBlocks packedHere;
+    if (strip.packed.list.empty()) {
+        pack(result, strip, packedHere);
+    }
     try {
-        part->write(result, strip, container->getGrid(partNumber).getLevels()[level], *container);
+        container->write(partNumber, strip.packed.list.empty() ? packedHere : strip.packed);
     } catch (...) {
         rethrowAsWriteError(temporary.getTarget(), stream->getSystemError());
     }

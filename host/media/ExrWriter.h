@@ -28,6 +28,7 @@ public:
     void finish() override;
 
 private:
+    void pack(IxTile const& result, ImageStrip const& strip, PackedBlocks& blocks) const;
     void report(WriteOptions const& options) const;
     void endPart();
     void copyOtherParts();

@@ -68,6 +68,21 @@ Imf::Header makeHeader(ExrRecipe const& recipe)
 
 using Planes = std::map<std::string, Plane>;
 
+void fillWithRuns(std::string& bytes, std::size_t sampleBytes, unsigned longestRun,
+                  std::mt19937& random)
+{
+    std::size_t left = 0;
+    auto sample = random();
+    for (std::size_t byte = 0; byte < bytes.size(); ++byte) {
+        std::size_t const place = byte % sampleBytes;
+        if (place == 0 && left-- == 0) {
+            left = random() % longestRun;
+            sample = random();
+        }
+        bytes[byte] = static_cast<char>(sample >> place * 8);
+    }
+}
+
 Imf::FrameBuffer fillFrame(ExrRecipe const& recipe, Imf::Header const& header, Planes& planes)
 {
     std::mt19937 random(7);
@@ -76,10 +91,13 @@ Imf::FrameBuffer fillFrame(ExrRecipe const& recipe, Imf::Header const& header, P
         Plane& plane =
             planes.try_emplace(channel.name(), channel.channel(), recipe.dataWindow).first->second;
         auto const value = recipe.values.find(channel.name());
-        for (std::size_t byte = 0; byte < plane.bytes.size(); ++byte) {
-            plane.bytes[byte] = static_cast<char>(value == recipe.values.end()
-                                                      ? random()
-                                                      : half(value->second).bits() >> byte % 2 * 8);
+        if (value == recipe.values.end()) {
+            fillWithRuns(plane.bytes, channel.channel().type == Imf::HALF ? 2 : 4,
+                         recipe.longestRun, random);
+        } else {
+            for (std::size_t byte = 0; byte < plane.bytes.size(); ++byte) {
+                plane.bytes[byte] = static_cast<char>(half(value->second).bits() >> byte % 2 * 8);
+            }
         }
         frame.insert(channel.name(), plane.slice);
     }

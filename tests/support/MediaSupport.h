@@ -48,6 +48,7 @@ struct ExrRecipe {
     bool isDeep = false;          ///< of a part of scan lines
     Imath::Box2i dataWindow{{0, 0}, {36, 52}};
     Imath::Box2i displayWindow{{0, 0}, {36, 52}};
+    unsigned longestRun = 1; ///< samples that are alike, one after the other
     bool isComplete = true;
     std::map<std::string, float> values{};
     std::function<void(Imf::Header&)> addAttributes = [](Imf::Header&) {};

@@ -3,6 +3,7 @@
 #include "pluginAPI/IxPixelFormat.h"
 #include "pluginAPI/IxTile.h"
 #include "primitives/GeRectangle.h"
+#include "runtime/engine/PackedBlocks.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -24,12 +25,6 @@ struct ImageInfo {
     Rational frameRate{24, 1};
 };
 
-/// Rows of a strip as a file holds them.
-struct PackedBlock {
-    int firstRow = 0;
-    std::vector<std::byte> bytes;
-};
-
 /// A run of whole rows on its way from a source to a sink. Movable; one thread has it at a time.
 struct ImageStrip {
     IxTile colour; ///< native-format pixels; its bounds are the strip's rows over the data window
@@ -40,7 +35,7 @@ struct ImageStrip {
     /// of one file kind share; empty otherwise.
     std::vector<std::byte> furtherChannels;
     /// What is still to be unpacked after fetchStrip, or is packed before writeStrip.
-    std::vector<PackedBlock> packed;
+    PackedBlocks packed;
 };
 
 /// Reads one picture strip by strip. Used by one thread at a time, unless said otherwise; throws

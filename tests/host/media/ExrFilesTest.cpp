@@ -65,6 +65,12 @@ std::vector<TestChannel> const aovs = {
     {"A", FLOAT},        {"id", UINT},        {"depth.Z", FLOAT},
     {"diffuse.R", HALF}, {"diffuse.G", HALF}, {"noise", HALF, 2, 3}};
 
+std::vector<TestChannel> const halfColour = {
+    {"R"}, {"G"}, {"B"}, {"A"}, {"id", UINT}, {"depth.Z", FLOAT}, {"matte"}};
+std::vector<TestChannel> const floatColour = {
+    {"R", FLOAT}, {"G", FLOAT}, {"B", FLOAT}, {"id", UINT}, {"matte"}};
+constexpr unsigned longRun = 300; // samples: more than a mark for alike bytes can say
+
 Imath::Box2i const shifted{{-6, -9}, {29, 44}};
 
 std::vector<RoundTrip> const roundTrips = {
@@ -78,6 +84,20 @@ std::vector<RoundTrip> const roundTrips = {
      {.channels = {{"R", FLOAT}, {"G", FLOAT}, {"B", FLOAT}},
       .compression = Imf::PIZ_COMPRESSION,
       .lineOrder = Imf::DECREASING_Y}},
+    {"RunsRle",
+     {.channels = halfColour, .compression = Imf::RLE_COMPRESSION, .longestRun = longRun}},
+    {"RunsZips",
+     {.channels = floatColour, .compression = Imf::ZIPS_COMPRESSION, .longestRun = longRun}},
+    {"RunsPxr24",
+     {.channels = halfColour, .compression = Imf::PXR24_COMPRESSION, .longestRun = longRun}},
+    {"RunsFloatPxr24Tiled",
+     {.channels = floatColour,
+      .compression = Imf::PXR24_COMPRESSION,
+      .tileSize = 20,
+      .dataWindow = shifted,
+      .longestRun = longRun}},
+    {"RunsZipTiled", {.channels = halfColour, .tileSize = 20, .longestRun = longRun}},
+    {"PairsRle", {.channels = floatColour, .compression = Imf::RLE_COMPRESSION, .longestRun = 3}},
     {"TiledDecreasing", {.lineOrder = Imf::DECREASING_Y, .tileSize = 10}},
     {"TiledRandom", {.lineOrder = Imf::RANDOM_Y, .tileSize = 16}},
     {"TileLargerThanPicture", {.tileSize = 100}},
