@@ -22,6 +22,10 @@ constexpr std::uint64_t mostPixels = 1ULL << 33; // of a display window, which m
 constexpr int longestJpegSide = 65500;           // the library's limit
 constexpr int paddingRows = 16;                  // written at a time
 
+// Of deflate: files are larger by a fifth than with the libraries' own, in a third of the time.
+constexpr int quickLevel = 1;
+constexpr int pngFilterSub = 0x10; // PNG's number for differences along a row
+
 /// Weights of ITU-R BT.709.
 constexpr std::array<float, 3> luminanceWeights = {0.2126F, 0.7152F, 0.0722F};
 
@@ -156,6 +160,13 @@ void OiioWriter::planAttributes(ImageSource const& source)
     }
     if (kind == FileKind::Dpx) {
         spec.attribute("oiio:BitsPerSample", depth.bits);
+    }
+    if (kind == FileKind::Tiff) {
+        spec.attribute("tiff:zipquality", quickLevel);
+    }
+    if (kind == FileKind::Png) {
+        spec.attribute("png:compressionLevel", quickLevel);
+        spec.attribute("png:filter", pngFilterSub);
     }
     // Says that colour is handed over as it is to be stored; without it, PNG colour is divided by
     // alpha once more.
