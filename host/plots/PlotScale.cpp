@@ -11,11 +11,11 @@
 
 namespace {
 
-constexpr double mostSteps = 8.0;
+constexpr double usualSteps = 8.0;
 constexpr double closeEnough = 1e-9; // of a step
 
 /// 1, 2 or 5 times a power of ten.
-double chooseStep(double width)
+double chooseStep(double width, double mostSteps = usualSteps)
 {
     double const least = width / mostSteps;
     double const decade = std::pow(10.0, std::floor(std::log10(least)));
@@ -27,9 +27,13 @@ double chooseStep(double width)
     return 10.0 * decade;
 }
 
-/// Whole stops.
-double chooseStopStep(double width)
+/// Whole stops, unless the axis is too short for them.
+double chooseStopStep(double width, double mostSteps)
 {
+    constexpr double fewestStops = 2.0;
+    if (width < fewestStops) {
+        return chooseStep(width, mostSteps);
+    }
     for (double const step : {1.0, 2.0, 4.0, 8.0, 16.0}) {
         if (width / step <= mostSteps) {
             return step;
@@ -58,23 +62,23 @@ std::string formatTick(double value, double step)
     return plus == std::string::npos ? shown : shown.erase(plus, 1);
 }
 
-std::string formatStop(double stop)
+std::string formatStop(double stop, double step)
 {
-    return (stop > 0.0 ? "+" : "") + formatTick(stop, 1.0);
+    return (stop > 0.0 ? "+" : "") + formatTick(stop, step);
 }
 
 } // namespace
 
-std::vector<PlotTick> makeTicks(FigureAxis const& axis)
+std::vector<PlotTick> makeTicks(FigureAxis const& axis, double mostSteps)
 {
     bool const hasStops = axis.unit == FigureAxis::Unit::Stop;
     double const width = axis.high - axis.low;
-    double const step = hasStops ? chooseStopStep(width) : chooseStep(width);
+    double const step = hasStops ? chooseStopStep(width, mostSteps) : chooseStep(width, mostSteps);
     std::vector<PlotTick> ticks;
     double const last = std::floor(axis.high / step + closeEnough);
     for (double count = std::ceil(axis.low / step - closeEnough); count <= last; count += 1.0) {
         double const place = count == 0.0 ? 0.0 : count * step; // no negative zero
-        ticks.push_back({place, hasStops ? formatStop(place) : formatTick(place, step)});
+        ticks.push_back({place, hasStops ? formatStop(place, step) : formatTick(place, step)});
     }
     return ticks;
 }

@@ -11,9 +11,10 @@ struct PlotTick {
     std::string label;
 };
 
-/// Ticks at round numbers: some four to eight between the ends of the axis, which need not be
-/// ticks. Labels have as many digits as tell them apart, and a true minus sign.
-std::vector<PlotTick> makeTicks(FigureAxis const& axis);
+/// Ticks at round numbers, at most so many steps between the ends of the axis, which need not be
+/// ticks; hardly less than half as many. Labels have as many digits as tell them apart, and a true
+/// minus sign. Stops are whole where at least two of them are on the axis.
+std::vector<PlotTick> makeTicks(FigureAxis const& axis, double mostSteps = 8.0);
 
 /// The range from `low` to `high`, made wider to end at ticks; `low` and `high` are finite. A range
 /// without width gets some.

@@ -83,10 +83,10 @@ Figure selectPanels(Figure figure, std::set<PlotPanel> const& wanted)
     return figure;
 }
 
-void reportOutside(PictureHistogram const& histogram, Reporter& reporter)
+void reportOutside(AxisHistogram const& histogram, Reporter& reporter)
 {
     if (histogram.getNbOutside() > 0) {
-        double const share = double(histogram.getNbOutside()) / double(histogram.getNbValues());
+        double const share = histogram.getNbOutside() / histogram.getNbValues();
         reporter.note("the histogram lacks " + formatShort(100.0 * share) +
                       " % of the picture's values, which lie beyond the plotted range or are NaN");
     }

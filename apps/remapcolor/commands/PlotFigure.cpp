@@ -27,7 +27,8 @@ constexpr std::array tones = {FigureTone::Red, FigureTone::Green, FigureTone::Bl
 constexpr std::array figureChannels = {&Pixel::red, &Pixel::green, &Pixel::blue};
 constexpr std::array letters = {"R", "G", "B"};
 constexpr std::size_t nbChannels = figureChannels.size();
-constexpr int nbSteps = 620; // of a line: as many as a panel has pixels
+constexpr int nbSteps = 620;           // of a line: as many as a panel has pixels
+constexpr std::size_t nbClasses = 155; // of a histogram: four of these each
 
 /// Coordinates along an axis and the grey pixels that they stand for.
 struct Samples {
@@ -206,7 +207,7 @@ std::string describeFinish(HostNode const& node, double time)
     return mix == 1.0 ? "" : std::string(ToolKeys::mix) + " " + formatNumber(mix);
 }
 
-void addHistogram(FigurePanel& panel, PictureHistogram const& histogram)
+void addHistogram(FigurePanel& panel, AxisHistogram const& histogram)
 {
     for (std::size_t channel = 0; channel < nbChannels; ++channel) {
         panel.histograms.push_back({tones[channel], histogram.getCounts()[channel]});
@@ -219,8 +220,8 @@ PlotFigure::PlotFigure(HostNode& plottedNode, ControllerLink const& link, double
                        PlotRanges plottedRanges)
     : node(plottedNode), time(plottedTime), ranges(std::move(plottedRanges)),
       transfer(NodePart::takeTransfer(node, link.getClampInputName())),
-      curves(NodePart::takeCurves(node)), inputHistogram(ranges.input),
-      transferHistogram(ranges.input)
+      curves(NodePart::takeCurves(node)), inputHistogram(ranges.input, nbClasses),
+      transferHistogram(ranges.input, nbClasses)
 {
     figure.title = std::string(ToolKeys::tool) + ": " + describeLook(node).front().second;
     figure.subtitle = describeValues(node, time);
@@ -228,7 +229,7 @@ PlotFigure::PlotFigure(HostNode& plottedNode, ControllerLink const& link, double
     figure.panels.push_back(makeTransferPanel());
     figure.panels.push_back(makeCurvePanel(figure.panels[0].y));
     figure.panels.push_back(makeChainPanel());
-    transferHistogram = PictureHistogram(figure.panels[1].x);
+    transferHistogram = AxisHistogram(figure.panels[1].x, nbClasses);
     if (link.isPlotColorEnabled()) {
         addMarks(link.getPlotColor());
     }

@@ -2,8 +2,8 @@
 
 #include "controllerLink/ControllerLink.h"
 #include "plots/Figure.h"
-#include "remapcolor/commands/PictureHistogram.h"
-#include "remapcolor/session/NodePart.h"
+#include "session/AxisHistogram.h"
+#include "session/NodePart.h"
 
 #include <optional>
 #include <string>
@@ -33,8 +33,8 @@ public:
     Figure const& getFigure() const { return figure; }
 
     /// Of the picture's values, and of what the transfer makes of them.
-    PictureHistogram const& getInputHistogram() const { return inputHistogram; }
-    PictureHistogram const& getTransferHistogram() const { return transferHistogram; }
+    AxisHistogram const& getInputHistogram() const { return inputHistogram; }
+    AxisHistogram const& getTransferHistogram() const { return transferHistogram; }
 
     /// Keys that lie beyond the panel of the curves, "x,y" each.
     std::vector<std::string> const& getHiddenKeys() const { return hiddenKeys; }
@@ -52,7 +52,7 @@ private:
     NodePart transfer;
     NodePart curves;
     Figure figure;
-    PictureHistogram inputHistogram;
-    PictureHistogram transferHistogram;
+    AxisHistogram inputHistogram;
+    AxisHistogram transferHistogram;
     std::vector<std::string> hiddenKeys;
 };

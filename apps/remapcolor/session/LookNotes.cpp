@@ -3,12 +3,12 @@
 #include "remapcolor/session/LookNotes.h"
 
 #include "pluginAPI/PiImageModifier.h"
-#include "remapcolor/session/CurveNotes.h"
 #include "remapcolor/text/ValueText.h"
 #include "runtime/graph/EvaluatedValue.h"
 #include "runtime/graph/ValueNames.h"
 #include "runtime/project/ProjectValues.h"
 #include "runtime/values/NumberText.h"
+#include "session/CurveNotes.h"
 #include "session/Failures.h"
 #include "session/ToolKeys.h"
 

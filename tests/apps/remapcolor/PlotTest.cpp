@@ -91,7 +91,7 @@ TEST(PlotFigure, CountsPixelsBeforeAndAfterTheTransfer)
     Plotted plotted({"Linear.Output Level.Max=0.5"}, {{0.0, 1.0, "input"}, {}});
     plotted.plot.addPixels({{0.0F, 1.0F, 0.999F, 1.0F}, {-1.0F, NAN, 2.0F, 1.0F}});
     plotted.plot.addHistograms("a.exr");
-    EXPECT_EQ(plotted.plot.getInputHistogram().getNbOutside(), 3U);
+    EXPECT_EQ(plotted.plot.getInputHistogram().getNbOutside(), 3.0);
     for (std::size_t const panel : {0U, 1U, 2U}) {
         ASSERT_EQ(plotted.panel(panel).histograms.size(), 3U);
         std::vector<double> const& greens = plotted.panel(panel).histograms[1].counts;

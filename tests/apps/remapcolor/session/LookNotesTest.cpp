@@ -1,8 +1,8 @@
 #include "remapcolor/session/LookNotes.h"
 
 #include "remapcolor/options/NodeRequest.h"
-#include "remapcolor/session/CurveNotes.h"
 #include "remapcolor/session/RequestedSession.h"
+#include "session/CurveNotes.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -1,12 +1,12 @@
 // Keys that a curve's table misses. What a key gets is asked of the tool.
 
-#include "remapcolor/session/CurveNotes.h"
+#include "session/CurveNotes.h"
 
-#include "remapcolor/session/NodePart.h"
 #include "runtime/graph/EvaluatedValue.h"
 #include "runtime/graph/ValueNames.h"
 #include "runtime/values/NumberText.h"
 #include "session/Failures.h"
+#include "session/NodePart.h"
 #include "session/ToolKeys.h"
 
 #include <algorithm>
@@ -32,14 +32,6 @@ std::vector<Point> takeKeys(CurvePoints const& points)
     return keys;
 }
 
-/// A key and what the curve gives there.
-struct Miss {
-    Point key;
-    float got;
-    double time;
-    float error;
-};
-
 /// How far `got` is from the key; from the nearest of all keys at its x for a step.
 float measureMiss(std::vector<Point> const& keys, Point const& key, float got)
 {
@@ -63,11 +55,58 @@ bool isNoticeable(float error, Point const& key)
     return error > mostError || (error > rounding && error > mostShare * std::abs(key.y));
 }
 
-/// The misses of one curve, the worst first.
-std::vector<Miss> findMisses(std::vector<Point> const& keys, std::vector<float> const& got,
-                             double time)
+/// One for each channel.
+using Misses = std::array<std::vector<CurveMiss>, curveChannels.size()>;
+
+void collect(NodePart const& probe, ValueSlots const& curves, double time, Misses& misses)
 {
-    std::vector<Miss> misses;
+    std::array<CurvePoints, curveChannels.size()> points;
+    std::array<std::vector<float>, curveChannels.size()> places;
+    std::size_t nbKeys = 0;
+    for (std::size_t channel = 0; channel < curveChannels.size(); ++channel) {
+        auto const state = curves[channel].value->getState();
+        points[channel] = std::get<Animated<CurvePoints>>(*state).evaluate(time).getValue();
+        places[channel] = listKeyPlaces(points[channel]);
+        nbKeys = std::max(nbKeys, places[channel].size());
+    }
+    std::vector<Pixel> pixels(nbKeys);
+    for (std::size_t channel = 0; channel < curveChannels.size(); ++channel) {
+        for (std::size_t key = 0; key < places[channel].size(); ++key) {
+            pixels[key].*curveChannels[channel] = places[channel][key];
+        }
+    }
+    std::vector<Pixel> const answer = probe.send(pixels, time);
+    for (std::size_t channel = 0; channel < curveChannels.size(); ++channel) {
+        std::vector<float> got;
+        for (Pixel const& pixel : answer) {
+            got.push_back(pixel.*curveChannels[channel]);
+        }
+        auto const found = findCurveMisses(points[channel], got, time);
+        misses[channel].insert(misses[channel].end(), found.begin(), found.end());
+    }
+}
+
+bool isConstant(HostNode::ValueSlot const& curve)
+{
+    return std::get<Animated<CurvePoints>>(*curve.value->getState()).isConstant();
+}
+
+} // namespace
+
+std::vector<float> listKeyPlaces(CurvePoints const& points)
+{
+    std::vector<float> places;
+    for (Point const& key : takeKeys(points)) {
+        places.push_back(key.x);
+    }
+    return places;
+}
+
+std::vector<CurveMiss> findCurveMisses(CurvePoints const& points, std::vector<float> const& got,
+                                       double time)
+{
+    std::vector<Point> const keys = takeKeys(points);
+    std::vector<CurveMiss> misses;
     for (std::size_t key = 0; key < keys.size(); ++key) {
         float const error = measureMiss(keys, keys[key], got[key]);
         if (isNoticeable(error, keys[key])) {
@@ -77,40 +116,12 @@ std::vector<Miss> findMisses(std::vector<Point> const& keys, std::vector<float> 
     return misses;
 }
 
-/// One for each channel.
-using Misses = std::array<std::vector<Miss>, curveChannels.size()>;
-
-void collect(NodePart const& probe, ValueSlots const& curves, double time, Misses& misses)
+std::string describeMisses(std::string const& name, std::vector<CurveMiss> const& misses,
+                           bool isAnimated)
 {
-    std::array<std::vector<Point>, curveChannels.size()> keys;
-    std::size_t nbKeys = 0;
-    for (std::size_t channel = 0; channel < curveChannels.size(); ++channel) {
-        auto const state = curves[channel].value->getState();
-        keys[channel] = takeKeys(std::get<Animated<CurvePoints>>(*state).evaluate(time).getValue());
-        nbKeys = std::max(nbKeys, keys[channel].size());
-    }
-    std::vector<Pixel> pixels(nbKeys);
-    for (std::size_t channel = 0; channel < curveChannels.size(); ++channel) {
-        for (std::size_t key = 0; key < keys[channel].size(); ++key) {
-            pixels[key].*curveChannels[channel] = keys[channel][key].x;
-        }
-    }
-    std::vector<Pixel> const answer = probe.send(pixels, time);
-    for (std::size_t channel = 0; channel < curveChannels.size(); ++channel) {
-        std::vector<float> got;
-        for (Pixel const& pixel : answer) {
-            got.push_back(pixel.*curveChannels[channel]);
-        }
-        auto const found = findMisses(keys[channel], got, time);
-        misses[channel].insert(misses[channel].end(), found.begin(), found.end());
-    }
-}
-
-std::string describe(std::string const& name, std::vector<Miss> const& misses, bool isAnimated)
-{
-    Miss const& worst =
+    CurveMiss const& worst =
         *std::max_element(misses.begin(), misses.end(),
-                          [](Miss const& a, Miss const& b) { return a.error < b.error; });
+                          [](CurveMiss const& a, CurveMiss const& b) { return a.error < b.error; });
     std::size_t const nbMore = misses.size() - 1;
     return "the curve " + quote(name) + " misses its key " + formatNumber(worst.key.x) + "," +
            formatNumber(worst.key.y) +
@@ -120,13 +131,6 @@ std::string describe(std::string const& name, std::vector<Miss> const& misses, b
            ": the places of its table lie evenly between its ends; end the curve nearer, it goes "
            "on as a straight line by itself";
 }
-
-bool isConstant(HostNode::ValueSlot const& curve)
-{
-    return std::get<Animated<CurvePoints>>(*curve.value->getState()).isConstant();
-}
-
-} // namespace
 
 std::vector<std::string> findCurveNotes(HostNode const& node, std::vector<double> const& times)
 {
@@ -155,7 +159,7 @@ std::vector<std::string> findCurveNotes(HostNode const& node, std::vector<double
     for (auto const& [name, first] : summarise(node, missing)) {
         for (std::size_t channel = 0; channel < curveChannels.size(); ++channel) {
             if (curves[channel].value == first) {
-                notes.push_back(describe(name, misses[channel], !areConstant));
+                notes.push_back(describeMisses(name, misses[channel], !areConstant));
             }
         }
     }

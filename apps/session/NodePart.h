@@ -19,6 +19,9 @@ public:
     /// Nothing but the mode's transfer, without the clamp, which is the switch of that name.
     static NodePart takeTransfer(HostNode const& node, std::string const& clamp);
 
+    /// The values with which a node does that.
+    static NodeValues makeTransferValues(HostNode const& node, std::string const& clamp);
+
     /// What becomes of the pixels.
     std::vector<CoRgbaColorTyped<float>> send(std::vector<CoRgbaColorTyped<float>> const& pixels,
                                               double time) const;

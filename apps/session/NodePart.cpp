@@ -1,4 +1,4 @@
-#include "remapcolor/session/NodePart.h"
+#include "session/NodePart.h"
 
 #include "pluginAPI/PiImageModifier.h"
 #include "runtime/engine/SentPixels.h"
@@ -22,6 +22,11 @@ NodePart NodePart::takeCurves(HostNode const& node)
 
 NodePart NodePart::takeTransfer(HostNode const& node, std::string const& clamp)
 {
+    return {node, makeTransferValues(node, clamp)};
+}
+
+NodeValues NodePart::makeTransferValues(HostNode const& node, std::string const& clamp)
+{
     NodeValues values;
     for (HostNode::ValueSlot const& slot : node.getValues()) {
         values.emplace(slot.name, *slot.value->getState());
@@ -32,7 +37,7 @@ NodePart NodePart::takeTransfer(HostNode const& node, std::string const& clamp)
     }
     values.insert_or_assign(ToolKeys::mix, Animated<double>(1.0));
     values.insert_or_assign(ToolKeys::outputDepth, Animated<int>(ToolKeys::depth32));
-    return {node, values};
+    return values;
 }
 
 std::vector<CoRgbaColorTyped<float>>
