@@ -113,6 +113,11 @@ public:
         return {};
     }
 
+    std::string getPlotColorEnabledName() const override
+    {
+        return RemapColorNames::plotColorEnabled;
+    }
+
     void resetCurve(int channel) override { hold()->resetAdjustedCurve(toChannel(channel)); }
     void resetCurves() override { hold()->resetAdjustedCurves(); }
 

@@ -92,6 +92,8 @@ public:
     /// The value that a program changes, through the host, to have that notice told. Empty for
     /// OutputPlotColor, which no value holds.
     virtual std::string getValueName(ControllerNotice::Kind kind) const = 0;
+    /// The switch that says whether there is a plot colour.
+    virtual std::string getPlotColorEnabledName() const = 0;
 
     // ---- Curves ----
 

@@ -112,10 +112,24 @@ int run(CommandLine const& line, QApplication const& application)
     }
     window.getFiles().openFiles(line.files);
     window.show();
+    bool isSettled = false;
     if (!line.screenshot.empty()) { // the same for everybody
-        auto const save = [&] { saveScreenshot(window, line.screenshot); };
+        auto const save = [&] {
+            if (!window.getCurvePanel().isCounting()) {
+                saveScreenshot(window, line.screenshot);
+            }
+        };
         if (window.isReading()) {
-            QObject::connect(&window, &EditorWindow::settled, &window, save);
+            QObject::connect(&window, &EditorWindow::settled, &window, [&isSettled, save] {
+                isSettled = true;
+                save();
+            });
+            QObject::connect(&window.getCurvePanel(), &CurvePanel::counted, &window,
+                             [&isSettled, save] {
+                                 if (isSettled) {
+                                     save();
+                                 }
+                             });
         } else {
             QTimer::singleShot(0, &window, save);
         }

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <numeric>
 
 namespace CurveEditing {
 namespace {
@@ -94,10 +94,11 @@ double findParameter(CountingCurve::Segment const& segment, double x)
     return high;
 }
 
-Insertion insertWithin(CurvePoints const& points, std::size_t before, float x)
+/// At the parameter `t` between the key `before` and the next one. The key's x is `x` to the bit.
+Insertion insertWithin(CurvePoints const& points, std::size_t before, double t,
+                       std::optional<float> x = {})
 {
     CountingCurve::Segment const segment = CountingCurve(points).getSegment(before);
-    double const t = findParameter(segment, x);
     Point const outgoing = mix(segment.start, segment.outgoing, t);
     Point const middle = mix(segment.outgoing, segment.incoming, t);
     Point const incoming = mix(segment.incoming, segment.end, t);
@@ -107,7 +108,8 @@ Insertion insertWithin(CurvePoints const& points, std::size_t before, float x)
     CurvePoints edited = points;
     edited[indexOf(before, Side::Outgoing)] = narrow(outgoing);
     edited[indexOf(before + 1, Side::Incoming)] = narrow(incoming);
-    GePoint2<float> const key{x, static_cast<float>(mix(left, right, t).y)};
+    GePoint2<float> key = narrow(mix(left, right, t));
+    key.x = x.value_or(key.x);
     CurvePoints const added = {narrow(left), key, narrow(right)};
     edited.insert(edited.begin() + static_cast<std::ptrdiff_t>(indexOf(before + 1) - 1),
                   added.begin(), added.end());
@@ -139,27 +141,37 @@ Insertion insertBeyond(CurvePoints const& points, Side end, float x)
     return {edited, last + 1};
 }
 
+std::size_t countKeysBelow(CurvePoints const& points, float x)
+{
+    std::size_t key = 0;
+    while (key < countKeys(points) && getKey(points, key).x < x) {
+        ++key;
+    }
+    return key;
+}
+
 bool hasTwoPlaces(CurvePoints const& points)
 {
     std::size_t const nbKeys = countKeys(points);
     return nbKeys >= 2 && getKey(points, 0).x < getKey(points, nbKeys - 1).x;
 }
 
-/// How far the keys may go in x: as far as there is room to the keys beside them that stay.
-float limitMove(CurvePoints const& points, Selection const& keys, float dx)
+CurvePoints erase(CurvePoints const& points, Selection const& keys)
 {
-    std::size_t const nbKeys = countKeys(points);
-    for (std::size_t key = 0; key + 1 < nbKeys; ++key) {
-        float const room = getKey(points, key + 1).x - getKey(points, key).x;
-        bool const moves = isSelected(keys, key);
-        bool const nextMoves = isSelected(keys, key + 1);
-        if (moves && !nextMoves) {
-            dx = std::min(dx, room);
-        } else if (!moves && nextMoves) {
-            dx = std::max(dx, -room);
+    CurvePoints left;
+    for (std::size_t key = 0; key < countKeys(points); ++key) {
+        if (!isSelected(keys, key)) {
+            auto const first = points.begin() + static_cast<std::ptrdiff_t>(3 * key);
+            left.insert(left.end(), first, first + 3);
         }
     }
-    return dx;
+    return left;
+}
+
+/// Where the move takes an x of a key or handle that belongs to a key at `keyX`.
+float moveX(float x, float keyX, Move const& move)
+{
+    return keyX > 0.0F ? x * move.factor + move.dx : x + move.dx;
 }
 
 float measure(GePoint2<float> const& from, GePoint2<float> const& to)
@@ -310,34 +322,57 @@ Handles classifyHandles(CurvePoints const& points, std::size_t key)
 
 Insertion insertKey(CurvePoints const& points, float x)
 {
-    std::size_t const nbKeys = countKeys(points);
-    for (std::size_t key = 0; key < nbKeys; ++key) {
-        if (getKey(points, key).x == x) {
-            return {points, key};
-        }
-        if (getKey(points, key).x > x) {
-            return key == 0 ? insertBeyond(points, Side::Incoming, x)
-                            : insertWithin(points, key - 1, x);
-        }
+    std::optional<std::size_t> const there = findKey(points, x);
+    if (there.has_value()) {
+        return {points, *there};
     }
-    return insertBeyond(points, Side::Outgoing, x);
+    std::size_t const next = countKeysBelow(points, x);
+    if (next == 0 || next == countKeys(points)) {
+        return insertBeyond(points, next == 0 ? Side::Incoming : Side::Outgoing, x);
+    }
+    double const t = findParameter(CountingCurve(points).getSegment(next - 1), x);
+    return insertWithin(points, next - 1, t, x);
 }
 
-CurvePoints removeKeys(CurvePoints const& points, Selection const& keys)
+CurvePoints insertKeyAlike(CurvePoints const& other, CurvePoints const& points, float x)
 {
-    CurvePoints left;
+    std::size_t const next = countKeysBelow(points, x);
+    if (findKey(points, x).has_value()) {
+        return other;
+    }
+    if (next == 0 || next == countKeys(points)) {
+        Side const end = next == 0 ? Side::Incoming : Side::Outgoing;
+        std::size_t const last = next == 0 ? 0 : next - 1;
+        float const distance = x - getKey(points, last).x;
+        return insertBeyond(other, end, getKey(other, last).x + distance).points;
+    }
+    double const t = findParameter(CountingCurve(points).getSegment(next - 1), x);
+    return insertWithin(other, next - 1, t).points;
+}
+
+std::optional<std::size_t> findKey(CurvePoints const& points, float x, std::size_t rank)
+{
     for (std::size_t key = 0; key < countKeys(points); ++key) {
-        if (!isSelected(keys, key)) {
-            auto const first = points.begin() + static_cast<std::ptrdiff_t>(3 * key);
-            left.insert(left.end(), first, first + 3);
+        if (getKey(points, key).x == x && getRank(points, key) == rank) {
+            return key;
         }
     }
-    if (hasTwoPlaces(left)) {
-        completeEndHandles(left);
-        return left;
+    return {};
+}
+
+std::size_t getRank(CurvePoints const& points, std::size_t key)
+{
+    std::size_t rank = 0;
+    while (rank < key && getKey(points, key - rank - 1).x == getKey(points, key).x) {
+        ++rank;
     }
-    if (keys.empty()) {
-        return points;
+    return rank;
+}
+
+Selection limitRemoval(CurvePoints const& points, Selection const& keys)
+{
+    if (keys.empty() || hasTwoPlaces(erase(points, keys))) {
+        return keys;
     }
     // The end that is selected stays, or whichever comes first.
     std::size_t const last = countKeys(points) - 1;
@@ -345,16 +380,43 @@ CurvePoints removeKeys(CurvePoints const& points, Selection const& keys)
     auto const end = std::find_if(fewer.begin(), fewer.end(),
                                   [&](std::size_t key) { return key == 0 || key == last; });
     fewer.erase(end == fewer.end() ? fewer.begin() : end);
-    return removeKeys(points, fewer);
+    return limitRemoval(points, fewer);
 }
 
-CurvePoints moveKeys(CurvePoints const& points, Selection const& keys, float dx, float dy)
+CurvePoints removeKeys(CurvePoints const& points, Selection const& keys)
 {
-    dx = limitMove(points, keys, dx);
+    CurvePoints left = erase(points, limitRemoval(points, keys));
+    completeEndHandles(left);
+    return left;
+}
+
+Move limitMove(CurvePoints const& points, Selection const& keys, Move move)
+{
+    std::size_t const nbKeys = countKeys(points);
+    for (std::size_t key = 0; key + 1 < nbKeys; ++key) {
+        float const x = getKey(points, key).x;
+        float const next = getKey(points, key + 1).x;
+        bool const moves = isSelected(keys, key);
+        bool const nextMoves = isSelected(keys, key + 1);
+        if (moves && !nextMoves) {
+            move.dx = std::min(move.dx, next - x);
+            move.factor = x > 0.0F ? std::min(move.factor, next / x) : move.factor;
+        } else if (!moves && nextMoves) {
+            move.dx = std::max(move.dx, x - next);
+            move.factor = next > 0.0F ? std::max(move.factor, x / next) : move.factor;
+        }
+    }
+    return move;
+}
+
+CurvePoints moveKeys(CurvePoints const& points, Selection const& keys, Move const& move)
+{
+    Move const allowed = limitMove(points, keys, move);
     CurvePoints moved = points;
     for (std::size_t const key : keys) {
+        float const keyX = getKey(points, key).x;
         for (std::size_t point = 3 * key; point < 3 * key + 3; ++point) {
-            moved[point] = {moved[point].x + dx, moved[point].y + dy};
+            moved[point] = {moveX(points[point].x, keyX, allowed), points[point].y + allowed.dy};
         }
     }
     // Rounding may have taken a key a little past the one where it was to stop.
@@ -365,22 +427,28 @@ CurvePoints moveKeys(CurvePoints const& points, Selection const& keys, float dx,
             (isSelected(keys, key) ? x : before) = isSelected(keys, key) ? before : x;
         }
     }
-    return hasTwoPlaces(moved) ? moved : points;
+    return hasTwoPlaces(moved) || !hasTwoPlaces(points) ? moved : points;
 }
 
-CurvePoints placeKey(CurvePoints const& points, std::size_t key, GePoint2<float> const& place)
+std::optional<CurvePoints> placeKeys(CurvePoints const& points, Selection const& keys,
+                                     std::vector<GePoint2<float>> const& places)
 {
-    GePoint2<float> const from = getKey(points, key);
-    CurvePoints moved = moveKeys(points, {key}, place.x - from.x, place.y - from.y);
-    // What is typed is there to the bit, not a difference away.
-    GePoint2<float>& there = moved[indexOf(key)];
-    bool const fits = (key == 0 || getKey(moved, key - 1).x <= place.x) &&
-                      (key + 1 == countKeys(moved) || place.x <= getKey(moved, key + 1).x);
-    there.y = place.y;
-    if (fits) {
-        there.x = place.x;
+    CurvePoints placed = points;
+    for (std::size_t index = 0; index < keys.size(); ++index) {
+        GePoint2<float> const from = getKey(points, keys[index]);
+        GePoint2<float> const to = places[index];
+        for (Side const side : {Side::Incoming, Side::Outgoing}) {
+            GePoint2<float>& handle = placed[indexOf(keys[index], side)];
+            handle = {handle.x + (to.x - from.x), handle.y + (to.y - from.y)};
+        }
+        placed[indexOf(keys[index])] = to; // what is typed is there to the bit
     }
-    return hasTwoPlaces(moved) ? moved : points;
+    for (std::size_t key = 1; key < countKeys(placed); ++key) {
+        if (getKey(placed, key).x < getKey(placed, key - 1).x) {
+            return {};
+        }
+    }
+    return hasTwoPlaces(placed) ? std::optional(placed) : std::nullopt;
 }
 
 CurvePoints moveHandle(CurvePoints const& points, std::size_t key, Side side,
@@ -416,6 +484,29 @@ CurvePoints setHandles(CurvePoints const& points, Selection const& keys, Handles
     }
     completeEndHandles(changed);
     return changed;
+}
+
+CurvePoints resetHandles(CurvePoints const& points, Selection const& keys)
+{
+    std::vector<GePoint2<double>> places;
+    for (std::size_t key = 0; key < countKeys(points); ++key) {
+        places.push_back(widen(getKey(points, key)));
+    }
+    CurvePoints const smooth = makeSmoothCurve(places);
+    CurvePoints changed = points;
+    for (std::size_t const key : keys) {
+        for (Side const side : {Side::Incoming, Side::Outgoing}) {
+            changed[indexOf(key, side)] = smooth[indexOf(key, side)];
+        }
+    }
+    return changed;
+}
+
+CurvePoints straighten(CurvePoints const& points)
+{
+    Selection keys(countKeys(points));
+    std::iota(keys.begin(), keys.end(), std::size_t{0});
+    return setHandles(points, keys, Handles::Straight);
 }
 
 CurvePoints flip(CurvePoints const& points)

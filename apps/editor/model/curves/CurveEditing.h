@@ -8,6 +8,7 @@
 #include "runtime/values/Animated.h"
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 namespace CurveEditing {
@@ -48,14 +49,40 @@ struct Insertion {
 /// Source: G. Farin, "Curves and Surfaces for CAGD".
 Insertion insertKey(CurvePoints const& points, float x);
 
-/// Without these keys; the first or last of them stay if there would be fewer than two places.
+/// `other`, which has as many keys, with a key where insertKey puts one into `points`: in the same
+/// segment at the same share of it. So a curve that is blended of several stays as it was.
+CurvePoints insertKeyAlike(CurvePoints const& other, CurvePoints const& points, float x);
+
+/// The key at `x`; of several the one that stands `rank` places behind the first.
+std::optional<std::size_t> findKey(CurvePoints const& points, float x, std::size_t rank = 0);
+
+/// How many keys before this one are at its x.
+std::size_t getRank(CurvePoints const& points, std::size_t key);
+
+/// Those of the keys that can go: not all, if there would be fewer than two places.
+Selection limitRemoval(CurvePoints const& points, Selection const& keys);
+
+/// Without these keys, as far as they can go.
 CurvePoints removeKeys(CurvePoints const& points, Selection const& keys);
 
-/// With these keys and their handles moved. They stop at the keys beside them that stay.
-CurvePoints moveKeys(CurvePoints const& points, Selection const& keys, float dx, float dy);
+/// Where keys and their handles go: x to `factor` times itself and `dx` further, y `dy` further.
+/// The factor does not count for keys at 0 and below, which an axis in stops has not.
+struct Move {
+    float dx = 0.0F;
+    float dy = 0.0F;
+    float factor = 1.0F; ///< above 0; 1 where there is a dx
+};
 
-/// With a key at that place, which counts only as far as the keys beside it.
-CurvePoints placeKey(CurvePoints const& points, std::size_t key, GePoint2<float> const& place);
+/// The part of the move that leaves the keys between those beside them that stay.
+Move limitMove(CurvePoints const& points, Selection const& keys, Move move);
+
+/// With these keys moved. They stop at the keys beside them that stay.
+CurvePoints moveKeys(CurvePoints const& points, Selection const& keys, Move const& move);
+
+/// With these keys at these places, a place each; nothing where keys would change places or all
+/// come to lie at one x.
+std::optional<CurvePoints> placeKeys(CurvePoints const& points, Selection const& keys,
+                                     std::vector<GePoint2<float>> const& places);
 
 /// With a handle at that place, and the other one following as `handles` says: Smooth turns it,
 /// Mirrored makes it equal too, every other leaves it. The outer handle of an end key never comes
@@ -65,6 +92,13 @@ CurvePoints moveHandle(CurvePoints const& points, std::size_t key, Side side,
 
 /// With the handles of these keys in that relation; Broken changes nothing.
 CurvePoints setHandles(CurvePoints const& points, Selection const& keys, Handles handles);
+
+/// With the handles of these keys as a curve has them of which only keys are given: smooth, without
+/// reaching above or below the keys.
+CurvePoints resetHandles(CurvePoints const& points, Selection const& keys);
+
+/// With every key's handles straight: lines from key to key.
+CurvePoints straighten(CurvePoints const& points);
 
 /// Turned over about y 0.5: what was light is dark.
 CurvePoints flip(CurvePoints const& points);

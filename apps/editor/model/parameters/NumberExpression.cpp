@@ -8,7 +8,10 @@ namespace {
 /// Reads from the left; what is wrong makes it fail for good.
 class Parser {
 public:
-    explicit Parser(std::string_view expression) : rest(expression) {}
+    Parser(std::string_view expression, std::map<char, double> const& itsLetters)
+        : rest(expression), letters(itsLetters)
+    {
+    }
 
     std::optional<double> parse()
     {
@@ -78,6 +81,9 @@ private:
         } else if (take('(')) {
             value = parseSum();
             hasFailed = !take(')') || hasFailed;
+        } else if (!rest.empty() && letters.contains(rest.front())) {
+            value = letters.at(rest.front());
+            rest.remove_prefix(1);
         } else {
             value = parseNumber();
         }
@@ -95,13 +101,15 @@ private:
     }
 
     std::string_view rest;
+    std::map<char, double> const& letters;
     int depth = 0;
     bool hasFailed = false;
 };
 
 } // namespace
 
-std::optional<double> evaluateExpression(std::string_view text)
+std::optional<double> evaluateExpression(std::string_view text,
+                                         std::map<char, double> const& letters)
 {
-    return Parser(text).parse();
+    return Parser(text, letters).parse();
 }

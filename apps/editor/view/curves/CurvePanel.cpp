@@ -1,21 +1,18 @@
 #include "editor/view/curves/CurvePanel.h"
 
-#include "runtime/curves/CurveText.h"
+#include "editor/model/curves/CurveHints.h"
+#include "editor/view/curves/KeyBar.h"
+#include "editor/view/window/Theme.h"
 
 #include <QButtonGroup>
-#include <QClipboard>
-#include <QComboBox>
-#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
+#include <QPushButton>
 #include <QToolButton>
 #include <QVBoxLayout>
-#include <numeric>
 
 namespace {
-
-constexpr double keyStep = 0.005;
 
 QToolButton* makeButton(QString const& text, QString const& help, QWidget* parent)
 {
@@ -26,97 +23,114 @@ QToolButton* makeButton(QString const& text, QString const& help, QWidget* paren
     return button;
 }
 
-CurveEditing::Selection listKeys(CurvePoints const& points)
-{
-    CurveEditing::Selection keys(CurveEditing::countKeys(points));
-    std::iota(keys.begin(), keys.end(), std::size_t{0});
-    return keys;
-}
+/// A line that never asks for more room than there is; what does not fit is in its tip.
+class FittedLabel : public QLabel {
+public:
+    using QLabel::QLabel;
+
+    QSize minimumSizeHint() const override { return {0, QLabel::minimumSizeHint().height()}; }
+    QSize sizeHint() const override { return minimumSizeHint(); }
+};
 
 } // namespace
 
-CurvePanel::CurvePanel(Document& editedDocument, QWidget* parent)
-    : QWidget(parent), document(editedDocument), curves(new CurveWidget(document, this))
+CurvePanel::CurvePanel(Document& editedDocument, Plate& plate, Picks& picks, QWidget* parent)
+    : QWidget(parent), model(editedDocument, plate, picks), graph(new CurveWidget(model, this)),
+      actions(new CurveActions(model, *graph))
 {
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(10, 8, 10, 6);
-    layout->setSpacing(6);
-    layout->addWidget(makeChannelBar());
-    layout->addWidget(curves, 1);
-    layout->addWidget(makeKeyBar());
-    connect(curves, &CurveWidget::selectionChanged, this, &CurvePanel::showSelection);
-    connect(curves, &CurveWidget::failed, this, &CurvePanel::failed);
-    showSelection();
+    layout->setSpacing(5);
+    layout->addWidget(makeBar());
+    layout->addWidget(graph, 1);
+    layout->addWidget(makeLine());
+    auto* const keys = new KeyBar(model.editor, *graph, this);
+    layout->addWidget(keys);
+    connect(keys, &KeyBar::refused, this, &CurvePanel::failed);
+    connect(graph, &CurveWidget::failed, this, &CurvePanel::failed);
+    connect(graph, &CurveWidget::pointed, this, [this](QString const& text) {
+        pointedText = text;
+        showLine();
+    });
+    model.editor.addHandler(&edited);
+    model.histogram.addHandler(&histogramChanged);
+    refresh();
 }
 
-QWidget* CurvePanel::makeChannelBar()
+CurvePanel::~CurvePanel() noexcept = default;
+
+QWidget* CurvePanel::makeBar()
 {
     auto* const bar = new QWidget(this);
     auto* const layout = new QHBoxLayout(bar);
     layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(4);
     auto* const group = new QButtonGroup(bar);
     struct Choice {
         QString text;
         QString help;
-        int channel;
     };
-    for (Choice const& choice :
-         {Choice{tr("All"), tr("Edit the three curves as one shape"), CurveWidget::allChannels},
-          Choice{tr("R"), tr("Edit the red curve"), 0},
-          Choice{tr("G"), tr("Edit the green curve"), 1},
-          Choice{tr("B"), tr("Edit the blue curve"), 2}}) {
-        QToolButton* const button = makeButton(choice.text, choice.help, bar);
+    for (auto const& [text, help] :
+         {Choice{tr("R"), tr("Edit the red curve")}, Choice{tr("G"), tr("Edit the green curve")},
+          Choice{tr("B"), tr("Edit the blue curve")},
+          Choice{tr("All"), tr("Edit the three curves together: the same change to each")}}) {
+        QToolButton* const button = makeButton(text, help, bar);
         button->setCheckable(true);
-        button->setChecked(choice.channel == CurveWidget::allChannels);
         group->addButton(button);
-        layout->addWidget(button);
+        auto const channel = static_cast<int>(channels.size());
         connect(button, &QToolButton::clicked, this,
-                [this, channel = choice.channel] { curves->setChannel(channel); });
+                [this, channel] { model.editor.setChannel(channel); });
+        channels.append(button);
+    }
+    layout->addWidget(channels.last());
+    for (int channel = 0; channel < CurveEditor::nbChannels; ++channel) {
+        layout->addWidget(channels[channel]);
     }
     layout->addStretch(1);
-    QToolButton* const stops = makeButton(tr("Stops"), tr("The x axis in stops"), bar);
-    stops->setCheckable(true);
-    connect(stops, &QToolButton::toggled, this, [this](bool isOn) {
-        curves->setAxis(isOn ? CurveWidget::Axis::Stops : CurveWidget::Axis::Linear);
-    });
+    auto* const stops = new QToolButton(bar);
+    stops->setDefaultAction(actions->getStops());
     layout->addWidget(stops);
-    QToolButton* const fit = makeButton(tr("Fit"), tr("Fit the curve (F)"), bar);
-    connect(fit, &QToolButton::clicked, this, [this] { curves->fitCurve(); });
-    layout->addWidget(fit);
-    QToolButton* const more =
-        makeButton(QString::fromUtf8("Curve ▾"), tr("Copy, paste, reset and more"), bar);
-    menu = new QMenu(more);
-    addMenuAction(*menu, tr("Copy"), [this] { copy(); });
-    addMenuAction(*menu, tr("Paste"), [this] { paste(); });
-    addMenuAction(*menu, tr("Paste to all"), [this] {
-        int const before = curves->getChannel();
-        curves->setChannel(CurveWidget::allChannels);
-        paste();
-        curves->setChannel(before);
-    });
-    menu->addSeparator();
-    addMenuAction(*menu, tr("Straight"), [this] {
-        curves->apply("Straighten curve",
-                      CurveEditing::setHandles(curves->getPoints(), listKeys(curves->getPoints()),
-                                               CurveEditing::Handles::Straight));
-    });
-    addMenuAction(*menu, tr("Flip"),
-                  [this] { curves->apply("Flip curve", CurveEditing::flip(curves->getPoints())); });
-    addMenuAction(*menu, tr("Swap red and green"), [this] { swapCurves(0, 1); });
-    addMenuAction(*menu, tr("Swap green and blue"), [this] { swapCurves(1, 2); });
-    addMenuAction(*menu, tr("Swap red and blue"), [this] { swapCurves(0, 2); });
-    menu->addSeparator();
-    addMenuAction(*menu, tr("Reset"), [this] { reset(); });
-    addMenuAction(*menu, tr("Reset all"), [this] { document.getLink().resetCurves(); });
-    more->setMenu(menu);
-    more->setPopupMode(QToolButton::InstantPopup);
-    layout->addWidget(more);
+    layout->addWidget(
+        makeMenuButton(tr("Fit"), tr("What the graph reaches"), actions->getFitActions()));
+    layout->addWidget(
+        makeMenuButton(tr("Show"), tr("Lines and histogram"), actions->getShowActions()));
+    layout->addWidget(
+        makeMenuButton(tr("Curve"), tr("Copy, paste, reset and more"), actions->getCurveActions()));
     return bar;
 }
 
-QList<QAction*> CurvePanel::getActions() const
+QToolButton* CurvePanel::makeMenuButton(QString const& text, QString const& help,
+                                        QList<QAction*> const& offered)
 {
-    return menu->actions();
+    QToolButton* const button = makeButton(text + QString::fromUtf8(" ▾"), help, this);
+    auto* const menu = new QMenu(button);
+    menu->addActions(offered);
+    button->setMenu(menu);
+    button->setPopupMode(QToolButton::InstantPopup);
+    return button;
+}
+
+QWidget* CurvePanel::makeLine()
+{
+    auto* const bar = new QWidget(this);
+    auto* const layout = new QHBoxLayout(bar);
+    layout->setContentsMargins(0, 0, 0, 0);
+    line = new FittedLabel(bar);
+    line->setTextFormat(Qt::PlainText);
+    cure = new QPushButton(bar);
+    connect(cure, &QPushButton::clicked, this, [this] {
+        if (auto const hindrance = findCurveHindrance(model.document)) {
+            graph->attempt([&] {
+                model.document.setNumbers("Set " + hindrance->name, {hindrance->name},
+                                          hindrance->number);
+            });
+        }
+    });
+    layout->addWidget(line, 1);
+    layout->addWidget(cure);
+    // The line is as high with the button as without: nothing jumps.
+    bar->setFixedHeight(cure->sizeHint().height());
+    return bar;
 }
 
 KeyHelps CurvePanel::getKeyHelps() const
@@ -124,114 +138,80 @@ KeyHelps CurvePanel::getKeyHelps() const
     return {{tr("Click on a curve"), tr("add a key, the shape stays")},
             {tr("Drag"), tr("move the key or handle; from an empty place, select the keys within")},
             {tr("Shift and drag"), tr("along one axis")},
-            {tr("Alt and drag a handle"), tr("this handle alone")},
+            {tr("Alt and drag"), tr("a handle alone; a key's handles out of it; the graph")},
             {tr("Ctrl and click on a key"), tr("select it besides the others, or no more")},
+            {tr("Double-click on a key"), tr("reset its handles")},
             {tr("Arrows"), tr("nudge the selected keys; Shift tenfold, Ctrl a tenth")},
-            {tr("Delete"), tr("remove the selected keys")},
-            {tr("Wheel, middle button"), tr("zoom, pan")},
-            {tr("F"), tr("fit the curve")},
-            {tr("Esc"), tr("take back what is being dragged")}};
+            {tr("Tab, Shift+Tab"), tr("the next or previous key")},
+            {tr("Wheel"), tr("zoom; Shift along x, Ctrl along y, Alt the histogram's height")},
+            {tr("Middle button, wheel sideways"), tr("pan")},
+            {tr("Esc"), tr("take back what is being dragged; select nothing")}};
 }
 
-void CurvePanel::addMenuAction(QWidget& menu, QString const& text, std::function<void()> action)
+void CurvePanel::addPickActions(QMenu& menu, int number)
 {
-    auto* const added = new QAction(text, &menu);
-    connect(added, &QAction::triggered, this, std::move(action));
-    menu.addAction(added);
-}
-
-QWidget* CurvePanel::makeKeyBar()
-{
-    auto* const bar = new QWidget(this);
-    auto* const layout = new QHBoxLayout(bar);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(new QLabel(tr("Key"), bar));
-    for (auto const& [text, field] : {std::pair(tr("x"), &keyX), std::pair(tr("y"), &keyY)}) {
-        *field = new NumberField(keyStep, bar);
-        (*field)->setAccessibleName(tr("Key's %1").arg(text));
-        layout->addWidget(new QLabel(text, bar));
-        layout->addWidget(*field, 1);
-        auto const place = [this, changed = *field](double number) { placeKey(changed, number); };
-        connect(*field, &NumberField::entered, this, place);
-        connect(*field, &NumberField::dragged, this, place);
-        connect(*field, &NumberField::dragBegan, this, [this] { document.beginDrag("Place key"); });
-        connect(*field, &NumberField::dragEnded, this, [this] { document.endDrag(); });
-        connect(*field, &NumberField::dragAbandoned, this, [this] { document.abandonDrag(); });
+    Pick const* const pick = model.picks.find(number);
+    if (pick != nullptr && pick->in.has_value()) {
+        auto const& [red, green, blue, alpha] = pick->in->mean;
+        addColorActions(menu, {red, green, blue});
     }
-    handles = new QComboBox(bar);
-    handles->setAccessibleName(tr("Handles"));
-    handles->addItems({tr("Smooth"), tr("Mirrored"), tr("Broken"), tr("Flat"), tr("Straight")});
-    connect(handles, &QComboBox::activated, this, [this](int kind) {
-        curves->setSelectedHandles(static_cast<CurveEditing::Handles>(kind));
+}
+
+void CurvePanel::addColorActions(QMenu& menu, CurveLines::Color const& color)
+{
+    menu.addAction(tr("Add a key here"), this, [this, color] {
+        graph->attempt([&] { model.editor.insertKeys(model.lines.transfer(color)); });
     });
-    layout->addWidget(handles);
-    QToolButton* const remove =
-        makeButton(QString::fromUtf8("×"), tr("Remove the key (Delete)"), bar);
-    connect(remove, &QToolButton::clicked, this, [this] { curves->removeSelectedKeys(); });
-    layout->addWidget(remove);
-    return bar;
 }
 
-void CurvePanel::copy()
+void CurvePanel::refresh()
 {
-    QGuiApplication::clipboard()->setText(QString::fromStdString(formatCurve(curves->getPoints())));
+    channels[model.editor.getChannel()]->setChecked(true);
+    showLine();
 }
 
-void CurvePanel::paste()
+/// What hinders comes first, then what is pointed at, then what the tables miss.
+void CurvePanel::showLine()
 {
-    try {
-        curves->apply("Paste curve",
-                      parseCurve("the clipboard",
-                                 QGuiApplication::clipboard()->text().trimmed().toStdString()));
-    } catch (ValueError const& error) {
-        emit failed(QString::fromStdString(error.what()));
-    }
-}
-
-void CurvePanel::swapCurves(int one, int other)
-{
-    std::array<CurvePoints, 3> points = {document.getCurve(0), document.getCurve(1),
-                                         document.getCurve(2)};
-    std::swap(points[static_cast<std::size_t>(one)], points[static_cast<std::size_t>(other)]);
-    document.setCurves("Swap curves", points);
-}
-
-void CurvePanel::reset()
-{
-    if (curves->getChannel() == CurveWidget::allChannels) {
-        document.getLink().resetCurves();
-        return;
-    }
-    document.beginDrag("Reset curve");
-    document.getLink().resetCurve(curves->getChannel());
-    document.endDrag();
-}
-
-void CurvePanel::placeKey(NumberField const* changedField, double number)
-{
-    auto place = curves->getSelectedPlace();
-    if (place.has_value()) {
-        (changedField == keyX ? place->x : place->y) = static_cast<float>(number);
-        curves->placeSelectedKey(*place);
-        showSelection();
-    }
-}
-
-void CurvePanel::showSelection()
-{
-    auto const place = curves->getSelectedPlace();
-    for (QWidget* const widget : {static_cast<QWidget*>(keyX), static_cast<QWidget*>(keyY),
-                                  static_cast<QWidget*>(handles)}) {
-        widget->setEnabled(place.has_value() ||
-                           (widget == handles && !curves->getSelection().empty()));
-    }
-    if (place.has_value()) {
-        keyX->showNumber(place->x);
-        keyY->showNumber(place->y);
-        handles->setCurrentIndex(static_cast<int>(
-            CurveEditing::classifyHandles(curves->getPoints(), *curves->getSelectedKey())));
+    auto const hindrance = findCurveHindrance(model.document);
+    cure->setVisible(hindrance.has_value());
+    QPalette palette = line->palette();
+    palette.setColor(QPalette::WindowText, hindrance.has_value() ? Theme::accent : Theme::dimText);
+    QString text;
+    if (hindrance.has_value()) {
+        cure->setText(QString::fromStdString(hindrance->cure));
+        text = QString::fromStdString(hindrance->text);
+    } else if (!pointedText.isEmpty()) {
+        text = pointedText;
     } else {
-        keyX->clear();
-        keyY->clear();
+        text = QString::fromStdString(describeMissedKeys(model.document));
+        text = text.isEmpty() ? describeHistogram() : text;
     }
+    line->setPalette(palette);
+    line->setText(text);
+    line->setToolTip(text);
+}
+
+QString CurvePanel::describeHistogram() const
+{
+    auto const& counts = model.histogram.getCounts();
+    CurveDisplay const display = model.getDisplay();
+    if (counts == nullptr || display.histogram == CurveDisplay::Histogram::None) {
+        return {};
+    }
+    QString text = display.histogram == CurveDisplay::Histogram::Source ? tr("Histogram: source")
+                   : display.histogram == CurveDisplay::Histogram::Result
+                       ? tr("Histogram: result")
+                       : tr("Histogram: after the transfer");
+    text += display.isLogarithmic ? tr(", logarithmic") : QString();
+    if (model.histogram.isStale()) {
+        return text + tr(", being counted");
+    }
+    if (counts->nans > 0) {
+        text += tr(", without %L1 NaN").arg(counts->nans, 0, 'f', 0);
+    }
+    if (counts->infinities > 0) {
+        text += tr(", without %L1 infinite").arg(counts->infinities, 0, 'f', 0);
+    }
+    return text;
 }

@@ -1,47 +1,67 @@
 #pragma once
 
+#include "editor/view/curves/CurveActions.h"
 #include "editor/view/curves/CurveWidget.h"
-#include "editor/view/parameters/NumberField.h"
 #include "editor/view/window/Actions.h"
 
 #include <QWidget>
 
-class QComboBox;
+class KeyBar;
+class QLabel;
 class QMenu;
+class QPushButton;
+class QToolButton;
 
-/// The curves with what belongs to them: which channel is edited, the selected key's numbers and
-/// handles, copies and resets.
+/// The curves with what belongs to them: which channel is edited, what is shown, the selected keys'
+/// numbers, and a line that says what is under the cursor, or why the curves change nothing.
 class CurvePanel : public QWidget {
     Q_OBJECT
 
 public:
-    CurvePanel(Document& editedDocument, QWidget* parent = nullptr);
+    CurvePanel(Document& editedDocument, Plate& plate, Picks& picks, QWidget* parent = nullptr);
+    ~CurvePanel() noexcept override;
 
-    CurveWidget& getCurves() { return *curves; }
+    CurveModel& getModel() { return model; }
+    CurveWidget& getCurves() { return *graph; }
+
+    /// The histogram is not yet that of what is shown.
+    bool isCounting() const { return model.histogram.isStale(); }
 
     /// For a menu, separators among them.
-    QList<QAction*> getActions() const;
+    QList<QAction*> getActions() const { return actions->getAll(); }
     KeyHelps getKeyHelps() const;
 
+    /// Adds to a menu what curves do with a pick, or with a colour of the source.
+    void addPickActions(QMenu& menu, int number);
+    void addColorActions(QMenu& menu, CurveLines::Color const& color);
+
 signals:
+    /// The histogram is that of what is shown.
+    void counted();
     /// Something could not be done.
     void failed(QString const& sentence);
 
 private:
-    QWidget* makeChannelBar();
-    QWidget* makeKeyBar();
-    void addMenuAction(QWidget& menu, QString const& text, std::function<void()> action);
-    void copy();
-    void paste();
-    void swapCurves(int one, int other);
-    void reset();
-    void placeKey(NumberField const* changedField, double number);
-    void showSelection();
+    QWidget* makeBar();
+    QToolButton* makeMenuButton(QString const& text, QString const& help,
+                                QList<QAction*> const& offered);
+    QWidget* makeLine();
+    void refresh();
+    void showLine();
+    QString describeHistogram() const;
 
-    Document& document;
-    CurveWidget* curves;
-    QMenu* menu = nullptr;
-    NumberField* keyX = nullptr;
-    NumberField* keyY = nullptr;
-    QComboBox* handles = nullptr;
+    CurveModel model;
+    CurveWidget* graph;
+    CurveActions* actions;
+    QList<QToolButton*> channels;
+    QLabel* line = nullptr;
+    QPushButton* cure = nullptr;
+    QString pointedText;
+    CbFunction<CurveEditor const> edited{[this](CurveEditor const&) { refresh(); }};
+    CbFunction<CurveHistogram const> histogramChanged{[this](CurveHistogram const&) {
+        showLine();
+        if (!isCounting()) {
+            emit counted();
+        }
+    }};
 };

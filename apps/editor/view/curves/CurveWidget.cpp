@@ -1,512 +1,553 @@
 #include "editor/view/curves/CurveWidget.h"
 
+#include "editor/view/curves/CurvePainter.h"
 #include "editor/view/window/Theme.h"
-#include "plots/PlotScale.h"
+#include "session/Failures.h"
 
+#include <QAction>
+#include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QNativeGestureEvent>
 #include <QPainter>
-#include <QPainterPath>
 #include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
-#include <stdexcept>
+#include <exception>
 
 namespace {
 
-using CurveEditing::Handles;
+using CurveEditing::Move;
 using CurveEditing::Side;
 
-constexpr double gripReach = 8.0; // pixels
-constexpr double curveReach = 6.0;
-constexpr double keyRadius = 4.0;
-constexpr double handleRadius = 3.0;
-constexpr double curveZoomPerNotch = 1.2;
-constexpr double leastRange = 1e-4;
-constexpr double greatestRange = 1e5;
+constexpr double graphZoomPerNotch = 1.2;
+constexpr double wheelUnitsPerNotch = QWheelEvent::DefaultDeltasPerStep;
+constexpr double fontShare = 0.88;
 constexpr float nudgeStep = 0.005F;
-constexpr double firstStop = -8.0;
-constexpr double lastStop = 6.0;
-constexpr double farStop = 100.0; // beyond every view, and a float still
-constexpr int nbTransferParts = 32;
-
-/// Distinct without colour.
-constexpr Qt::PenStyle styles[] = {Qt::SolidLine, Qt::DashLine, Qt::DotLine};
-
-double measure(QPointF const& a, QPointF const& b)
-{
-    return std::hypot(a.x() - b.x(), a.y() - b.y());
-}
+constexpr float nudgeStops = 0.05F;
+constexpr double leastFittedStop = -12.0; // what is darker is noise
 
 float findNudgeFactor(Qt::KeyboardModifiers modifiers)
 {
     return modifiers & Qt::ShiftModifier ? 10.0F : modifiers & Qt::ControlModifier ? 0.1F : 1.0F;
 }
 
+bool isArrow(int key)
+{
+    return key == Qt::Key_Left || key == Qt::Key_Right || key == Qt::Key_Up || key == Qt::Key_Down;
+}
+
+/// Six digits at most; what is no number by name.
+QString format(float value)
+{
+    return std::isnan(value)   ? QStringLiteral("nan")
+           : std::isinf(value) ? QString(value > 0 ? "inf" : "-inf")
+                               : QString::number(static_cast<double>(value), 'g', 4);
+}
+
+/// One number where the channels have the same.
+QString formatChannels(CurveLines::Color const& values)
+{
+    return values[0] == values[1] && values[0] == values[2]
+               ? format(values[0])
+               : QString("R %1  G %2  B %3")
+                     .arg(format(values[0]), format(values[1]), format(values[2]));
+}
+
+struct Extent {
+    double low;
+    double high;
+
+    void add(double value)
+    {
+        if (std::isfinite(value)) {
+            low = std::min(low, value);
+            high = std::max(high, value);
+        }
+    }
+};
+
+Extent getPlainExtent(CurveAxis axis)
+{
+    return axis == CurveAxis::Stops ? Extent{-8.0, 1.0} : Extent{0.0, 1.0};
+}
+
+/// From x to y, by coordinates on the axis.
+GraphRange enclose(Extent const& x, Extent const& y)
+{
+    return addMargin({x.low, y.low, x.high - x.low, y.high - y.low});
+}
+
 } // namespace
 
-CurveWidget::CurveWidget(Document& editedDocument, QWidget* parent)
-    : QWidget(parent), document(editedDocument)
+CurveWidget::CurveWidget(CurveModel& shownModel, QWidget* parent)
+    : QWidget(parent), model(shownModel), shownAxis(model.getDisplay().axis)
 {
     setFocusPolicy(Qt::StrongFocus);
-    setMinimumSize(280, 240);
+    setMinimumSize(240, 160);
     setAccessibleName(tr("Curves"));
     setAttribute(Qt::WA_OpaquePaintEvent);
-    document.getNode().addHandler(&changed);
+    setMouseTracking(true);
+    QFont small = font();
+    small.setPointSizeF(small.pointSizeF() * fontShare);
+    setFont(small);
+    model.editor.addHandler(&edited);
+    model.histogram.addHandler(&counted);
+    model.document.getNode().addHandler(&changed);
+    model.picks.addHandler(&picked);
 }
 
-void CurveWidget::setChannel(int newChannel)
+// ---- What is seen ----
+
+GraphRange CurveWidget::getRange() const
 {
-    channel = newChannel;
-    select({});
+    return readCurveView(model.document.getLink()).value_or(getPlainRange(shownAxis));
+}
+
+void CurveWidget::setRange(GraphRange const& range)
+{
+    writeCurveView(model.document.getLink(), range);
     update();
 }
 
-void CurveWidget::setAxis(Axis newAxis)
+CurveScale CurveWidget::getScale() const
 {
-    axis = newAxis;
-    fitCurve();
-}
-
-std::optional<std::size_t> CurveWidget::getSelectedKey() const
-{
-    return selection.size() == 1 ? std::optional(selection.front()) : std::nullopt;
-}
-
-bool CurveWidget::isSelected(std::size_t key) const
-{
-    return std::find(selection.begin(), selection.end(), key) != selection.end();
-}
-
-std::optional<GePoint2<float>> CurveWidget::getSelectedPlace() const
-{
-    auto const key = getSelectedKey();
-    return key.has_value() ? std::optional(CurveEditing::getKey(getPoints(), *key)) : std::nullopt;
-}
-
-void CurveWidget::placeSelectedKey(GePoint2<float> const& place)
-{
-    auto const key = getSelectedKey();
-    if (key.has_value()) {
-        apply("Place key", CurveEditing::placeKey(getPoints(), *key, place));
-    }
-}
-
-void CurveWidget::setSelectedHandles(Handles handles)
-{
-    if (!selection.empty()) {
-        apply("Change handles", CurveEditing::setHandles(getPoints(), selection, handles));
-    }
-}
-
-void CurveWidget::removeSelectedKeys()
-{
-    if (!selection.empty()) {
-        CurveEditing::Selection const keys = selection;
-        select({});
-        apply(keys.size() == 1 ? "Remove key" : "Remove keys",
-              CurveEditing::removeKeys(getPoints(), keys));
-    }
-}
-
-void CurveWidget::apply(std::string const& label, CurvePoints const& points)
-{
-    std::array<CurvePoints, 3> curves;
-    for (int curve = 0; curve < ControllerLink::nbChannels; ++curve) {
-        bool const isEdited = channel == allChannels || curve == channel;
-        curves[static_cast<std::size_t>(curve)] = isEdited ? points : document.getCurve(curve);
-    }
-    try {
-        document.setCurves(label, curves);
-    } catch (ValueError const& error) {
-        emit failed(QString::fromStdString(error.what()));
-    } catch (std::invalid_argument const& error) { // keyframes of other numbers of keys
-        emit failed(QString::fromStdString(error.what()));
-    }
-}
-
-void CurveWidget::fitCurve()
-{
-    CurvePoints const points = getPoints();
-    QRectF bounds(0.0, 0.0, 1.0, 1.0);
-    if (axis == Axis::Stops) {
-        bounds.setLeft(firstStop);
-        bounds.setRight(lastStop);
-    }
-    for (std::size_t key = 0; key < CurveEditing::countKeys(points); ++key) {
-        GePoint2<float> const place = CurveEditing::getKey(points, key);
-        bool const isOnAxis = axis == Axis::Linear || place.x > 0.0F;
-        bounds.setLeft(isOnAxis ? std::min(bounds.left(), toAxis(place.x)) : bounds.left());
-        bounds.setRight(isOnAxis ? std::max(bounds.right(), toAxis(place.x)) : bounds.right());
-        bounds.setTop(std::min<double>(bounds.top(), place.y));
-        bounds.setBottom(std::max<double>(bounds.bottom(), place.y));
-    }
-    double const dx = bounds.width() * 0.08;
-    double const dy = bounds.height() * 0.08;
-    range = bounds.adjusted(-dx, -dy, dx, dy);
-    update();
-}
-
-double CurveWidget::toAxis(double x) const
-{
-    if (axis == Axis::Linear) {
-        return x;
-    }
-    return x > 0.0 ? std::log2(x) : -farStop;
-}
-
-double CurveWidget::fromAxis(double place) const
-{
-    return axis == Axis::Linear ? place : std::exp2(std::clamp(place, -farStop, farStop));
+    return {shownAxis, getRange(), double(width()), double(height())};
 }
 
 QPointF CurveWidget::toWidget(GePoint2<float> const& place) const
 {
-    return {(toAxis(place.x) - range.left()) / range.width() * width(),
-            height() - (place.y - range.top()) / range.height() * height()};
+    CurveScale const scale = getScale();
+    return {scale.toPlaceX(place.x), scale.toPlaceY(place.y)};
 }
 
-GePoint2<float> CurveWidget::toCurve(QPointF const& place) const
+/// Another axis has other coordinates: everything is fitted anew.
+void CurveWidget::showDisplay()
 {
-    return {static_cast<float>(fromAxis(range.left() + place.x() / width() * range.width())),
-            static_cast<float>(range.top() + (height() - place.y()) / height() * range.height())};
-}
-
-std::vector<float> CurveWidget::makeSamplePlaces() const
-{
-    std::vector<float> places;
-    for (int x = 0; x <= width(); ++x) {
-        places.push_back(toCurve(QPointF(x, 0)).x);
+    CurveAxis const axis = model.getDisplay().axis;
+    if (axis != shownAxis) {
+        shownAxis = axis;
+        fitPicture();
     }
-    return places;
+    update();
+}
+
+void CurveWidget::fitCurve()
+{
+    CurveScale const scale = getScale();
+    Extent x = getPlainExtent(shownAxis);
+    Extent y{0.0, 1.0};
+    for (int channel = 0; channel < CurveEditor::nbChannels; ++channel) {
+        CurvePoints const points = model.editor.getCurve(channel);
+        for (std::size_t key = 0;
+             model.editor.isEdited(channel) && key < CurveEditing::countKeys(points); ++key) {
+            x.add(scale.toCoordinate(CurveEditing::getKey(points, key).x));
+            y.add(CurveEditing::getKey(points, key).y);
+        }
+    }
+    setRange(enclose(x, y));
+}
+
+void CurveWidget::fitPicture()
+{
+    auto const& extent = model.histogram.getExtent();
+    if (!extent.has_value()) {
+        fitCurve();
+        return;
+    }
+    CurveScale const scale = getScale();
+    Extent x = getPlainExtent(shownAxis);
+    Extent y{0.0, 1.0};
+    for (CurveLines::Color const& in : {extent->low, extent->high}) {
+        CurveLines::Color const between = model.lines.transfer(in);
+        CurveLines::Color const out = model.lines.finish(in);
+        for (std::size_t channel = 0; channel < in.size(); ++channel) {
+            x.add(scale.toCoordinate(in[channel]));
+            x.add(scale.toCoordinate(between[channel]));
+            y.add(between[channel]);
+            y.add(out[channel]);
+        }
+    }
+    if (shownAxis == CurveAxis::Stops) {
+        x.low = std::max(x.low, leastFittedStop);
+    }
+    setRange(enclose(x, y));
 }
 
 void CurveWidget::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     painter.fillRect(rect(), Theme::field);
-    drawGrid(painter);
+    CurveScale const scale = getScale();
+    CurvePainter graph(painter, model, scale, font());
+    graph.drawGrid();
+    graph.drawHistogram(devicePixelRatioF());
     painter.setRenderHint(QPainter::Antialiasing);
-    drawTransfer(painter);
-    for (int curve = ControllerLink::nbChannels - 1; curve >= 0; --curve) {
-        if (curve != getFirstChannel()) {
-            drawCurve(painter, curve);
-        }
-    }
-    drawCurve(painter, getFirstChannel());
-    drawKeys(painter);
-    if (rubber.has_value()) {
+    graph.drawTransfers();
+    graph.drawCurves(hoveredCurve);
+    graph.drawBoth();
+    graph.drawMarks();
+    graph.drawKeys(hovered);
+    if (band.has_value()) {
         painter.setPen(QPen(Theme::accent, 1.0, Qt::DotLine));
         painter.setBrush(Qt::NoBrush);
-        painter.drawRect(rubber->normalized());
+        painter.drawRect(band->normalized());
+    }
+    if (hasFocus()) {
+        painter.setRenderHint(QPainter::Antialiasing, false);
+        painter.setPen(Theme::accent);
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(rect().adjusted(0, 0, -1, -1));
     }
 }
 
-void CurveWidget::drawGrid(QPainter& painter) const
-{
-    QFont small = font();
-    small.setPointSizeF(small.pointSizeF() * 0.85);
-    painter.setFont(small);
-    FigureAxis ticks;
-    ticks.low = range.left();
-    ticks.high = range.right();
-    ticks.unit = axis == Axis::Stops ? FigureAxis::Unit::Stop : FigureAxis::Unit::Value;
-    for (PlotTick const& tick : makeTicks(ticks)) {
-        double const x = (tick.place - range.left()) / range.width() * width();
-        painter.setPen(Theme::grid);
-        painter.drawLine(QPointF(x, 0), QPointF(x, height()));
-        painter.setPen(Theme::dimText);
-        painter.drawText(QPointF(x + 3, height() - 4), QString::fromStdString(tick.label));
-    }
-    ticks.low = range.top();
-    ticks.high = range.bottom();
-    ticks.unit = FigureAxis::Unit::Value;
-    for (PlotTick const& tick : makeTicks(ticks)) {
-        double const y = toWidget({1.0F, static_cast<float>(tick.place)}).y();
-        painter.setPen(Theme::grid);
-        painter.drawLine(QPointF(0, y), QPointF(width(), y));
-        painter.setPen(Theme::dimText);
-        painter.drawText(QPointF(4, y - 3), QString::fromStdString(tick.label));
-    }
-    painter.setPen(Theme::frame);
-    painter.drawRect(QRectF(toWidget({0.0F, 1.0F}), toWidget({1.0F, 0.0F})));
-}
+// ---- Mouse ----
 
-void CurveWidget::drawTransfer(QPainter& painter) const
+void CurveWidget::attempt(std::function<void()> const& edit)
 {
-    ControllerLink const& link = document.getLink();
-    ControllerLink::Mode const mode = document.getMode();
-    std::array<float, ControllerLink::nbParams> params{};
-    for (int param = 0; param < ControllerLink::nbParams; ++param) {
-        params[static_cast<std::size_t>(param)] = static_cast<float>(
-            document.getNumber(link.getParamInputName(mode, param, getFirstChannel())));
+    try {
+        edit();
+    } catch (std::exception const&) {
+        emit failed(QString::fromStdString(describeCurrentFailure().text));
     }
-    // In parts, because samples are evenly spread over values and not over stops.
-    QPolygonF line;
-    int const samples = std::max(width() / nbTransferParts, 2);
-    for (int part = 0; part < nbTransferParts; ++part) {
-        auto const edge = [&](int index) {
-            return static_cast<float>(
-                fromAxis(range.left() + range.width() * index / nbTransferParts));
-        };
-        float const low = edge(part);
-        float const high = edge(part + 1);
-        float const step = (high - low) / static_cast<float>(samples);
-        if (!(low + step > low && high + step > high)) {
-            continue; // so near that floats cannot tell the places apart
-        }
-        for (GePoint2<float> const& point : link.computeCurve(mode, params, {low, high}, samples)) {
-            if (std::isfinite(point.y)) {
-                line.append(toWidget(point));
-            }
-        }
-    }
-    painter.setPen(QPen(Theme::dimText, 1.2, Qt::DashDotLine));
-    painter.drawPolyline(line);
-}
-
-void CurveWidget::drawCurve(QPainter& painter, int curve) const
-{
-    std::vector<float> const places = makeSamplePlaces();
-    CurvePoints const points = document.getCurve(curve);
-    if (points.empty()) {
-        return;
-    }
-    std::vector<float> const values = document.getLink().mapThroughCurve(points, places);
-    QPolygonF line;
-    for (std::size_t index = 0; index < places.size(); ++index) {
-        line.append(toWidget({places[index], values[index]}));
-    }
-    bool const isEdited = channel == allChannels || curve == channel;
-    QColor color = Theme::channels[curve];
-    color.setAlphaF(isEdited ? 1.0F : 0.6F);
-    painter.setPen(QPen(color, isEdited ? 2.0 : 1.4, styles[curve]));
-    painter.drawPolyline(line);
-}
-
-void CurveWidget::drawKeys(QPainter& painter) const
-{
-    CurvePoints const points = getPoints();
-    auto const single = getSelectedKey();
-    if (single.has_value()) {
-        QPointF const key = toWidget(CurveEditing::getKey(points, *single));
-        painter.setPen(QPen(Theme::text, 1.0));
-        painter.setBrush(Theme::field);
-        for (Side const side : {Side::Incoming, Side::Outgoing}) {
-            QPointF const handle = toWidget(CurveEditing::getCountingHandle(points, *single, side));
-            painter.drawLine(key, handle);
-            painter.drawEllipse(handle, handleRadius, handleRadius);
-        }
-    }
-    for (std::size_t key = 0; key < CurveEditing::countKeys(points); ++key) {
-        bool const isChosen = isSelected(key);
-        painter.setPen(QPen(isChosen ? Theme::accent : Theme::text, 1.4));
-        painter.setBrush(isChosen ? Theme::accent : Theme::field);
-        QPointF const place = toWidget(CurveEditing::getKey(points, key));
-        painter.drawRect(
-            QRectF(place.x() - keyRadius, place.y() - keyRadius, 2 * keyRadius, 2 * keyRadius));
-    }
-}
-
-/// The selected key's handles lie above keys; a handle that lies on its key is not to be had.
-std::optional<CurveWidget::Grip> CurveWidget::findGrip(QPointF const& place) const
-{
-    CurvePoints const points = getPoints();
-    for (std::size_t key = 0; key < CurveEditing::countKeys(points); ++key) {
-        if (measure(toWidget(CurveEditing::getKey(points, key)), place) <= gripReach) {
-            return Grip{key, {}};
-        }
-    }
-    auto const single = getSelectedKey();
-    if (single.has_value()) {
-        for (Side const side : {Side::Incoming, Side::Outgoing}) {
-            QPointF const handle = toWidget(CurveEditing::getCountingHandle(points, *single, side));
-            if (measure(handle, place) <= gripReach) {
-                return Grip{*single, side};
-            }
-        }
-    }
-    return {};
-}
-
-bool CurveWidget::isOnCurve(QPointF const& place) const
-{
-    std::vector<float> places;
-    for (double x = place.x() - curveReach; x <= place.x() + curveReach; x += 1.0) {
-        places.push_back(toCurve(QPointF(x, 0)).x);
-    }
-    std::vector<float> const values = document.getLink().mapThroughCurve(getPoints(), places);
-    for (std::size_t index = 0; index < places.size(); ++index) {
-        if (measure(toWidget({places[index], values[index]}), place) <= curveReach) {
-            return true;
-        }
-    }
-    return false;
 }
 
 void CurveWidget::mousePressEvent(QMouseEvent* event)
 {
     pressed = event->position();
-    isPanning = event->button() == Qt::MiddleButton;
-    if (event->button() != Qt::LeftButton) {
+    if (drag != Drag::None) {
         return;
     }
-    gripped = findGrip(pressed);
-    bool const isToggle = event->modifiers() & Qt::ControlModifier;
-    if (isToggle && gripped.has_value() && !gripped->handle.has_value()) {
-        toggle(gripped->key);
-        gripped.reset();
-        return;
+    if (event->button() == Qt::MiddleButton) {
+        drag = Drag::Pan;
+        setCursor(Qt::ClosedHandCursor);
+    } else if (event->button() == Qt::LeftButton) {
+        attempt([&] { pressCurve(*event); });
     }
-    if (!gripped.has_value() && (isToggle || !isOnCurve(pressed))) {
-        select({});
-        rubber = QRectF(pressed, pressed);
-        return;
+}
+
+void CurveWidget::pressCurve(QMouseEvent const& event)
+{
+    CurveScale const scale = getScale();
+    CurveHits const hits(model, scale);
+    gripped = hits.findGrip(pressed);
+    wasThere = gripped.has_value();
+    bool const hasControl = event.modifiers() & Qt::ControlModifier;
+    bool const hasAlt = event.modifiers() & Qt::AltModifier;
+    if (gripped.has_value() && gripped->handle.has_value()) {
+        grippedAt = pressed;
+        startDrag(Drag::Handle, "Move handle");
+    } else if (gripped.has_value() && hasControl) {
+        model.editor.toggle(gripped->key);
+    } else if (gripped.has_value()) {
+        if (hasAlt || !model.editor.isSelected(gripped->key)) {
+            model.editor.select(gripped->key);
+        }
+        grippedAt = hits.placeKey(gripped->key);
+        startDrag(hasAlt ? Drag::Pull : Drag::Keys, hasAlt ? "Pull handles"
+                                                    : model.editor.countSelected() > 1
+                                                        ? "Move keys"
+                                                        : "Move key");
+    } else if (auto const curve = hasControl || hasAlt ? std::nullopt : hits.findCurve(pressed)) {
+        model.editor.beginDragOfNew(*curve, static_cast<float>(scale.toX(pressed.x())));
+        gripped = CurveGrip{*model.editor.getOnlyKey()};
+        grippedAt = hits.placeKey(gripped->key);
+        drag = Drag::Keys;
+    } else if (hasAlt) {
+        drag = Drag::Pan;
+        setCursor(Qt::ClosedHandCursor);
+    } else {
+        drag = Drag::Band;
+        band = QRectF(pressed, pressed);
+        if (!hasControl) {
+            model.editor.selectNone();
+        }
     }
-    document.beginDrag(
-        gripped.has_value() ? gripped->handle.has_value() ? "Move handle" : "Move key" : "Add key");
-    if (!gripped.has_value()) {
-        CurveEditing::Insertion const added =
-            CurveEditing::insertKey(getPoints(), toCurve(pressed).x);
-        apply("Add key", added.points);
-        gripped = Grip{added.key, {}};
-        select({added.key});
-    }
-    if (!isSelected(gripped->key)) {
-        select({gripped->key});
-    }
-    pointsAtPress = getPoints();
+}
+
+void CurveWidget::startDrag(Drag kind, std::string const& label)
+{
+    model.editor.beginDrag(label);
+    drag = kind;
 }
 
 void CurveWidget::mouseMoveEvent(QMouseEvent* event)
 {
-    if (isPanning) {
-        QPointF const moved = event->position() - pressed;
-        range.translate(-moved.x() / width() * range.width(),
-                        moved.y() / height() * range.height());
-        pressed = event->position();
-        update();
-    } else if (rubber.has_value()) {
-        rubber->setBottomRight(event->position());
-        selectWithin(rubber->normalized());
-    } else if (gripped.has_value()) {
-        moveGrip(event->position(), event->modifiers());
-    }
-}
-
-void CurveWidget::moveGrip(QPointF const& place, Qt::KeyboardModifiers modifiers)
-{
-    GePoint2<float> const from = toCurve(pressed);
-    GePoint2<float> const to = toCurve(place);
-    GePoint2<float> moved{to.x - from.x, to.y - from.y};
-    if (modifiers & Qt::ShiftModifier) {
-        QPointF const distance = place - pressed;
-        bool const isAlongX = std::abs(distance.x()) >= std::abs(distance.y());
-        (isAlongX ? moved.y : moved.x) = 0.0F;
-    }
-    if (gripped->handle.has_value()) {
-        GePoint2<float> const handle =
-            CurveEditing::getCountingHandle(pointsAtPress, gripped->key, *gripped->handle);
-        Handles const kind = CurveEditing::classifyHandles(pointsAtPress, gripped->key);
-        bool const isAlone = modifiers & Qt::AltModifier || kind == Handles::Broken;
-        Handles const kept = kind == Handles::Mirrored ? kind : Handles::Smooth;
-        apply("Move handle", CurveEditing::moveHandle(pointsAtPress, gripped->key, *gripped->handle,
-                                                      {handle.x + moved.x, handle.y + moved.y},
-                                                      isAlone ? Handles::Broken : kept));
+    if (drag == Drag::None) {
+        hover(event->position());
     } else {
-        apply("Move key", CurveEditing::moveKeys(pointsAtPress, selection, moved.x, moved.y));
+        attempt([&] { continueDrag(event->position(), event->modifiers()); });
     }
 }
 
-void CurveWidget::mouseReleaseEvent(QMouseEvent*)
+void CurveWidget::continueDrag(QPointF const& place, Qt::KeyboardModifiers modifiers)
 {
+    if (drag == Drag::Pan) {
+        pan(place - pressed);
+        pressed = place;
+    } else if (drag == Drag::Band) {
+        band->setBottomRight(place);
+        selectWithin(band->normalized());
+    } else {
+        dragGrip(place, modifiers);
+        emit pointed(describe(place));
+    }
+}
+
+/// The grip goes where the cursor goes, from where it was.
+void CurveWidget::dragGrip(QPointF const& place, Qt::KeyboardModifiers modifiers)
+{
+    CurveScale const scale = getScale();
+    QPointF way = place - pressed;
+    if (modifiers & Qt::ShiftModifier) {
+        (std::abs(way.x()) >= std::abs(way.y()) ? way.ry() : way.rx()) = 0.0;
+    }
+    double const fromX = scale.toX(grippedAt.x());
+    double const toX = scale.toX(grippedAt.x() + way.x());
+    auto const dx = static_cast<float>(toX - fromX);
+    auto const dy = static_cast<float>(-way.y() / height() * scale.getRange().height);
+    if (drag == Drag::Handle) {
+        bool const isAlone = modifiers & Qt::AltModifier;
+        model.editor.dragHandle(*gripped->handle, dx, dy,
+                                isAlone ? CurveEditor::Other::Stays : CurveEditor::Other::Follows);
+    } else if (drag == Drag::Pull) {
+        model.editor.pullHandles(dx, dy);
+    } else if (shownAxis == CurveAxis::Stops && fromX > 0.0 && toX > 0.0) {
+        model.editor.dragSelected({0.0F, dy, static_cast<float>(toX / fromX)});
+    } else {
+        model.editor.dragSelected({dx, dy});
+    }
+}
+
+void CurveWidget::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (drag == Drag::Keys || drag == Drag::Handle || drag == Drag::Pull) {
+        model.editor.endDrag();
+    }
+    drag = Drag::None;
     gripped.reset();
-    rubber.reset();
-    isPanning = false;
-    document.endDrag();
+    band.reset();
+    hover(event->position());
     update();
+}
+
+/// The first click of the two may have added the key: that one stays as it is.
+void CurveWidget::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    CurveScale const scale = getScale();
+    auto const grip = CurveHits(model, scale).findGrip(event->position());
+    if (event->button() == Qt::LeftButton && wasThere && grip.has_value() &&
+        !grip->handle.has_value()) {
+        attempt([&] {
+            model.editor.select(grip->key);
+            model.editor.resetHandles();
+        });
+    } else {
+        mousePressEvent(event);
+    }
+}
+
+void CurveWidget::contextMenuEvent(QContextMenuEvent* event)
+{
+    if (drag == Drag::None) {
+        emit menuAsked(event->pos(), event->globalPos());
+    }
+}
+
+void CurveWidget::selectWithin(QRectF const& within)
+{
+    CurveScale const scale = getScale();
+    model.editor.selectWithin([&](GePoint2<float> const& key) {
+        return within.contains(QPointF(scale.toPlaceX(key.x), scale.toPlaceY(key.y)));
+    });
+}
+
+void CurveWidget::giveUp()
+{
+    if (drag == Drag::Keys || drag == Drag::Handle || drag == Drag::Pull) {
+        model.editor.abandonDrag();
+    } else if (drag == Drag::None || drag == Drag::Band) {
+        model.editor.selectNone();
+    }
+    drag = Drag::None;
+    gripped.reset();
+    band.reset();
+    update();
+}
+
+// ---- Hovering ----
+
+void CurveWidget::hover(QPointF const& place)
+{
+    CurveScale const scale = getScale();
+    CurveHits const hits(model, scale);
+    cursorAt = place;
+    hovered = hits.findGrip(place);
+    hoveredCurve = hovered.has_value() ? std::nullopt : hits.findCurve(place);
+    setCursor(hovered.has_value()        ? Qt::SizeAllCursor
+              : hoveredCurve.has_value() ? Qt::PointingHandCursor
+                                         : Qt::ArrowCursor);
+    emit pointed(describe(place));
+    update();
+}
+
+void CurveWidget::unhover()
+{
+    cursorAt.reset();
+    hovered.reset();
+    hoveredCurve.reset();
+    emit pointed({});
+    update();
+}
+
+void CurveWidget::leaveEvent(QEvent*)
+{
+    unhover();
+}
+
+QString CurveWidget::describe(QPointF const& place) const
+{
+    CurveScale const scale = getScale();
+    auto const& key = gripped.has_value() ? gripped : hovered;
+    if (key.has_value()) {
+        CurvePoints const points = model.editor.getCurve(key->key.channel);
+        GePoint2<float> const there =
+            key->handle.has_value() ? CurveEditing::getHandle(points, key->key.key, *key->handle)
+                                    : CurveEditing::getKey(points, key->key.key);
+        return (key->handle.has_value()
+                    ? tr("handle")
+                    : tr("key %1 of %2").arg(key->key.key + 1).arg(points.size() / 3)) +
+               QString("   x %1   y %2").arg(format(there.x), format(there.y));
+    }
+    auto const x = static_cast<float>(scale.toX(place.x()));
+    CurveLines::Color const grey{x, x, x};
+    return QString::fromUtf8("%1 → %2").arg(format(x), formatChannels(model.lines.curve(grey))) +
+           (model.getDisplay().hasTransfer
+                ? tr("   transfer %1").arg(formatChannels(model.lines.transfer(grey)))
+                : QString()) +
+           (model.getDisplay().hasBoth
+                ? tr("   both %1").arg(formatChannels(model.lines.finish(grey)))
+                : QString());
+}
+
+// ---- Zoom and pan ----
+
+void CurveWidget::pan(QPointF const& by)
+{
+    CurveScale const scale = getScale();
+    GraphRange range = scale.getRange();
+    range.left -= by.x() / (width() - scale.getStart()) * range.width;
+    range.bottom += by.y() / height() * range.height;
+    setRange(range);
+}
+
+void CurveWidget::zoom(QPointF const& about, double factorX, double factorY)
+{
+    CurveScale const scale = getScale();
+    double const x = std::max(about.x(), scale.getStart());
+    setRange(zoomRange(shownAxis, scale.getRange(), scale.toCoordinateOfPlace(x),
+                       scale.toY(about.y()), factorX, factorY));
+    if (cursorAt.has_value()) {
+        hover(*cursorAt);
+    }
 }
 
 void CurveWidget::wheelEvent(QWheelEvent* event)
 {
-    double const factor = std::pow(
-        curveZoomPerNotch, -event->angleDelta().y() / double{QWheelEvent::DefaultDeltasPerStep});
-    GePoint2<float> const about = toCurve(event->position());
-    double const newWidth = std::clamp(range.width() * factor, leastRange, greatestRange);
-    double const newHeight = std::clamp(range.height() * factor, leastRange, greatestRange);
-    double const x = toAxis(about.x);
-    range =
-        QRectF(x - (x - range.left()) * newWidth / range.width(),
-               about.y - (about.y - range.top()) * newHeight / range.height(), newWidth, newHeight);
-    update();
+    if (drag == Drag::None || drag == Drag::Pan) {
+        zoomByWheel(*event);
+    }
     event->accept();
+}
+
+/// Wheels turn in notches, trackpads in small steps and sideways.
+void CurveWidget::zoomByWheel(QWheelEvent const& event)
+{
+    QPointF const turned = QPointF(event.angleDelta()) / wheelUnitsPerNotch;
+    if (event.modifiers() & Qt::AltModifier) { // by which some systems turn sideways
+        CurveDisplay display = model.getDisplay();
+        display.histogramZoom *= std::pow(graphZoomPerNotch, turned.x() + turned.y());
+        model.setDisplay(display);
+        return;
+    }
+    if (std::abs(turned.x()) > std::abs(turned.y())) {
+        constexpr double pixelsPerNotch = 60.0;
+        pan({turned.x() * pixelsPerNotch, 0.0});
+        return;
+    }
+    double const factor = std::pow(graphZoomPerNotch, turned.y());
+    bool const isOneAxis = event.modifiers() & (Qt::ShiftModifier | Qt::ControlModifier);
+    bool const isX = event.modifiers() & Qt::ShiftModifier;
+    zoom(event.position(), isOneAxis && !isX ? 1.0 : factor, isOneAxis && isX ? 1.0 : factor);
+}
+
+// ---- Keys ----
+
+QAction* CurveWidget::findAction(QKeyEvent const& event) const
+{
+    QKeySequence const pressedKeys(event.keyCombination());
+    for (QAction* const action : actions()) {
+        if (action->isEnabled() && action->shortcuts().contains(pressedKeys)) {
+            return action;
+        }
+    }
+    return nullptr;
+}
+
+bool CurveWidget::event(QEvent* event)
+{
+    if (event->type() == QEvent::ShortcutOverride) {
+        auto const& key = static_cast<QKeyEvent const&>(*event);
+        if (findAction(key) != nullptr || isArrow(key.key()) || key.key() == Qt::Key_Escape) {
+            event->accept();
+            return true;
+        }
+    }
+    if (event->type() == QEvent::NativeGesture) {
+        auto const& gesture = static_cast<QNativeGestureEvent const&>(*event);
+        if (gesture.gestureType() == Qt::ZoomNativeGesture) {
+            zoom(gesture.position(), 1.0 + gesture.value(), 1.0 + gesture.value());
+            return true;
+        }
+    }
+    return QWidget::event(event);
 }
 
 void CurveWidget::keyPressEvent(QKeyEvent* event)
 {
-    switch (event->key()) {
-    case Qt::Key_Delete:
-    case Qt::Key_Backspace: removeSelectedKeys(); break;
-    case Qt::Key_Left: nudge(-nudgeStep, 0.0F, event->modifiers()); break;
-    case Qt::Key_Right: nudge(nudgeStep, 0.0F, event->modifiers()); break;
-    case Qt::Key_Up: nudge(0.0F, nudgeStep, event->modifiers()); break;
-    case Qt::Key_Down: nudge(0.0F, -nudgeStep, event->modifiers()); break;
-    case Qt::Key_F: fitCurve(); break;
-    case Qt::Key_Escape:
-        if (gripped.has_value()) {
-            gripped.reset();
-            select({});
-            document.abandonDrag();
-        }
-        break;
-    default: QWidget::keyPressEvent(event);
-    }
-}
-
-void CurveWidget::nudge(float dx, float dy, Qt::KeyboardModifiers modifiers)
-{
-    if (!selection.empty()) {
-        float const factor = findNudgeFactor(modifiers);
-        apply("Nudge key",
-              CurveEditing::moveKeys(getPoints(), selection, dx * factor, dy * factor));
-    }
-}
-
-void CurveWidget::select(CurveEditing::Selection const& keys)
-{
-    selection = keys;
-    update();
-    emit selectionChanged();
-}
-
-void CurveWidget::toggle(std::size_t key)
-{
-    CurveEditing::Selection keys = selection;
-    if (isSelected(key)) {
-        keys.erase(std::find(keys.begin(), keys.end(), key));
+    if (event->key() == Qt::Key_Escape) {
+        giveUp();
+    } else if (drag != Drag::None) {
+        event->accept(); // the drag ends first
+    } else if (isArrow(event->key())) {
+        attempt([&] { nudge(event->key(), event->modifiers()); });
+    } else if (QAction* const action = findAction(*event)) {
+        action->trigger();
     } else {
-        keys.insert(std::upper_bound(keys.begin(), keys.end(), key), key);
+        QWidget::keyPressEvent(event);
     }
-    select(keys);
 }
 
-void CurveWidget::selectWithin(QRectF const& bounds)
+void CurveWidget::nudge(int key, Qt::KeyboardModifiers modifiers)
 {
-    CurvePoints const points = getPoints();
-    CurveEditing::Selection keys;
-    for (std::size_t key = 0; key < CurveEditing::countKeys(points); ++key) {
-        if (bounds.contains(toWidget(CurveEditing::getKey(points, key)))) {
-            keys.push_back(key);
-        }
+    float const factor = findNudgeFactor(modifiers);
+    bool const isUpwards = key == Qt::Key_Right || key == Qt::Key_Up;
+    float const sign = isUpwards ? factor : -factor;
+    Move move;
+    if (key == Qt::Key_Up || key == Qt::Key_Down) {
+        move.dy = sign * nudgeStep;
+    } else if (shownAxis == CurveAxis::Stops) {
+        move.factor = std::exp2(sign * nudgeStops);
+    } else {
+        move.dx = sign * nudgeStep;
     }
-    select(keys);
+    model.editor.moveSelected("Nudge", move);
 }
 
-void CurveWidget::refresh()
+/// Tab goes from key to key and then on to the next widget.
+bool CurveWidget::focusNextPrevChild(bool isNext)
 {
-    if (!selection.empty() && selection.back() >= CurveEditing::countKeys(getPoints())) {
-        selection.clear();
-    }
-    update();
-    emit selectionChanged();
+    bool const isHere = window()->focusWidget() == this;
+    return (isHere && (isNext ? model.editor.selectNext() : model.editor.selectPrevious())) ||
+           QWidget::focusNextPrevChild(isNext);
 }

@@ -72,11 +72,16 @@ void NumberField::commit()
         return;
     }
     setModified(false);
-    auto const value = evaluateExpression(text().toStdString());
+    take(text());
+}
+
+void NumberField::take(QString const& typed)
+{
+    auto const value = evaluateExpression(typed.toStdString());
     if (value.has_value()) {
         emit entered(*value);
     } else {
-        refuse(tr("“%1” is no number or sum").arg(text()));
+        refuse(tr("“%1” is no number or sum").arg(typed));
     }
 }
 

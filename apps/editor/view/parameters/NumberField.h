@@ -16,6 +16,7 @@ public:
     static KeyHelps getKeyHelps();
 
     void showNumber(double newNumber);
+    double getNumber() const { return number; }
 
     /// Marks what was asked for as refused, in place, with the reason.
     void refuse(QString const& reason);
@@ -28,6 +29,9 @@ signals:
     void dragAbandoned();
 
 protected:
+    /// What has been typed.
+    virtual void take(QString const& typed);
+
     bool event(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;

@@ -109,8 +109,10 @@ void EditorWindow::buildPanels()
     setDockOptions(QMainWindow::AllowNestedDocks | QMainWindow::AllowTabbedDocks);
     setCorner(Qt::BottomLeftCorner, Qt::BottomDockWidgetArea);
     setCorner(Qt::BottomRightCorner, Qt::BottomDockWidgetArea);
-    curvePanel = new CurvePanel(document, this);
+    curvePanel = new CurvePanel(document, plate, picks, this);
     connect(curvePanel, &CurvePanel::failed, bar, &MessageBar::tell);
+    connect(&picture->getPicture().getMarks(), &PickMarks::menuOpening, curvePanel,
+            &CurvePanel::addPickActions);
     parameters = new ParameterPanel(document, this);
     auto* const scroll = new QScrollArea(this);
     scroll->setWidget(parameters);

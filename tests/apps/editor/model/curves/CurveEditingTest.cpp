@@ -95,19 +95,56 @@ TEST(CurveEditing, BeyondTheEndsAKeyGoesOnTheLine)
 TEST(CurveEditing, KeysStopAtThoseThatStay)
 {
     CurvePoints const points = make("0,0 0.2,0.1 0.4,0.5 0.8,0.7 1,1");
-    CurvePoints const moved = moveKeys(points, {1, 2}, 5.0F, 0.25F);
+    CurvePoints const moved = moveKeys(points, {1, 2}, {5.0F, 0.25F});
     EXPECT_EQ(getKey(moved, 2).x, 0.8F);
     EXPECT_FLOAT_EQ(getKey(moved, 1).x, 0.6F);
     EXPECT_FLOAT_EQ(getKey(moved, 1).y, 0.35F);
     // Handles go with their key.
     EXPECT_FLOAT_EQ(getHandle(moved, 1, Side::Outgoing).x - getKey(moved, 1).x,
                     getHandle(points, 1, Side::Outgoing).x - getKey(points, 1).x);
-    EXPECT_EQ(getKey(moveKeys(points, {1, 3}, -9.0F, 0.0F), 1).x, 0.0F);
-    EXPECT_EQ(getKey(moveKeys(points, {0, 1, 2, 3, 4}, 7.0F, 0.0F), 4).x, 8.0F);
-    EXPECT_EQ(moveKeys(make("0,0 1,1"), {0}, 1.0F, 0.0F), make("0,0 1,1"));
-    EXPECT_EQ(getKey(placeKey(points, 2, {0.1F * 3.0F, 0.18F * 2.0F}), 2),
-              (GePoint2<float>{0.1F * 3.0F, 0.18F * 2.0F}));
-    EXPECT_EQ(getKey(placeKey(points, 2, {2.0F, 0.0F}), 2), (GePoint2<float>{0.8F, 0.0F}));
+    EXPECT_EQ(getKey(moveKeys(points, {1, 3}, {-9.0F}), 1).x, 0.0F);
+    EXPECT_EQ(getKey(moveKeys(points, {0, 1, 2, 3, 4}, {7.0F}), 4).x, 8.0F);
+    EXPECT_EQ(moveKeys(make("0,0 1,1"), {0}, {1.0F}), make("0,0 1,1"));
+    // By a factor: where an axis has stops, keys go by as many.
+    CurvePoints const scaled = moveKeys(points, {0, 1, 2}, {0.0F, 0.0F, 1.5F});
+    EXPECT_EQ(getKey(scaled, 0).x, 0.0F);
+    EXPECT_FLOAT_EQ(getKey(scaled, 1).x, 0.3F);
+    EXPECT_FLOAT_EQ(getHandle(scaled, 2, Side::Incoming).x,
+                    1.5F * getHandle(points, 2, Side::Incoming).x);
+    EXPECT_EQ(getKey(moveKeys(points, {1, 2}, {0.0F, 0.0F, 9.0F}), 2).x, 0.8F);
+    EXPECT_EQ(getKey(moveKeys(points, {3}, {0.0F, 0.0F, 0.1F}), 3).x, 0.4F);
+}
+
+TEST(CurveEditing, KeysAreAtThePlacesThatAreTypedToTheBitOrNotAtAll)
+{
+    CurvePoints const points = make("0,0 0.2,0.1 0.4,0.5 1,1");
+    GePoint2<float> const typed{0.1F * 3.0F, 0.18F * 2.0F};
+    CurvePoints const placed = *placeKeys(points, {2}, {typed});
+    EXPECT_EQ(getKey(placed, 2), typed);
+    EXPECT_FLOAT_EQ(getHandle(placed, 2, Side::Outgoing).y - typed.y,
+                    getHandle(points, 2, Side::Outgoing).y - 0.5F);
+    EXPECT_TRUE(placeKeys(points, {1, 2}, {{0.5F, 0.0F}, {0.6F, 0.0F}}).has_value());
+    EXPECT_FALSE(placeKeys(points, {2}, {{1.1F, 0.0F}}).has_value());
+    EXPECT_FALSE(placeKeys(points, {1, 2}, {{0.5F, 0.0F}, {0.3F, 0.0F}}).has_value());
+    EXPECT_FALSE(placeKeys(make("0,0 1,1"), {0}, {{1.0F, 0.0F}}).has_value());
+}
+
+TEST(CurveEditing, KeysInAllKeyframesLeaveWhatIsBetweenThem)
+{
+    CurvePoints const first = make("0,0 0.3,0.6 1,1");
+    CurvePoints const last = make("0.1,0.3 0.8,0.4 2,0.9");
+    for (double const share : {0.0, 0.4, 1.0}) {
+        CurvePoints const between = Interpolation<CurvePoints>::between(first, last, share);
+        for (float const x : {-0.5F, 0.2F, 0.5F, 0.9F, 2.5F}) {
+            CurvePoints const inserted = Interpolation<CurvePoints>::between(
+                insertKeyAlike(first, between, x), insertKeyAlike(last, between, x), share);
+            Insertion const wanted = insertKey(between, x);
+            ASSERT_EQ(inserted.size(), wanted.points.size());
+            EXPECT_NEAR(getKey(inserted, wanted.key).x, x, 1e-5);
+            expectSameShape(between, inserted, getKey(between, 0).x, getKey(between, 2).x);
+        }
+        EXPECT_EQ(insertKeyAlike(first, between, getKey(between, 1).x), first);
+    }
 }
 
 TEST(CurveEditing, TwoPlacesAreLeft)
@@ -126,7 +163,7 @@ TEST(CurveEditing, TwoPlacesAreLeft)
 
 TEST(CurveEditing, HandlesHoldTogetherAsTheyAreSaidTo)
 {
-    CurvePoints const points = make("0,0 0.3,0.6 1,1");
+    CurvePoints const points = make("0,0 0.25,0.5 1,1");
     CurvePoints const smooth = moveHandle(points, 1, Side::Outgoing, {0.6F, 1.0F}, Handles::Smooth);
     EXPECT_EQ(classifyHandles(smooth, 1), Handles::Smooth);
     EXPECT_EQ(getHandle(smooth, 1, Side::Outgoing), (GePoint2<float>{0.6F, 1.0F}));
@@ -141,6 +178,10 @@ TEST(CurveEditing, HandlesHoldTogetherAsTheyAreSaidTo)
         EXPECT_EQ(classifyHandles(set, 1), handles);
         EXPECT_EQ(getKey(set, 1), getKey(broken, 1));
     }
+    CurvePoints const reset = resetHandles(broken, {1});
+    EXPECT_EQ(reset, points) << "as typed without handles";
+    EXPECT_EQ(resetHandles(broken, {0, 2}), broken);
+    EXPECT_EQ(classifyHandles(straighten(broken), 1), Handles::Straight);
     EXPECT_EQ(moveHandle(points, 0, Side::Incoming, getKey(points, 0), Handles::Broken), points);
     CurvePoints const far = make("-1,0 0,0 3,0; 0.5,1 1,1 2,2");
     EXPECT_FLOAT_EQ(getCountingHandle(far, 0, Side::Outgoing).x, 1.0F);
@@ -160,8 +201,11 @@ TEST(CurveEditing, WhateverIsDoneTheCurveStaysOne)
         switch (random() % 7) {
         case 0: points = insertKey(points, number()).points; break;
         case 1: points = removeKeys(points, keys); break;
-        case 2: points = moveKeys(points, keys, number(), number()); break;
-        case 3: points = placeKey(points, key, {number(), number()}); break;
+        case 2: points = moveKeys(points, keys, {number(), number()}); break;
+        case 3:
+            points = placeKeys(points, {key}, {{number(), number()}}).value_or(points);
+            points = moveKeys(points, keys, {0.0F, 0.0F, std::abs(number()) + 0.1F});
+            break;
         case 4: points = moveHandle(points, key, side, {number(), number()}, handles); break;
         case 5: points = setHandles(points, keys, handles); break;
         default: points = flip(offset(points, 0.1F, -0.1F)); break;

@@ -92,53 +92,6 @@ TEST_F(EditorWindowTest, FieldTakesSumsAndRefusesInPlace)
     }
 }
 
-TEST_F(EditorWindowTest, KeyIsAddedOnTheCurveDraggedNudgedAndRemoved)
-{
-    CurveWidget& curves = window->getCurvePanel().getCurves();
-    QPoint const place = curves.toWidget({0.25F, 0.25F}).toPoint();
-    QTest::mouseClick(&curves, Qt::LeftButton, {}, place);
-    ASSERT_EQ(curves.getPoints().size(), 12U);
-    EXPECT_NEAR(curves.getSelectedPlace()->y, 0.25F, 0.02F) << "the curve is the same";
-    std::size_t const before = countSteps();
-    drag(curves, place, curves.toWidget({0.25F, 0.6F}).toPoint());
-    EXPECT_EQ(countSteps(), before + 1);
-    EXPECT_NEAR(curves.getSelectedPlace()->y, 0.6F, 0.02F);
-    EXPECT_EQ(window->getDocument().getCurve(0), window->getDocument().getCurve(2)) << "all";
-    float const dragged = curves.getSelectedPlace()->y;
-    QTest::keyClick(&curves, Qt::Key_Up, Qt::ShiftModifier);
-    EXPECT_NEAR(curves.getSelectedPlace()->y, dragged + 0.05F, 1e-6F);
-    QTest::keyClick(&curves, Qt::Key_Delete);
-    EXPECT_EQ(curves.getPoints().size(), 9U);
-    for (int step = 0; step < 4; ++step) {
-        window->getDocument().getHistory().undo();
-    }
-    EXPECT_FALSE(window->getDocument().getHistory().canUndo());
-}
-
-TEST_F(EditorWindowTest, SelectedKeysMoveTogetherOnEitherAxis)
-{
-    CurveWidget& curves = window->getCurvePanel().getCurves();
-    for (CurveWidget::Axis const axis : {CurveWidget::Axis::Linear, CurveWidget::Axis::Stops}) {
-        curves.setAxis(axis);
-        CurvePoints const before = curves.getPoints();
-        // A band around the last two keys.
-        drag(curves, curves.toWidget({0.4F, 0.95F}).toPoint() - QPoint(0, 40),
-             curves.toWidget({1.0F, 0.35F}).toPoint() + QPoint(10, 0));
-        ASSERT_EQ(curves.getSelection(), (CurveEditing::Selection{1, 2}));
-        QTest::keyClick(&curves, Qt::Key_Down, Qt::ShiftModifier);
-        QPoint const key = curves.toWidget({before[4].x, before[4].y - 0.05F}).toPoint();
-        drag(curves, key, key + QPoint(0, 20));
-        CurvePoints const after = curves.getPoints();
-        EXPECT_EQ(after[1], before[1]);
-        EXPECT_LT(after[4].y, before[4].y - 0.06F);
-        EXPECT_NEAR(after[7].y - before[7].y, after[4].y - before[4].y, 1e-6F);
-        QTest::mouseClick(&curves, Qt::LeftButton, Qt::ControlModifier,
-                          curves.toWidget(after[7]).toPoint());
-        EXPECT_EQ(curves.getSelectedKey(), std::optional<std::size_t>(1));
-        window->getDocument().getLink().resetCurves();
-    }
-}
-
 TEST_F(EditorWindowTest, ProjectIsSavedAndOpened)
 {
     Document& document = window->getDocument();

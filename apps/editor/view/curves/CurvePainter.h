@@ -1,0 +1,45 @@
+#pragma once
+
+#include "editor/view/curves/CurveHits.h"
+
+#include <QFont>
+#include <QPainter>
+#include <optional>
+
+/// Draws a graph, from behind to before: grid, histogram, transfer, curves, both together, marks,
+/// keys. Curves differ by colour and by dashes; those that are the same are one.
+class CurvePainter {
+public:
+    /// All of it lives longer.
+    CurvePainter(QPainter& itsPainter, CurveModel const& shownModel, CurveScale const& shownScale,
+                 QFont const& font);
+
+    void drawGrid();
+    void drawHistogram(double devicePixels);
+    void drawTransfers();
+    void drawCurves(std::optional<int> hovered);
+    void drawBoth();
+    void drawMarks();
+    void drawKeys(std::optional<CurveGrip> const& hovered);
+
+private:
+    using Line = CurveLines::Line;
+
+    void drawTicksX();
+    void drawTicksY();
+    void drawSquare();
+    void drawLine(Line const& line, QPen const& pen);
+    void drawName(Line const& line, int channel);
+    void drawMark(CurveMark const& mark);
+    void drawDisc(QPointF const& place, int channel, bool isFilled);
+    void drawHandles(CurveEditor::Key const& only, std::optional<CurveGrip> const& hovered);
+    QColor chooseColor(int channel) const;
+    bool isWithin(QPointF const& place) const;
+
+    QPainter& painter;
+    CurveModel const& model;
+    CurveScale const& scale;
+    CurveHits hits;
+    CurveDisplay display;
+    bool areAlike;
+};
