@@ -18,10 +18,11 @@
 
 #include <ImfThreading.h>
 #include <algorithm>
+#include <atomic>
 
 namespace {
 
-int libraryThreads = 0; // main thread only; for a module that is loaded later
+std::atomic<int> libraryThreads = 0; // for a module that is loaded later
 
 /// Throws ImageFileError for what is no file that can be opened.
 bool isExrFile(std::filesystem::path const& file)

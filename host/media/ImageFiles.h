@@ -9,8 +9,8 @@
 #include <filesystem>
 #include <memory>
 
-/// Opens a picture by content and extension; "-" is standard input. Main thread; throws
-/// ImageFileError.
+/// Opens a picture by content and extension; "-" is standard input, which is opened once. Any
+/// thread; throws ImageFileError.
 std::unique_ptr<ImageSource> openImage(std::filesystem::path const& file,
                                        ReadOptions const& options);
 

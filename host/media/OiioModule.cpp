@@ -5,16 +5,20 @@
 
 #include "files/ProgramModule.h"
 
+#include <atomic>
+#include <mutex>
 #include <string>
 
 namespace {
 
-OiioModule* loadedModule = nullptr; // main thread only
+std::mutex loading;
+std::atomic<OiioModule*> loadedModule = nullptr;
 
 } // namespace
 
 OiioModule& loadOiioModule()
 {
+    std::lock_guard const lock(loading);
     if (loadedModule == nullptr) {
         try {
             void* const function = loadModuleFunction("libremapMediaOiio.so", oiioModuleFunction);

@@ -31,7 +31,7 @@ public:
 inline constexpr char const* oiioModuleFunction = "remapMediaOiioModule";
 using OiioModuleFunction = OiioModule* (*)(StandardFiles&);
 
-/// Loads the module the first time; main thread. Throws ImageFileError (Surroundings).
+/// Loads the module the first time. Any thread. Throws ImageFileError (Surroundings).
 OiioModule& loadOiioModule();
 
 /// The module if it has been loaded, or null.

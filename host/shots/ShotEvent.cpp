@@ -16,6 +16,9 @@ namespace {
 using Json = nlohmann::ordered_json;
 using Kind = ShotEvent::Kind;
 
+constexpr Kind allKinds[] = {Kind::Start,   Kind::Frame, Kind::Skip, Kind::Note,
+                             Kind::Warning, Kind::Error, Kind::End};
+
 char const* nameOf(Kind kind)
 {
     switch (kind) {
@@ -64,6 +67,52 @@ void addSummary(Json& json, ShotSummary const& summary)
     json["failed"] = formatFrames(summary.failed);
     json["unfinished"] = formatFrames(summary.unfinished);
     json["ms"] = roundMilliseconds(summary.milliseconds);
+}
+
+ShotSummary readSummary(Json const& json)
+{
+    auto const readFrames = [&](char const* name) {
+        std::string const list = json.at(name);
+        return list.empty() ? std::vector<Frame>() : parseFrames(list);
+    };
+    ShotSummary summary;
+    summary.total = json.at("total");
+    summary.rendered = json.at("rendered");
+    summary.skipped = json.at("skipped");
+    summary.failed = readFrames("failed");
+    summary.unfinished = readFrames("unfinished");
+    summary.milliseconds = json.at("ms");
+    return summary;
+}
+
+/// Throws Json::exception and ShotError.
+std::optional<ShotEvent> readEvent(Json const& json)
+{
+    std::string const name = json.at("event");
+    auto const* const kind = std::find_if(std::begin(allKinds), std::end(allKinds),
+                                          [&](Kind one) { return name == nameOf(one); });
+    if (kind == std::end(allKinds)) {
+        return {};
+    }
+    ShotEvent event;
+    event.kind = *kind;
+    if (json.contains("frame") && !json["frame"].is_null()) {
+        event.frame = json["frame"].get<double>();
+    }
+    event.input = json.value("input", "");
+    event.output = json.value("output", "");
+    event.milliseconds = json.value("ms", 0.0);
+    event.done = json.value("done", std::size_t{0});
+    event.total = json.at("total");
+    event.status = json.value("status", 0);
+    event.message = json.value("message", "");
+    event.frames = json.value("frames", "");
+    event.threads = json.value("threads", 0);
+    event.memory = json.value("memory", std::size_t{0});
+    if (event.kind == Kind::End) {
+        event.summary = readSummary(json);
+    }
+    return event;
 }
 
 std::string describeStart(ShotEvent const& event)
@@ -129,6 +178,16 @@ std::string formatJson(ShotEvent const& event)
     json["total"] = event.total;
     // File names may hold bytes that are no UTF-8.
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::optional<ShotEvent> parseJson(std::string const& line)
+{
+    try {
+        return readEvent(Json::parse(line));
+    } catch (Json::exception const&) {
+    } catch (ShotError const&) {
+    }
+    return {};
 }
 
 std::string formatText(ShotEvent const& event)

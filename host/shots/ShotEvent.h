@@ -58,6 +58,9 @@ using ShotListener = std::function<void(ShotEvent const&)>;
 /// The event as one JSON object without a line end. docs/reports.md says what is in it.
 std::string formatJson(ShotEvent const& event);
 
+/// The event that formatJson has made such a line of; nothing for other lines.
+std::optional<ShotEvent> parseJson(std::string const& line);
+
 /// The event as a sentence.
 std::string formatText(ShotEvent const& event);
 

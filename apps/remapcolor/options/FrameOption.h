@@ -16,10 +16,6 @@ using FrameChoice = std::optional<double>;
 /// takes them. Its handler throws UsageError.
 void addFrameOption(CommandOptions& options, std::string const& names, FrameChoice& frame);
 
-/// The number by which a file of a sequence tells its frame: the last one in its name, but rather
-/// one that is no version ("v2").
-std::optional<long> findFrameNumber(std::filesystem::path const& file);
-
 /// The first value that is not the same at all times; empty where there is none.
 std::string findKeyframedValue(HostNode const& node);
 

@@ -1,10 +1,9 @@
 #include "remapcolor/reports/ProgressBar.h"
 
 #include "remapcolor/reports/StandardStreams.h"
+#include "shots/ShotPace.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdio>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -23,23 +22,6 @@ std::size_t countColumns()
     return (isKnown ? size.ws_col : usualColumns) - 1;
 }
 
-/// "1:05", "2:00:09"
-std::string formatDuration(double seconds)
-{
-    constexpr long longest = 359'999; // hours of two digits
-    constexpr long perMinute = 60;
-    long const whole = std::lround(std::clamp(seconds, 0.0, static_cast<double>(longest)));
-    long const hours = whole / (perMinute * perMinute);
-    long const minutes = whole / perMinute % perMinute;
-    char text[32];
-    if (hours > 0) {
-        std::snprintf(text, sizeof(text), "%ld:%02ld:%02ld", hours, minutes, whole % perMinute);
-    } else {
-        std::snprintf(text, sizeof(text), "%ld:%02ld", minutes, whole % perMinute);
-    }
-    return text;
-}
-
 } // namespace
 
 std::string formatBar(double done, std::size_t total, double seconds, std::size_t columns)
@@ -47,18 +29,7 @@ std::string formatBar(double done, std::size_t total, double seconds, std::size_
     double const share = total == 0 ? 1.0 : std::clamp(done / static_cast<double>(total), 0.0, 1.0);
     auto const filled = static_cast<std::size_t>(share * barWidth);
     std::string bar = "[" + std::string(filled, '#') + std::string(barWidth - filled, '.') + "] ";
-    if (total > 1) {
-        bar += std::to_string(static_cast<std::size_t>(done)) + "/" + std::to_string(total) + ", ";
-    }
-    bar += std::to_string(static_cast<int>(share * 100.0)) + " %";
-    if (done > 0.0 && seconds > 0.0) {
-        if (total > 1) {
-            char rate[48];
-            std::snprintf(rate, sizeof(rate), ", %.3g frames/s", done / seconds);
-            bar += rate;
-        }
-        bar += ", " + formatDuration(seconds * (1.0 - share) / share) + " left";
-    }
+    bar += formatPace(done, total, seconds);
     return bar.substr(0, columns);
 }
 

@@ -160,9 +160,7 @@ void HostValue::check(ValueState const& candidate) const
     if (candidate.index() != getState()->index()) {
         throw ValueError(quote(name) + " holds another kind of value");
     }
-    auto const* const choices = dynamic_cast<PiEnumPolicy const*>(policy.get());
-    bool const isConstant = !takesKeyframes || (choices != nullptr && !choices->isAnimatable());
-    if (isConstant && hasKeyframes(candidate)) {
+    if (hasKeyframes(candidate) && !isAnimatable()) {
         throw ValueError(quote(name) + " cannot be animated");
     }
     if (auto const* const numbers = std::get_if<Animated<double>>(&candidate)) {
@@ -178,6 +176,13 @@ void HostValue::check(ValueState const& candidate) const
             checkCurvePoints(name, key.value);
         }
     }
+}
+
+bool HostValue::isAnimatable() const
+{
+    auto const* const choices = dynamic_cast<PiEnumPolicy const*>(policy.get());
+    bool const isList = std::holds_alternative<Vector<double>>(*getState());
+    return takesKeyframes && !isList && (choices == nullptr || choices->isAnimatable());
 }
 
 void HostValue::checkGiven(ValueState const& candidate) const

@@ -90,6 +90,9 @@ public:
     /// From now on keyframes are refused: whoever reads the value has no time.
     void forbidKeyframes() { takesKeyframes = false; }
 
+    /// Whether it may have keyframes.
+    bool isAnimatable() const;
+
 private:
     std::string name;
     RCShdPtr<PiInputPolicy const> policy;

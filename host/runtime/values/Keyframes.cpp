@@ -3,6 +3,7 @@
 #include "runtime/values/Keyframes.h"
 
 #include <stdexcept>
+#include <type_traits>
 
 namespace {
 
@@ -41,18 +42,20 @@ struct TimesOfState {
     std::vector<double> operator()(Vector<double> const&) const { return {}; }
 };
 
-/// Takes the keyframe at `time` out; the value stays what it was if there is none.
+enum class Times { Listed, Others };
+
+/// The keyframes at these times, or all others.
 template <typename T>
-Animated<T> removeKey(Animated<T> const& animated, double time)
+std::vector<Keyframe<T>> choose(Animated<T> const& animated, std::set<double> const& times,
+                                Times wanted)
 {
-    std::vector<Keyframe<T>> keys = animated.getKeys();
-    if (animated.isAnimated()) {
-        std::erase_if(keys, [&](Keyframe<T> const& key) { return key.time == time; });
+    std::vector<Keyframe<T>> keys;
+    for (Keyframe<T> const& key : animated.getKeys()) {
+        if (animated.isAnimated() && times.contains(key.time) == (wanted == Times::Listed)) {
+            keys.push_back(key);
+        }
     }
-    if (!animated.isAnimated() || keys.empty()) {
-        return Animated<T>(animated.getKeys().front().value);
-    }
-    return Animated<T>(std::move(keys));
+    return keys;
 }
 
 } // namespace
@@ -72,22 +75,49 @@ ValueState withKeyframe(ValueState const& state, double time)
     });
 }
 
-ValueState withoutKeyframe(ValueState const& state, double time)
+std::optional<ValueState> onlyKeyframes(ValueState const& state, std::set<double> const& times)
 {
-    return editState(state, [&](auto const& animated) { return removeKey(animated, time); });
+    std::optional<ValueState> only;
+    std::visit(
+        [&]<typename State>(State const& animated) {
+            if constexpr (!std::is_same_v<State, Vector<double>>) {
+                auto keys = choose(animated, times, Times::Listed);
+                if (!keys.empty()) {
+                    only = State(std::move(keys));
+                }
+            }
+        },
+        state);
+    return only;
 }
 
-ValueState withMovedKeyframe(ValueState const& state, double from, double to)
+ValueState withoutKeyframes(ValueState const& state, std::set<double> const& times, double moment)
 {
     return editState(state, [&]<typename T>(Animated<T> const& animated) {
-        auto const& keys = animated.getKeys();
-        auto const moved = std::find_if(keys.begin(), keys.end(),
-                                        [&](Keyframe<T> const& key) { return key.time == from; });
-        if (!animated.isAnimated() || moved == keys.end()) {
-            return animated;
+        auto keys = choose(animated, times, Times::Others);
+        return keys.empty() ? Animated<T>(animated.evaluate(moment).getValue())
+                            : Animated<T>(std::move(keys));
+    });
+}
+
+ValueState withKeyframesOf(ValueState const& state, ValueState const& other, double by)
+{
+    return editState(state, [&]<typename T>(Animated<T> animated) {
+        auto const* const added = std::get_if<Animated<T>>(&other);
+        if (added == nullptr) {
+            throw std::invalid_argument("keyframes of another kind of value");
         }
-        Animated<T> const rest = removeKey(animated, from);
-        return rest.isAnimated() ? withValueAt(rest, to, moved->value)
-                                 : Animated<T>(std::vector<Keyframe<T>>{{to, moved->value}});
+        std::vector<Keyframe<T>> keys =
+            added->isAnimated() ? added->getKeys() : std::vector<Keyframe<T>>();
+        for (Keyframe<T>& key : keys) {
+            key.time += by;
+        }
+        if (!keys.empty() && !animated.isAnimated()) {
+            return Animated<T>(std::move(keys));
+        }
+        for (Keyframe<T>& key : keys) {
+            animated = withValueAt(animated, key.time, std::move(key.value));
+        }
+        return animated;
     });
 }

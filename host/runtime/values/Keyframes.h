@@ -8,6 +8,8 @@
 #include "runtime/values/HostValue.h"
 
 #include <algorithm>
+#include <optional>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -51,8 +53,12 @@ std::vector<double> getKeyframeTimes(ValueState const& state);
 /// throws std::invalid_argument.
 ValueState withKeyframe(ValueState const& state, double time);
 
-/// Without the keyframe at `time`, if there is one; without the last one, its value for good.
-ValueState withoutKeyframe(ValueState const& state, double time);
+/// Only the keyframes at these times; nothing where there are none.
+std::optional<ValueState> onlyKeyframes(ValueState const& state, std::set<double> const& times);
 
-/// With the keyframe at `from`, if there is one, at `to`, in the place of one that is there.
-ValueState withMovedKeyframe(ValueState const& state, double from, double to);
+/// Without the keyframes at these times; without any left, the value at `moment` for good.
+ValueState withoutKeyframes(ValueState const& state, std::set<double> const& times, double moment);
+
+/// With the keyframes of `other`, which is of the same kind, `by` later and in the place of those
+/// that are there; a constant gets these alone. Throws std::invalid_argument for another kind.
+ValueState withKeyframesOf(ValueState const& state, ValueState const& other, double by);

@@ -87,7 +87,9 @@ void ViewRenderer::startNext()
     for (bool const isThorough : {false, true}) {
         for (Side const side : {Result, Source}) {
             Demand const& demand = demands[side];
-            if (demand.isNeeded && (isThorough ? demand.lacksThorough : demand.lacksQuick)) {
+            bool const isLacking =
+                isThorough ? demand.lacksThorough && !wish.isQuick : demand.lacksQuick;
+            if (demand.isNeeded && isLacking) {
                 start(side, isThorough);
                 return;
             }

@@ -18,6 +18,7 @@ struct ViewRequest {
     double time = 0.0;
     bool needsResult = true;
     bool needsSource = false; ///< the picture without the tool, shown alike
+    bool isQuick = false;     ///< nothing thorough is to come
 
     bool operator==(ViewRequest const&) const = default;
 };

@@ -1,5 +1,6 @@
 #include "editor/view/parameters/ParameterPanel.h"
 
+#include "editor/view/time/KeyButton.h"
 #include "editor/view/window/Theme.h"
 #include "pluginAPI/PiInputPolicy.h"
 
@@ -11,7 +12,7 @@
 
 namespace {
 
-enum Column { Label, FirstChannel, Link = 4, Reset = 5 };
+enum Column { Label, FirstChannel, Link = 4, Key = 5, Reset = 6 };
 constexpr int nbChannels = 3;
 
 std::string makeEditLabel(std::string const& name)
@@ -44,6 +45,7 @@ ParameterPanel::ParameterPanel(Document& editedDocument, QWidget* parent)
         grid->setColumnStretch(FirstChannel + channel, 1);
     }
     document.getNode().addHandler(&changed);
+    document.addTimeHandler(&timeChanged);
     refresh();
 }
 
@@ -72,6 +74,9 @@ void ParameterPanel::addHeader(QGridLayout& grid)
     auto* const link = new QLabel(tr("link"), this);
     link->setToolTip(tr("Linked channels are set together"));
     grid.addWidget(link, 0, Link);
+    auto* const key = new QLabel(tr("key"), this);
+    key->setToolTip(tr("Keys at the frame that is shown"));
+    grid.addWidget(key, 0, Key);
 }
 
 void ParameterPanel::addRow(QGridLayout& grid, int place, ParameterRow const& row)
@@ -86,6 +91,9 @@ void ParameterPanel::addRow(QGridLayout& grid, int place, ParameterRow const& ro
     case ParameterRow::Switch: addSwitch(grid, place, shown); break;
     case ParameterRow::Choice: addChoice(grid, place, shown); break;
     }
+    auto* const key = new KeyButton(document, row.label, row.names, this);
+    grid.addWidget(key, place, Key, Qt::AlignCenter);
+    shown.widgets.push_back(key);
     addReset(grid, place, shown);
     rows.push_back(std::move(shown));
 }

@@ -46,4 +46,5 @@ private:
     NodeValues defaults;
     std::vector<ShownRow> rows;
     CbFunction<ValueChange const> changed{[this](ValueChange const&) { refresh(); }};
+    CbFunction<double const> timeChanged{[this](double const&) { refresh(); }};
 };

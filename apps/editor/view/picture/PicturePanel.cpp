@@ -1,6 +1,8 @@
 #include "editor/view/picture/PicturePanel.h"
 
 #include "editor/view/picture/ValueText.h"
+#include "files/PrintableText.h"
+#include "session/Failures.h"
 
 #include <QVBoxLayout>
 #include <cmath>
@@ -48,7 +50,10 @@ PicturePanel::PicturePanel(Document& editedDocument, Plate& shownPlate, Picks& s
                        emit shown(stage);
                    },
                    [this](std::exception_ptr const& failure) { emit failed(failure); },
-                   [this] { emit settled(); }}),
+                   [this] {
+                       emit imageShown(requestedTime);
+                       emit settled();
+                   }}),
       picks(shownPicks), picture(new PictureWidget(picks, this)), controls(new ViewControls(*this)),
       compareControls(new CompareControls(*picture, this))
 {
@@ -83,6 +88,14 @@ void PicturePanel::setTransform(ViewTransform const& newTransform)
     showView();
 }
 
+void PicturePanel::setPlaying(bool newIsPlaying)
+{
+    isPlaying = newIsPlaying;
+    if (!isPlaying) {
+        showView();
+    }
+}
+
 void PicturePanel::takePlate(PlateNotice const& notice)
 {
     if (notice.failure) {
@@ -90,9 +103,28 @@ void PicturePanel::takePlate(PlateNotice const& notice)
         emit settled();
         return;
     }
-    HeldPicture const& held = *plate.getPicture();
     renderer.setPicture(plate.getPicture());
-    picture->setWindows(held.info.dataWindow, held.info.displayWindow);
+    picture->setStepping(plate.isSequence());
+    bool const isAnotherPlate = shownOpening != plate.getOpening();
+    shownOpening = plate.getOpening();
+    if (plate.getPicture() == nullptr) {
+        picture->showGap(QString::fromStdString(makePrintable(plate.getGap())));
+        tellView();
+        emit settled();
+        return;
+    }
+    ImageInfo const& info = plate.getPicture()->info;
+    if (isAnotherPlate) {
+        picture->setWindows(info.dataWindow, info.displayWindow);
+    } else {
+        picture->changeWindows(info.dataWindow, info.displayWindow);
+    }
+}
+
+/// A frame has the look of its moment.
+double PicturePanel::getTime() const
+{
+    return plate.isSequence() ? static_cast<double>(plate.getShownFrame()) : document.getTime();
 }
 
 void PicturePanel::showView()
@@ -102,20 +134,25 @@ void PicturePanel::showView()
     }
     ViewRequest request = picture->getNeeded();
     request.transform = transform;
-    request.time = document.getTime();
+    request.time = requestedTime = getTime();
+    request.isQuick = isPlaying;
     renderer.request(request, document.getNode());
-    emit viewTextChanged(describeView());
+    tellView();
 }
 
-QString PicturePanel::describeView() const
+void PicturePanel::tellView()
 {
-    double const percent = picture->getZoom() * 100.0;
-    QStringList const parts{QString::fromStdString(plate.getFile().filename().string()),
-                            formatWindow(plate.getPicture()->info.dataWindow),
-                            QString::number(percent, 'g', percent < 100.0 ? 3 : 4) + " %",
-                            transform == ViewTransform() ? tr("neutral view")
-                                                         : tr("view: ") + describe(transform)};
-    return parts.join("   ");
+    QStringList parts{QString::fromStdString(plate.getFile().filename().string())};
+    if (plate.getPicture() != nullptr) {
+        double const percent = picture->getZoom() * 100.0;
+        parts << formatWindow(plate.getPicture()->info.dataWindow)
+              << QString::number(percent, 'g', percent < 100.0 ? 3 : 4) + " %"
+              << (transform == ViewTransform() ? tr("neutral view")
+                                               : tr("view: ") + describe(transform));
+    } else {
+        parts << tr("no picture");
+    }
+    emit viewTextChanged(parts.join("   "));
 }
 
 void PicturePanel::showPixel()

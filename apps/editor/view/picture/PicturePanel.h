@@ -28,9 +28,14 @@ public:
     ViewTransform const& getTransform() const { return transform; }
     void setTransform(ViewTransform const& newTransform);
 
+    /// While frames follow one another, each is shown once and quickly.
+    void setPlaying(bool newIsPlaying);
+
 signals:
     /// The widget has an image that it will paint.
     void shown(ViewRenderer::Stage stage);
+    /// All that was asked for of that moment is on the screen, or cannot be.
+    void imageShown(double time);
     /// The picture is shown as the values now say, or cannot be.
     void settled();
     void failed(std::exception_ptr const& failure);
@@ -42,8 +47,9 @@ signals:
 private:
     void takePlate(PlateNotice const& notice);
     void showView();
+    void tellView();
     void showPixel();
-    QString describeView() const;
+    double getTime() const;
 
     Document& document;
     Plate& plate;
@@ -53,8 +59,15 @@ private:
     PictureWidget* picture;
     ViewControls* controls;
     CompareControls* compareControls;
+    std::uint64_t shownOpening = 0;
+    bool isPlaying = false;
+    double requestedTime = 0.0;
     CbFunction<ValueChange const> changed{[this](ValueChange const&) { showView(); }};
-    CbFunction<double const> timeChanged{[this](double const&) { showView(); }};
+    CbFunction<double const> timeChanged{[this](double const&) {
+        if (!plate.isSequence()) { // otherwise the frame comes by the plate
+            showView();
+        }
+    }};
     CbFunction<PicksNotice const> picksChanged{[this](PicksNotice const& notice) {
         if (notice == PicksNotice::Hovered) {
             showPixel();

@@ -60,13 +60,28 @@ void PictureWidget::setWindows(GeRectangle<int> const& dataWindow,
     GeRectangle<int> const data = getDataWindow();
     GeRectangle<int> const display = geometry.getDisplayWindow();
     geometry.setWindows(dataWindow, displayWindow);
-    bool const isAlike =
-        data == getDataWindow() && display == geometry.getDisplayWindow(); // another frame
-    if (!isAlike) {
+    if (!(data == getDataWindow() && display == geometry.getDisplayWindow())) {
         images = {};
         geometry.fit();
     }
+    gapReason.clear();
     settle();
+}
+
+void PictureWidget::changeWindows(GeRectangle<int> const& dataWindow,
+                                  GeRectangle<int> const& displayWindow)
+{
+    geometry.setWindows(dataWindow, displayWindow);
+    updateScreen(); // fitted again if it was
+    gapReason.clear();
+    settle();
+}
+
+void PictureWidget::showGap(QString const& reason)
+{
+    gapReason = reason;
+    images = {};
+    update();
 }
 
 void PictureWidget::showImage(Side side, std::shared_ptr<ViewImage const> const& image)
@@ -192,10 +207,11 @@ QRectF PictureWidget::toScreen(PixelGrid const& grid) const
 void PictureWidget::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    if (getDataWindow().isEmpty()) {
+    if (getDataWindow().isEmpty() || !gapReason.isEmpty()) {
         painter.fillRect(rect(), Theme::surround);
-        painter.setPen(Theme::dimText);
-        painter.drawText(rect(), Qt::AlignCenter, tr("Open a picture to begin"));
+        painter.setPen(gapReason.isEmpty() ? Theme::dimText : Theme::text);
+        painter.drawText(rect().adjusted(12, 12, -12, -12), Qt::AlignCenter | Qt::TextWordWrap,
+                         gapReason.isEmpty() ? tr("Open a picture to begin") : gapReason);
         return;
     }
     paintPanes(painter);
@@ -409,6 +425,20 @@ GeRectangle<int> PictureWidget::findPointedPixel() const
     int const x = std::clamp(static_cast<int>(std::floor(middle.x())), data.x0, data.x1 - 1);
     int const y = std::clamp(static_cast<int>(std::floor(middle.y())), data.y0, data.y1 - 1);
     return {x, y, x + 1, y + 1};
+}
+
+/// Arrows that are this widget's own are no shortcuts.
+bool PictureWidget::event(QEvent* event)
+{
+    if (event->type() == QEvent::ShortcutOverride) {
+        int const key = static_cast<QKeyEvent*>(event)->key();
+        bool const isSideways = key == Qt::Key_Left || key == Qt::Key_Right;
+        if (isSideways && (picks.getSelected() != 0 || !isStepping)) {
+            event->accept();
+            return true;
+        }
+    }
+    return QWidget::event(event);
 }
 
 void PictureWidget::keyPressEvent(QKeyEvent* event)

@@ -29,6 +29,16 @@ public:
     /// one before had the same.
     void setWindows(GeRectangle<int> const& dataWindow, GeRectangle<int> const& displayWindow);
 
+    /// Goes on with a picture of these windows: another frame, looked at in the same way.
+    void changeWindows(GeRectangle<int> const& dataWindow, GeRectangle<int> const& displayWindow);
+
+    /// Shows no picture but why there is none, until windows come again.
+    void showGap(QString const& reason);
+
+    /// Whether the left and right arrows step through frames, unless they move a pick; otherwise
+    /// they pan.
+    void setStepping(bool newIsStepping) { isStepping = newIsStepping; }
+
     /// Shows a side; it stays until another image comes.
     void showImage(ViewRenderer::Side side, std::shared_ptr<ViewImage const> const& image);
 
@@ -68,6 +78,7 @@ signals:
     void viewChanged();
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
@@ -113,6 +124,8 @@ private:
     std::optional<QPointF> panned; ///< where the cursor was last while it pans
     bool hasPanned = false;        ///< since a button went down
     double smoothZoom = 1.0;       ///< what a trackpad has asked for so far
+    bool isStepping = false;
+    QString gapReason; ///< shown instead
     CbFunction<PicksNotice const> picksChanged{[this](PicksNotice const& notice) {
         if (notice == PicksNotice::Places) {
             update();

@@ -3,6 +3,7 @@
 #include "base/EvEventManager.h"
 #include "editor/view/parameters/ModeBox.h"
 #include "editor/view/picture/ValueText.h"
+#include "editor/view/render/RenderDialog.h"
 #include "editor/view/window/EditActions.h"
 #include "editor/view/window/FileActions.h"
 #include "editor/view/window/FileNotices.h"
@@ -60,6 +61,7 @@ EditorWindow::~EditorWindow() noexcept
     EvEventManager::getInstance().setWakeUp({});
     EvEventManager::getInstance().setFailureReporter({});
     // What shows the document goes before it, and so does what is on its way.
+    delete render;
     qDeleteAll(findChildren<QDockWidget*>(Qt::FindDirectChildrenOnly));
     delete takeCentralWidget();
     EvEventManager::getInstance().discardEvents();
@@ -124,10 +126,23 @@ void EditorWindow::buildPanels()
     QDockWidget* const below = makePanel(tr("Parameters"), "parameters", scroll);
     addDockWidget(Qt::RightDockWidgetArea, above);
     addDockWidget(Qt::RightDockWidgetArea, below);
-    layout = new WindowLayout(*this, {above, below}, [this, above, below] {
+    QDockWidget* const bottom = makePanel(tr("Time"), "time", makeTimePanel());
+    addDockWidget(Qt::BottomDockWidgetArea, bottom);
+    layout = new WindowLayout(*this, {above, below, bottom}, [this, above, below] {
         resizeDocks({above, below}, {430, 430}, Qt::Horizontal);
         resizeDocks({above, below}, {420, 340}, Qt::Vertical);
     });
+}
+
+QWidget* EditorWindow::makeTimePanel()
+{
+    timePanel = new TimePanel(document, plate, timeline, this);
+    connect(timePanel, &TimePanel::failed, bar, &MessageBar::tell);
+    connect(timePanel, &TimePanel::playingChanged, picture, &PicturePanel::setPlaying);
+    connect(picture, &PicturePanel::imageShown, this,
+            [this](double time) { timePanel->getPlayer().takeShown(time); });
+    timePanel->serve(getPicture());
+    return timePanel;
 }
 
 QDockWidget* EditorWindow::makePanel(QString const& title, QString const& name, QWidget* panel)
@@ -158,7 +173,14 @@ void EditorWindow::buildToolBar()
 /// Where each panel's own actions are offered.
 void EditorWindow::buildMenus()
 {
-    menuBar()->addMenu(tr("&File"))->addActions(files->getActions());
+    QMenu& file = *menuBar()->addMenu(tr("&File"));
+    file.addActions(files->getActions());
+    QList<QAction*> const quit = file.actions().last(2); // with its separator
+    file.insertAction(quit.front(), makeAction(this,
+                                               {tr("&Render…"),
+                                                tr("Render the picture or the frames"),
+                                                {QKeySequence("Ctrl+R")}},
+                                               [this] { showRender(); }));
     menuBar()->addMenu(tr("&Edit"))->addActions(edits->getActions());
     QMenu& view = *menuBar()->addMenu(tr("&View"));
     view.addActions(picture->getControls().getActions());
@@ -167,6 +189,7 @@ void EditorWindow::buildMenus()
     view.addSeparator();
     view.addActions(layout->getActions());
     menuBar()->addMenu(tr("&Curve"))->addActions(curvePanel->getActions());
+    menuBar()->addMenu(tr("&Time"))->addActions(timePanel->getActions());
     menuBar()
         ->addMenu(tr("&Help"))
         ->addAction(makeAction(
@@ -174,11 +197,28 @@ void EditorWindow::buildMenus()
             [this] { showShortcuts(); }));
 }
 
+void EditorWindow::showRender()
+{
+    if (render == nullptr) {
+        render = new RenderDialog(document, plate, timeline, files->getSave(), this);
+        connect(render, &RenderDialog::ended, this,
+                [this](QString const& sentence, bool hasFailed) {
+                    if (hasFailed) {
+                        bar->tell(sentence);
+                    } else {
+                        statusBar()->showMessage(sentence, sentenceTime);
+                    }
+                });
+    }
+    render->present();
+}
+
 void EditorWindow::showShortcuts()
 {
     auto* const page = new ShortcutsPage(*menuBar(),
                                          {{tr("In the picture"), picture->getKeyHelps()},
                                           {tr("In the curves"), curvePanel->getKeyHelps()},
+                                          {tr("In the time ruler"), TimeRuler::getKeyHelps()},
                                           {tr("In a number"), NumberField::getKeyHelps()}},
                                          this);
     page->show();

@@ -6,6 +6,7 @@
 #include "editor/view/curves/CurvePanel.h"
 #include "editor/view/parameters/ParameterPanel.h"
 #include "editor/view/picture/PicturePanel.h"
+#include "editor/view/time/TimePanel.h"
 #include "editor/view/window/MessageBar.h"
 
 #include <QMainWindow>
@@ -16,6 +17,7 @@ class FileActions;
 class FileNotices;
 class QDockWidget;
 class RecoveryKeeper;
+class RenderDialog;
 class WindowLayout;
 
 /// The editor: picture, curves and parameters of one node, put together. What goes wrong is said in
@@ -48,6 +50,8 @@ public:
     PictureWidget& getPicture() { return picture->getPicture(); }
     ParameterPanel& getParameters() { return *parameters; }
     CurvePanel& getCurvePanel() { return *curvePanel; }
+    TimePanel& getTimePanel() { return *timePanel; }
+    Plate& getPlate() { return plate; }
 
     MessageBar& getBar() { return *bar; }
 
@@ -66,21 +70,26 @@ private:
     void buildCentre();
     void buildFiles();
     void buildPanels();
+    QWidget* makeTimePanel();
     QDockWidget* makePanel(QString const& title, QString const& name, QWidget* panel);
     void buildMenus();
     void buildToolBar();
     void buildStatusBar();
+    void showRender();
     void showShortcuts();
     void updateTitle();
 
     Document document;
     Plate plate;
+    Timeline timeline{document, plate};
     Picks picks{document, plate};
 
     MessageBar* bar = nullptr;
     PicturePanel* picture = nullptr;
     ParameterPanel* parameters = nullptr;
     CurvePanel* curvePanel = nullptr;
+    TimePanel* timePanel = nullptr;
+    RenderDialog* render = nullptr; ///< once it is asked for
     FileActions* files = nullptr;
     FileNotices* notices = nullptr;
     RecoveryKeeper* recovery = nullptr;

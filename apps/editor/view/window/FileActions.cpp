@@ -54,7 +54,7 @@ FileActions::FileActions(Document& editedDocument, Plate& shownPlate, MessageBar
                       {tr("&Save"), tr("Save the project"), {QKeySequence::Save}, tr("Save")},
                       [this] { saveOrAsk(); })),
       plateChanged([this](PlateNotice const& notice) {
-          if (!notice.failure && plate.getFile() == awaited) {
+          if (!notice.failure && (plate.getFile() == awaited || plate.getName() == awaited)) {
               recent->add(awaited);
           }
           awaited.clear();

@@ -34,18 +34,22 @@ TEST(KeyframesTest, EditsKeepTheOtherKeyframes)
           Case{"first key", withKeyframe(constant, 2), Number({{2, 3}})},
           Case{"key between", withKeyframe(moving, 3), Number({{1, 10}, {3, 15}, {5, 20}})},
           Case{"key on a key", withKeyframe(moving, 5), moving},
-          Case{"no key there", withoutKeyframe(moving, 3), moving},
-          Case{"one key less", withoutKeyframe(moving, 1), Number({{5, 20}})},
-          Case{"last key", withoutKeyframe(Number({{2, 9}}), 2), Number(9.0)},
-          Case{"none of a constant", withoutKeyframe(constant, 0), constant},
-          Case{"moved past another", withMovedKeyframe(moving, 1, 8), Number({{5, 20}, {8, 10}})},
-          Case{"moved onto another", withMovedKeyframe(moving, 1, 5), Number({{5, 10}})},
-          Case{"the only key moved", withMovedKeyframe(Number({{2, 9}}), 2, 4), Number({{4, 9}})},
-          Case{"nothing to move", withMovedKeyframe(constant, 0, 4), constant}}) {
+          Case{"no key there", withoutKeyframes(moving, {3}, 0), moving},
+          Case{"one key less", withoutKeyframes(moving, {1, 2}, 0), Number({{5, 20}})},
+          Case{"no key left", withoutKeyframes(moving, {1, 5}, 2), Number(12.5)},
+          Case{"none of a constant", withoutKeyframes(constant, {0}, 0), constant},
+          Case{"keys of another", withKeyframesOf(moving, Number({{2, 1}, {3, 2}}), 2),
+               Number({{1, 10}, {4, 1}, {5, 2}})},
+          Case{"a constant gets keys", withKeyframesOf(constant, moving, -1),
+               Number({{0, 10}, {4, 20}})},
+          Case{"a constant has none to give", withKeyframesOf(moving, constant, 1), moving},
+          Case{"chosen keys", *onlyKeyframes(moving, {5, 6}), Number({{5, 20}})}}) {
         EXPECT_TRUE(isSameState(edited, expected)) << name;
     }
     EXPECT_EQ(getKeyframeTimes(moving), (std::vector<double>{1, 5}));
     EXPECT_EQ(getKeyframeTimes(constant), std::vector<double>());
+    EXPECT_FALSE(onlyKeyframes(moving, {2}).has_value());
+    EXPECT_FALSE(onlyKeyframes(constant, {0}).has_value());
 }
 
 TEST(KeyframesTest, RefusesTimesAndCurvesThatDoNotFit)
@@ -56,7 +60,8 @@ TEST(KeyframesTest, RefusesTimesAndCurvesThatDoNotFit)
     auto const all = withEachValue(curves, [](auto const&) { return CurvePoints(9); });
     EXPECT_EQ(all.evaluate(4).getValue().size(), 9U);
     EXPECT_THROW(withKeyframe(Animated<bool>(true), never), std::invalid_argument);
-    EXPECT_THROW(withMovedKeyframe(Animated<int>({{1, 2}}), 1, never), std::invalid_argument);
+    EXPECT_THROW(withKeyframesOf(curves, curves, never), std::invalid_argument);
+    EXPECT_THROW(withKeyframesOf(curves, Number(1), 0), std::invalid_argument);
     EXPECT_THROW(withKeyframe(Vector<double>{1}, 0), std::invalid_argument);
 }
 

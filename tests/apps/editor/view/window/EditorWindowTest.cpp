@@ -115,9 +115,13 @@ TEST_F(EditorWindowTest, WhatCannotBeReadIsSaidAndWhatWasOpenStays)
     fs::resize_file(folder / "torn.exr", fs::file_size(scene) / 2);
     std::ofstream(folder / "wrong.json") << "{\"format\": 1}";
     for (fs::path const& file : {folder / "none.exr", folder / "torn.exr"}) {
-        open(file);
-        EXPECT_TRUE(
-            window->getBar().getText().contains(QString::fromStdString(file.filename().string())));
+        window->openPicture(file);
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] {
+                return window->getBar().getText().contains(
+                    QString::fromStdString(file.filename().string()));
+            },
+            longestWaitMilliseconds));
     }
     window->openProject(folder / "wrong.json");
     EXPECT_TRUE(window->getBar().getText().contains("wrong.json"));
