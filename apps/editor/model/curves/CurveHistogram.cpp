@@ -194,7 +194,15 @@ void CurveHistogram::takePlate()
     picture = plate.getPicture();
     source.reset();
     stale = true;
-    request();
+    if (picture != nullptr) {
+        request();
+        return;
+    }
+    isWanted = false; // a gap in a sequence
+    if (work) {
+        work->cancel();
+    }
+    handlers.call(std::as_const(*this));
 }
 
 void CurveHistogram::refresh()
