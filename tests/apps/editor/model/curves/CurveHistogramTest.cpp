@@ -21,12 +21,13 @@ constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 constexpr int pictureWidth = 61;
 constexpr int pictureHeight = 43;
 
-HeldPicture makePicture(IxPixelFormat::Components components, IxPixelFormat::Depth depth)
+std::unique_ptr<HeldPicture> makePicture(IxPixelFormat::Components components,
+                                         IxPixelFormat::Depth depth)
 {
-    HeldPicture picture;
-    picture.info.format = IxPixelFormat(components, depth, Rational(1, 1), false);
-    picture.info.dataWindow = {-5, 7, pictureWidth - 5, pictureHeight + 7};
-    picture.pixels = IxTile(picture.info.format, picture.info.dataWindow);
+    ImageInfo info;
+    info.format = IxPixelFormat(components, depth, Rational(1, 1), false);
+    info.dataWindow = {-5, 7, pictureWidth - 5, pictureHeight + 7};
+    auto picture = std::make_unique<HeldPicture>(info);
     std::mt19937 random(7);
     for (int y = 7; y < pictureHeight + 7; ++y) {
         std::vector<Pixel> row(pictureWidth);
@@ -37,7 +38,7 @@ HeldPicture makePicture(IxPixelFormat::Components components, IxPixelFormat::Dep
                                            : std::normal_distribution<float>(0.4F, 0.8F)(random);
             }
         }
-        writePixelRow(picture.info.format, row, IxWriteGuard(picture.pixels).getRow(y));
+        writePixelRow(info.format, row, IxWriteGuard(picture->pixels).getRow(y));
     }
     return picture;
 }
@@ -46,7 +47,8 @@ TEST(ValueCounts, EveryValueIsCountedOnceInEachFormat)
 {
     for (auto const depth :
          {IxPixelFormat::UINT8, IxPixelFormat::FLOAT16, IxPixelFormat::FLOAT32}) {
-        HeldPicture const picture = makePicture(IxPixelFormat::RGB, depth);
+        auto const made = makePicture(IxPixelFormat::RGB, depth);
+        HeldPicture const& picture = *made;
         auto const counts = countValues(picture, false);
         double nans = 0;
         double infinities = 0;
@@ -82,9 +84,10 @@ TEST(ValueCounts, EveryValueIsCountedOnceInEachFormat)
             EXPECT_EQ(counted.count, 0.0);
         }
     }
-    EXPECT_EQ(countValues(makePicture(IxPixelFormat::ALPHA, IxPixelFormat::FLOAT16), false),
+    EXPECT_EQ(countValues(*makePicture(IxPixelFormat::ALPHA, IxPixelFormat::FLOAT16), false),
               nullptr);
-    EXPECT_EQ(countValues(makePicture(IxPixelFormat::RGBA, IxPixelFormat::FLOAT16), true), nullptr);
+    EXPECT_EQ(countValues(*makePicture(IxPixelFormat::RGBA, IxPixelFormat::FLOAT16), true),
+              nullptr);
 }
 
 class CurveHistogramTest : public MediaTest {
