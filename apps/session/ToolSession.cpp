@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -68,4 +69,14 @@ RCShdPtr<ControllerLink> ToolSession::linkController()
         throw ToolLoadError(std::string(controllerLinkFile) + " does not belong to this tool");
     }
     return panel->getLink();
+}
+
+std::filesystem::path ToolSession::getPanelFile() const
+{
+    constexpr std::string_view folder = "<ToolUiDir>/";
+    std::string const name =
+        castStrong<PiUserInterface>(node->getController().lock())->getUserInterfaceFile();
+    return name.starts_with(folder)
+               ? findToolFolder(ToolKeys::libraryFile) / "ui" / name.substr(folder.size())
+               : std::filesystem::path(name);
 }

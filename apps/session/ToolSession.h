@@ -17,6 +17,10 @@ public:
 
     HostNode& getNode() const { return *node; }
 
+    /// The file that lays out the tool's panel; whether it is there is not looked at. The folder
+    /// "ui" beside the tool's library has it.
+    std::filesystem::path getPanelFile() const;
+
     /// Loads the link and gives the node controller's operations. Once. Throws ToolLoadError.
     RCShdPtr<ControllerLink> linkController();
 

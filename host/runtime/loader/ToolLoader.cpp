@@ -106,16 +106,7 @@ void ToolLoader::load(std::filesystem::path const& library)
 
 void ToolLoader::find(std::string const& fileName)
 {
-    std::string searched;
-    for (std::filesystem::path const& folder : getToolFolders()) {
-        std::error_code failure;
-        if (std::filesystem::is_regular_file(folder / fileName, failure)) {
-            return load(folder / fileName);
-        }
-        searched += (searched.empty() ? "" : ", ") + folder.string();
-    }
-    throw ToolLoadError("cannot find the tool library " + fileName + " in " + searched +
-                        "; set VX_TOOL_PATH to its folder");
+    load(findToolFolder(fileName) / fileName);
 }
 
 PiToolProtocol const& ToolLoader::getTool(std::string const& name) const
@@ -147,4 +138,18 @@ std::vector<std::filesystem::path> getToolFolders()
     folders.push_back(program);
     folders.push_back((program / ".." / "lib" / "vxtools").lexically_normal());
     return folders;
+}
+
+std::filesystem::path findToolFolder(std::string const& fileName)
+{
+    std::string searched;
+    for (std::filesystem::path const& folder : getToolFolders()) {
+        std::error_code failure;
+        if (std::filesystem::is_regular_file(folder / fileName, failure)) {
+            return folder;
+        }
+        searched += (searched.empty() ? "" : ", ") + folder.string();
+    }
+    throw ToolLoadError("cannot find the tool library " + fileName + " in " + searched +
+                        "; set VX_TOOL_PATH to its folder");
 }

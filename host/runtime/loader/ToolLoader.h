@@ -31,9 +31,7 @@ public:
     /// none, needs something that is not there, announces no package, or fails to start.
     void load(std::filesystem::path const& library);
 
-    /// Loads the library of that file name from the first folder that has it: those of the
-    /// environment's VX_TOOL_PATH (separated by colons), the program's own, and ../lib/vxtools from
-    /// there. Throws ToolLoadError.
+    /// Loads the library of that file name from findToolFolder. Throws ToolLoadError.
     void find(std::string const& fileName);
 
     /// The registered tool of that name. Throws ToolLoadError if there is none.
@@ -47,5 +45,9 @@ private:
     std::vector<std::unique_ptr<void, Close>> libraries;
 };
 
-/// Folders in which tools are looked for, in order.
+/// Folders in which tools are looked for, in order: those of the environment's VX_TOOL_PATH
+/// (separated by colons), the program's own, and ../lib/vxtools from there.
 std::vector<std::filesystem::path> getToolFolders();
+
+/// The first of them that has a library of that file name. Throws ToolLoadError.
+std::filesystem::path findToolFolder(std::string const& fileName);

@@ -23,6 +23,7 @@ public:
     HostNode& getNode() const { return session.getNode(); }
     HostCommandStack& getHistory() const { return graph().getHistory(); }
     ControllerLink& getLink() const { return *link; }
+    std::filesystem::path getPanelFile() const { return session.getPanelFile(); }
 
     /// With an empty path for a project that has no file yet.
     ProjectFile& getProjectFile() const { return *binding.file; }

@@ -4,7 +4,6 @@
 #include "pluginAPI/PiInputPolicy.h"
 #include "session/ToolKeys.h"
 
-#include <map>
 #include <string_view>
 
 namespace {
@@ -21,12 +20,6 @@ std::string findLink(std::string const& name)
     }
     return {};
 }
-
-/// Small numbers count much there.
-std::map<std::string, double> const steps = {{"EXRDisplay.Defog", 0.0005},
-                                             {"EXRDisplay.Exposure", 0.05},
-                                             {"EXRDisplay.Knee High", 0.05},
-                                             {"EXRDisplay.Knee Low", 0.05}};
 
 std::string makeLabel(std::string const& name, std::string const& mode)
 {
@@ -85,7 +78,6 @@ std::vector<ParameterRow> makeParameterRows(HostNode const& node,
         row.label = makeLabel(row.name, row.mode);
         row.names = {slot.name};
         row.link = findLink(row.name);
-        row.step = steps.contains(row.name) ? steps.at(row.name) : 0.01;
         rows.push_back(row);
     }
     return rows;

@@ -1,12 +1,15 @@
 #include "editor/view/parameters/NumberField.h"
 
 #include "editor/model/parameters/NumberExpression.h"
+#include "editor/view/window/Theme.h"
 #include "runtime/values/NumberText.h"
 
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPainter>
 #include <QStyle>
 #include <QWheelEvent>
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -46,6 +49,31 @@ void NumberField::showNumber(double newNumber)
     markRefused(false);
     setText(QString::fromStdString(formatNumber(static_cast<float>(number))));
     setCursorPosition(0);
+}
+
+void NumberField::setSlider(double from, double to)
+{
+    sliderFrom = from;
+    sliderTo = to;
+    update();
+}
+
+void NumberField::paintEvent(QPaintEvent* event)
+{
+    QLineEdit::paintEvent(event);
+    if (!(sliderFrom < sliderTo)) {
+        return;
+    }
+    constexpr int margin = 4;
+    constexpr double thickness = 2.0;
+    double const width = rect().width() - 2 * margin;
+    double const filled = std::clamp((number - sliderFrom) / (sliderTo - sliderFrom), 0.0, 1.0);
+    QRectF const line(margin, rect().height() - thickness - 2, width, thickness);
+    QPainter painter(this);
+    painter.fillRect(line, Theme::grid);
+    QRectF reached = line;
+    reached.setWidth(width * filled);
+    painter.fillRect(reached, isEnabled() ? Theme::dimText : Theme::frame);
 }
 
 void NumberField::refuse(QString const& reason)

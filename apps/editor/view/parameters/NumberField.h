@@ -18,6 +18,9 @@ public:
     void showNumber(double newNumber);
     double getNumber() const { return number; }
 
+    /// Shows where the number lies in that range, by a line below it.
+    void setSlider(double from, double to);
+
     /// Marks what was asked for as refused, in place, with the reason.
     void refuse(QString const& reason);
 
@@ -39,6 +42,7 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     void commit();
@@ -46,6 +50,8 @@ private:
     double scaleStep(Qt::KeyboardModifiers modifiers) const;
 
     double step;
+    double sliderFrom = 0.0;
+    double sliderTo = 0.0; ///< not above sliderFrom: there is none
     double number = 0.0;
     std::optional<double> dragStart; ///< the number at the press
     double dragX = 0.0;

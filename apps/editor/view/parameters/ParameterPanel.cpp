@@ -1,6 +1,7 @@
 #include "editor/view/parameters/ParameterPanel.h"
 
 #include "editor/view/time/KeyButton.h"
+#include "editor/view/parameters/RowLabel.h"
 #include "editor/view/window/Theme.h"
 #include "pluginAPI/PiInputPolicy.h"
 
@@ -9,6 +10,7 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QToolButton>
+#include <algorithm>
 
 namespace {
 
@@ -22,9 +24,15 @@ std::string makeEditLabel(std::string const& name)
 
 QString const channelLetters[] = {"R", "G", "B"};
 
+bool isOfMode(ParameterRow const& row, std::string const& mode)
+{
+    return row.mode.empty() || row.mode == mode;
+}
+
 } // namespace
 
-ParameterPanel::ParameterPanel(Document& editedDocument, QWidget* parent)
+ParameterPanel::ParameterPanel(Document& editedDocument,
+                               std::vector<ParameterRow> const& parameters, QWidget* parent)
     : QWidget(parent), document(editedDocument),
       defaults(getDefaultValues(document.getNode().getTool()))
 {
@@ -33,11 +41,11 @@ ParameterPanel::ParameterPanel(Document& editedDocument, QWidget* parent)
     grid->setHorizontalSpacing(6);
     grid->setVerticalSpacing(5);
     addHeader(*grid);
-    ControllerLink const& link = document.getLink();
     int place = 1;
-    for (ParameterRow const& row :
-         makeParameterRows(document.getNode(), {link.getModeName(ControllerLink::Linear),
-                                                link.getModeName(ControllerLink::ExrDisplay)})) {
+    for (ParameterRow const& row : parameters) {
+        if (!row.group.empty() && !headings.contains(row.group)) {
+            addHeading(*grid, place++, row.group);
+        }
         addRow(*grid, place++, row);
     }
     grid->setRowStretch(place, 1);
@@ -79,10 +87,23 @@ void ParameterPanel::addHeader(QGridLayout& grid)
     grid.addWidget(key, 0, Key);
 }
 
+void ParameterPanel::addHeading(QGridLayout& grid, int place, std::string const& group)
+{
+    auto* const heading = new QLabel(QString::fromStdString(group), this);
+    QPalette palette = heading->palette();
+    palette.setColor(QPalette::WindowText, Theme::dimText);
+    heading->setPalette(palette);
+    heading->setContentsMargins(0, place == 1 ? 0 : 6, 0, 0);
+    grid.addWidget(heading, place, Label, 1, Reset + 1);
+    headings.emplace(group, heading);
+}
+
 void ParameterPanel::addRow(QGridLayout& grid, int place, ParameterRow const& row)
 {
     ShownRow shown{row, {}, {}, {}};
-    auto* const label = new QLabel(QString::fromStdString(row.label), this);
+    auto* const label = new RowLabel(QString::fromStdString(row.label), this);
+    label->setToolTip(tr("Double click to reset"));
+    connect(label, &RowLabel::doubleClicked, this, [this, row] { reset(row); });
     grid.addWidget(label, place, Label);
     shown.widgets.push_back(label);
     switch (row.kind) {
@@ -102,6 +123,9 @@ void ParameterPanel::addFields(QGridLayout& grid, int place, ShownRow& shown)
 {
     for (std::size_t index = 0; index < shown.row.names.size(); ++index) {
         auto* const field = new NumberField(shown.row.step, this);
+        if (shown.row.slider.has_value()) {
+            field->setSlider(shown.row.slider->from, shown.row.slider->to);
+        }
         field->setAccessibleName(QString::fromStdString(shown.row.names[index]));
         grid.addWidget(field, place, FirstChannel + static_cast<int>(index));
         connectField(field, shown.row, shown.row.names[index]);
@@ -174,23 +198,14 @@ void ParameterPanel::addReset(QGridLayout& grid, int place, ShownRow& shown)
     button->setAutoRaise(true);
     button->setToolTip(tr("Reset %1").arg(QString::fromStdString(shown.row.label)));
     button->setAccessibleName(button->toolTip());
-    connect(button, &QToolButton::clicked, this, [this, row = shown.row] {
-        NodeValues states;
-        for (std::string const& name : row.names) {
-            states.emplace(name, defaults.at(name));
-        }
-        document.edit("Reset " + row.name, states);
-    });
+    connect(button, &QToolButton::clicked, this, [this, row = shown.row] { reset(row); });
     grid.addWidget(button, place, Reset);
     shown.widgets.push_back(button);
     shown.refresh = [this, button, row = shown.row, before = shown.refresh] {
         before();
-        bool isChanged = false;
-        for (std::string const& name : row.names) {
-            auto const state = document.getNode().getValue(name)->getState();
-            isChanged = isChanged || !isSameState(*state, defaults.at(name));
-        }
-        button->setEnabled(isChanged);
+        button->setEnabled(
+            !std::all_of(row.names.begin(), row.names.end(),
+                         [this](std::string const& name) { return isDefault(name); }));
     };
 }
 
@@ -221,13 +236,35 @@ void ParameterPanel::setNumber(NumberField* field, ParameterRow const& row, std:
     }
 }
 
+void ParameterPanel::reset(ParameterRow const& row)
+{
+    NodeValues states;
+    bool isChanged = false;
+    for (std::string const& name : row.names) {
+        states.emplace(name, defaults.at(name));
+        isChanged = isChanged || !isDefault(name);
+    }
+    if (isChanged) {
+        document.edit("Reset " + row.name, states);
+    }
+}
+
+bool ParameterPanel::isDefault(std::string const& name) const
+{
+    return isSameState(*document.getNode().getValue(name)->getState(), defaults.at(name));
+}
+
 void ParameterPanel::refresh()
 {
     std::string const mode = document.getLink().getModeName(document.getMode());
+    for (auto const& [group, heading] : headings) {
+        heading->setVisible(std::any_of(rows.begin(), rows.end(), [&](ShownRow const& shown) {
+            return shown.row.group == group && isOfMode(shown.row, mode);
+        }));
+    }
     for (ShownRow const& shown : rows) {
-        bool const isOfMode = shown.row.mode.empty() || shown.row.mode == mode;
         for (QWidget* const widget : shown.widgets) {
-            widget->setVisible(isOfMode);
+            widget->setVisible(isOfMode(shown.row, mode));
         }
         shown.refresh();
     }

@@ -7,17 +7,21 @@
 
 #include <QWidget>
 #include <functional>
+#include <map>
+#include <string>
 #include <vector>
 
 class QGridLayout;
+class QLabel;
 
-/// The node's parameters as a table, built from what the tool declares; those of the other mode are
-/// hidden. A refused value is marked where it was typed.
+/// The node's parameters as a table; those of the other mode are hidden. A refused value is marked
+/// where it was typed.
 class ParameterPanel : public QWidget {
     Q_OBJECT
 
 public:
-    ParameterPanel(Document& editedDocument, QWidget* parent = nullptr);
+    ParameterPanel(Document& editedDocument, std::vector<ParameterRow> const& parameters,
+                   QWidget* parent = nullptr);
 
     /// The field of a value; null where there is none.
     NumberField* findField(std::string const& name) const;
@@ -31,6 +35,7 @@ private:
     };
 
     void addHeader(QGridLayout& grid);
+    void addHeading(QGridLayout& grid, int place, std::string const& group);
     void addRow(QGridLayout& grid, int place, ParameterRow const& row);
     void addFields(QGridLayout& grid, int place, ShownRow& shown);
     void addLink(QGridLayout& grid, int place, ShownRow& shown);
@@ -40,11 +45,14 @@ private:
     void connectField(NumberField* field, ParameterRow const& row, std::string const& name);
     void setNumber(NumberField* field, ParameterRow const& row, std::string const& name,
                    double number);
+    void reset(ParameterRow const& row);
+    bool isDefault(std::string const& name) const;
     void refresh();
 
     Document& document;
     NodeValues defaults;
     std::vector<ShownRow> rows;
+    std::map<std::string, QLabel*> headings; ///< of groups
     CbFunction<ValueChange const> changed{[this](ValueChange const&) { refresh(); }};
     CbFunction<double const> timeChanged{[this](double const&) { refresh(); }};
 };

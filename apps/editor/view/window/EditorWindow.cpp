@@ -1,6 +1,7 @@
 #include "editor/view/window/EditorWindow.h"
 
 #include "base/EvEventManager.h"
+#include "editor/model/parameters/PanelLayout.h"
 #include "editor/view/parameters/ModeBox.h"
 #include "editor/view/picture/ValueText.h"
 #include "editor/view/render/RenderDialog.h"
@@ -106,6 +107,17 @@ void EditorWindow::buildFiles()
             [this](QString const& sentence) { statusBar()->showMessage(sentence, sentenceTime); });
 }
 
+/// Without a layout the parameters stand in the tool's order.
+std::vector<ParameterRow> EditorWindow::layOutParametersOrTell()
+{
+    try {
+        return layOutParameters(document);
+    } catch (PanelLayoutError const& error) {
+        bar->tell(QString::fromStdString(error.what()));
+        return listParameters(document);
+    }
+}
+
 void EditorWindow::buildPanels()
 {
     setDockOptions(QMainWindow::AllowNestedDocks | QMainWindow::AllowTabbedDocks);
@@ -115,7 +127,7 @@ void EditorWindow::buildPanels()
     connect(curvePanel, &CurvePanel::failed, bar, &MessageBar::tell);
     connect(&picture->getPicture().getMarks(), &PickMarks::menuOpening, curvePanel,
             &CurvePanel::addPickActions);
-    parameters = new ParameterPanel(document, this);
+    parameters = new ParameterPanel(document, layOutParametersOrTell(), this);
     auto* const scroll = new QScrollArea(this);
     scroll->setWidget(parameters);
     scroll->setWidgetResizable(true);

@@ -71,6 +71,7 @@ private:
     void buildFiles();
     void buildPanels();
     QWidget* makeTimePanel();
+    std::vector<ParameterRow> layOutParametersOrTell();
     QDockWidget* makePanel(QString const& title, QString const& name, QWidget* panel);
     void buildMenus();
     void buildToolBar();

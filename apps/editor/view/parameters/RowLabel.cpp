@@ -1,0 +1,6 @@
+#include "editor/view/parameters/RowLabel.h"
+
+void RowLabel::mouseDoubleClickEvent(QMouseEvent*)
+{
+    emit doubleClicked();
+}
