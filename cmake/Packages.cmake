@@ -4,6 +4,9 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_COMPONENTS_ALL openfx)
 if(NOT REMAPCOLOR_BUNDLE_ONLY)
     list(APPEND CPACK_COMPONENTS_ALL program sdk)
+    if(REMAPCOLOR_EDITOR)
+        list(APPEND CPACK_COMPONENTS_ALL editor)
+    endif()
 endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
@@ -36,6 +39,9 @@ add_package(program remap-color "Remap the colours of pictures and sequences
  DPX, and the tool that it sends them through.")
 add_package(sdk remap-color-dev "Build tools and panels for Remap Color's host
  The headers of the host's interface and of the tool, and a package for CMake.")
+add_package(editor remap-color-editor "Draw Remap Color's curves in a window
+ A picture, the curves and the parameters of one node, for the projects of the command line.")
+set(CPACK_DEBIAN_EDITOR_PACKAGE_DEPENDS "remap-color (= ${PROJECT_VERSION})")
 add_package(openfx remap-color-openfx "Remap Color for OpenFX hosts
  Levels, gamma, exposure, knee and curves per channel.")
 set(CPACK_DEBIAN_SDK_PACKAGE_SECTION libdevel)

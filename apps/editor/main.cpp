@@ -153,6 +153,7 @@ int main(int nbArguments, char** arguments)
         int nbNames = 1;
         Application application(nbNames, arguments);
         QApplication::setApplicationName("remapcolor-editor");
+        QGuiApplication::setDesktopFileName("remapcolor-editor"); // has the icon
         QApplication::setCursorFlashTime(0); // nothing runs when nothing changes
         Theme::apply(application);
         return run(line, application);
