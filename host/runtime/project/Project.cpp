@@ -115,9 +115,18 @@ using Stream = std::unique_ptr<std::FILE, StreamCloser>;
 
 std::string writeProject(HostNode const& node)
 {
-    Json values = Json::object();
+    std::vector<std::string> names;
     for (HostNode::ValueSlot const& slot : node.getValues()) {
-        values[slot.name] = valueToJson(*slot.value);
+        names.push_back(slot.name);
+    }
+    return writeProject(node, names);
+}
+
+std::string writeProject(HostNode const& node, std::vector<std::string> const& names)
+{
+    Json values = Json::object();
+    for (std::string const& name : names) {
+        values[name] = valueToJson(*node.getValue(name));
     }
     Json const project = {{"format", projectFormat},
                           {"version", projectVersion},

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 /// A project that cannot be used. The text names the place within it and what is wrong there.
 class ProjectError : public HostException {
@@ -22,6 +23,9 @@ public:
 /// {"points": [[x, y], ... three per key]}, or keyframes {"keys": [[time, VALUE], ...]}.
 /// User-interface thread.
 std::string writeProject(HostNode const& node);
+
+/// The same with these of its values only.
+std::string writeProject(HostNode const& node, std::vector<std::string> const& names);
 
 /// The values that a project's text names. `pattern` is a node of the tool that the project is for;
 /// it is only asked what values there are. Throws ProjectError for text that is no such project,

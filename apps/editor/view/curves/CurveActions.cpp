@@ -1,5 +1,8 @@
 #include "editor/view/curves/CurveActions.h"
 
+#include "editor/view/curves/OffsetDialog.h"
+#include "editor/view/curves/PresetsDialog.h"
+
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMenu>
@@ -79,11 +82,13 @@ void CurveActions::buildCurveActions()
          tr("To the three curves"),
          {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_V)}},
         [this] { paste(CurveEditor::Target::All); });
+    add(list, {tr("P&resets…"), tr("Curves that are kept by name")}, [this] { openPresets(); });
     addSeparator(list);
     add(list, {tr("&Straight"), tr("Lines from key to key")},
         [this] { model.editor.change("Straighten curve", &CurveEditing::straighten); });
     add(list, {tr("&Flip"), tr("What was light is dark")},
         [this] { model.editor.change("Flip curve", &CurveEditing::flip); });
+    add(list, {tr("&Offset…"), tr("Move the curve by an amount")}, [this] { openOffset(); });
     add(list, {tr("Swap red and green"), {}}, [this] { model.editor.swap(0, 1); });
     add(list, {tr("Swap green and blue"), {}}, [this] { model.editor.swap(1, 2); });
     add(list, {tr("Swap red and blue"), {}}, [this] { model.editor.swap(0, 2); });
@@ -198,6 +203,32 @@ void CurveActions::paste(CurveEditor::Target target)
     } catch (ValueError const& error) {
         throw ValueError("the clipboard has no curve: " + std::string(error.what()));
     }
+}
+
+void CurveActions::openPresets()
+{
+    if (presets == nullptr) {
+        presets = new PresetsDialog(model.editor, PresetsDialog::getUserFolder(), &graph);
+    }
+    presets->show();
+    presets->activateWindow();
+}
+
+void CurveActions::openOffset()
+{
+    if (offset == nullptr) {
+        offset = new OffsetDialog(&graph);
+        connect(offset, &OffsetDialog::asked, this, [this](double dx, double dy) {
+            graph.attempt([&] {
+                model.editor.change("Offset curve", [&](CurvePoints const& points) {
+                    return CurveEditing::offset(points, static_cast<float>(dx),
+                                                static_cast<float>(dy));
+                });
+            });
+        });
+    }
+    offset->show();
+    offset->activateWindow();
 }
 
 void CurveActions::openMenu(QPoint const& place, QPoint const& onScreen)

@@ -5,6 +5,8 @@
 
 #include <QObject>
 
+class OffsetDialog;
+class PresetsDialog;
 class QMenu;
 
 /// What the curve menus offer. Keys count while the graph has the focus.
@@ -14,7 +16,7 @@ class CurveActions : public QObject {
 public:
     CurveActions(CurveModel& shownModel, CurveWidget& graphWidget);
 
-    /// Copy, paste, shapes and resets.
+    /// Copy, paste, shapes, presets and resets.
     QList<QAction*> const& getCurveActions() const { return curveActions; }
     QList<QAction*> const& getShowActions() const { return showActions; }
     QList<QAction*> const& getFitActions() const { return fitActions; }
@@ -35,6 +37,8 @@ private:
     void buildShowActions();
     void copy();
     void paste(CurveEditor::Target target);
+    void openPresets();
+    void openOffset();
     void openMenu(QPoint const& place, QPoint const& onScreen);
     void addPlaceActions(QMenu& menu, QPoint const& place);
 
@@ -46,5 +50,7 @@ private:
     QList<QAction*> fitActions;
     QList<std::pair<QAction*, std::function<bool(CurveDisplay const&)>>> switches;
     QAction* stops = nullptr;
+    PresetsDialog* presets = nullptr; ///< both when first asked for
+    OffsetDialog* offset = nullptr;
     CbFunction<CurveEditor const> edited{[this](CurveEditor const&) { refresh(); }};
 };

@@ -91,6 +91,11 @@ CurvePainter::CurvePainter(QPainter& itsPainter, CurveModel const& shownModel,
     painter.setFont(font);
 }
 
+Qt::PenStyle CurvePainter::getStyle(int channel)
+{
+    return styles[channel];
+}
+
 bool CurvePainter::isWithin(QPointF const& place) const
 {
     constexpr double beyond = 20.0;
@@ -316,7 +321,7 @@ void CurvePainter::drawCurves(std::optional<int> hovered)
         Line const line = model.lines.sampleCurve(channel, scale);
         bool const isOnAnother = std::find(drawn.begin(), drawn.end(), line) != drawn.end();
         double const width = hovered == channel ? hoveredWidth : isEdited ? wide : 1.4;
-        Qt::PenStyle const style = isOnAnother && channel == 0 ? Qt::DashLine : styles[channel];
+        Qt::PenStyle const style = isOnAnother && channel == 0 ? Qt::DashLine : getStyle(channel);
         drawLine(line, QPen(fade(chooseColor(channel), isEdited ? 1.0 : otherOpacity), width, style,
                             Qt::FlatCap));
         drawn[static_cast<std::size_t>(channel)] = line;

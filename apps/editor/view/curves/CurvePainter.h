@@ -14,6 +14,9 @@ public:
     CurvePainter(QPainter& itsPainter, CurveModel const& shownModel, CurveScale const& shownScale,
                  QFont const& font);
 
+    /// By which a channel's lines are known without colour.
+    static Qt::PenStyle getStyle(int channel);
+
     void drawGrid();
     void drawHistogram(double devicePixels);
     void drawTransfers();

@@ -95,7 +95,7 @@ QWidget* CurvePanel::makeBar()
     layout->addWidget(
         makeMenuButton(tr("Show"), tr("Lines and histogram"), actions->getShowActions()));
     layout->addWidget(
-        makeMenuButton(tr("Curve"), tr("Copy, paste, reset and more"), actions->getCurveActions()));
+        makeMenuButton(tr("Curve"), tr("Copy, paste, presets, reset and more"), actions->getCurveActions()));
     return bar;
 }
 

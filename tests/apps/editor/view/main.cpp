@@ -11,7 +11,7 @@ int main(int nbArguments, char** arguments)
     testing::InitGoogleTest(&nbArguments, arguments);
     TestFolder const home;
     for (char const* const kind :
-         {"HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR"}) {
+         {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR"}) {
         qputenv(kind, home.path.c_str());
     }
     qputenv("QT_QPA_PLATFORM", "offscreen");

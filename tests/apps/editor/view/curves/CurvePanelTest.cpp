@@ -4,6 +4,7 @@
 
 #include "editor/model/curves/CurveHints.h"
 #include "editor/view/curves/KeyBar.h"
+#include "editor/view/curves/OffsetDialog.h"
 #include "editor/view/window/Theme.h"
 #include "runtime/curves/CurveText.h"
 #include "runtime/project/Project.h"
@@ -273,6 +274,12 @@ TEST_F(CurvePanelTest, CurvesAreCopiedPastedAndReset)
     EXPECT_TRUE(editor.areAlike());
     trigger("Flip");
     EXPECT_EQ(document.getCurve(2)[4].y, 1.0F - red[4].y);
+    trigger("Offset…");
+    auto const fields = panel.findChild<OffsetDialog*>()->findChildren<NumberField*>();
+    QTest::keyClicks(fields[1], "0.1+0.15");
+    QTest::mouseClick(panel.findChild<OffsetDialog*>()->findChild<QPushButton*>(), Qt::LeftButton);
+    EXPECT_EQ(document.getCurve(2)[4].y, 1.25F - red[4].y);
+    document.getHistory().undo();
     trigger("Swap red and blue");
     EXPECT_EQ(document.getCurve(2), red);
     trigger("Straight");

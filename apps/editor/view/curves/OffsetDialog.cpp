@@ -1,0 +1,29 @@
+#include "editor/view/curves/OffsetDialog.h"
+
+#include <QFormLayout>
+#include <QPushButton>
+
+OffsetDialog::OffsetDialog(QWidget* parent) : QDialog(parent)
+{
+    setWindowTitle(tr("Offset of the curve"));
+    setLayout(new QFormLayout);
+    NumberField* const x = addField(tr("along x"));
+    NumberField* const y = addField(tr("along y"));
+    auto* const move = new QPushButton(tr("Move"), this);
+    move->setDefault(true);
+    connect(move, &QPushButton::clicked, this,
+            [this, x, y] { emit asked(x->getNumber(), y->getNumber()); });
+    static_cast<QFormLayout*>(layout())->addRow(move);
+}
+
+NumberField* OffsetDialog::addField(QString const& text)
+{
+    constexpr double step = 0.01;
+    auto* const field = new NumberField(step, this);
+    field->setAccessibleName(text);
+    field->showNumber(0.0);
+    connect(field, &NumberField::entered, field, &NumberField::showNumber);
+    connect(field, &NumberField::dragged, field, &NumberField::showNumber);
+    static_cast<QFormLayout*>(layout())->addRow(text, field);
+    return field;
+}
