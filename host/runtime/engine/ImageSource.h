@@ -98,11 +98,11 @@ public:
 };
 
 /// Rows per strip: whole blocks of the source, so many that a strip's pixels are worth setting the
-/// chain up for them, and no more.
+/// chain up for them, and no more: what a strip needs is to stay in the caches.
 inline int chooseStripRows(ImageSource const& source)
 {
     // Setting a chain up costs some tens of microseconds: what a few thousand pixels cost.
-    constexpr int wantedStripPixels = 1 << 18;
+    constexpr int wantedStripPixels = 1 << 16;
     GeRectangle<int> const& window = source.getInfo().dataWindow;
     int const rowsPerBlock = std::max(source.getRowsPerBlock(), 1);
     int const width = std::max(window.getWidth(), 1);

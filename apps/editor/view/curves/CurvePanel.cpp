@@ -94,8 +94,8 @@ QWidget* CurvePanel::makeBar()
         makeMenuButton(tr("Fit"), tr("What the graph reaches"), actions->getFitActions()));
     layout->addWidget(
         makeMenuButton(tr("Show"), tr("Lines and histogram"), actions->getShowActions()));
-    layout->addWidget(
-        makeMenuButton(tr("Curve"), tr("Copy, paste, presets, reset and more"), actions->getCurveActions()));
+    layout->addWidget(makeMenuButton(tr("Curve"), tr("Copy, paste, presets, reset and more"),
+                                     actions->getCurveActions()));
     return bar;
 }
 

@@ -1,7 +1,7 @@
 #include "editor/view/parameters/ParameterPanel.h"
 
-#include "editor/view/time/KeyButton.h"
 #include "editor/view/parameters/RowLabel.h"
+#include "editor/view/time/KeyButton.h"
 #include "editor/view/window/Theme.h"
 #include "pluginAPI/PiInputPolicy.h"
 

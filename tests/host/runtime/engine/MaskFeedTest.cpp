@@ -10,7 +10,7 @@ namespace {
 
 using namespace memoryHost;
 
-constexpr int width = 1 << 17; // two rows a strip
+constexpr int width = 1 << 15; // two rows a strip
 constexpr GeRectangle<int> window{-7, 10, width - 7, 19};
 
 std::uint8_t valueAt(int x, int y)

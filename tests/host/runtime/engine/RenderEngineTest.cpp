@@ -173,8 +173,8 @@ TEST(ChooseStripRowsTest, GivesWholeBlocksOfManyPixels)
     };
     auto const format = makeFormat(IxPixelFormat::ALPHA, IxPixelFormat::UINT8);
     for (auto const& [width, rowsPerBlock, rows] :
-         {Case{1024, 1, 256}, Case{1000, 16, 272}, Case{1 << 20, 1, 1}, Case{1 << 20, 32, 32},
-          Case{1 << 17, 1, 2}, Case{1024, 0, 256}, Case{1, 1, 1 << 18}}) {
+         {Case{1024, 1, 64}, Case{1000, 16, 80}, Case{1 << 20, 1, 1}, Case{1 << 20, 32, 32},
+          Case{1 << 15, 1, 2}, Case{1024, 0, 64}, Case{1, 1, 1 << 16}}) {
         EXPECT_EQ(chooseStripRows(MemorySource(Picture(format, {0, 0, width, 1}), rowsPerBlock)),
                   rows);
     }
