@@ -277,7 +277,7 @@ TEST_F(CurvePanelTest, CurvesAreCopiedPastedAndReset)
     trigger("Offset…");
     auto const fields = panel.findChild<OffsetDialog*>()->findChildren<NumberField*>();
     QTest::keyClicks(fields[1], "0.1+0.15");
-    QTest::mouseClick(panel.findChild<OffsetDialog*>()->findChild<QPushButton*>(), Qt::LeftButton);
+    QTest::keyClick(fields[1], Qt::Key_Return);
     EXPECT_EQ(document.getCurve(2)[4].y, 1.25F - red[4].y);
     document.getHistory().undo();
     trigger("Swap red and blue");

@@ -57,7 +57,7 @@ protected:
 
 TEST_F(PresetsDialogTest, CurvesAreSavedAppliedRenamedDeletedAndPutBack)
 {
-    set("red=0,0 0.5,0.8 1,1 | green=0,0 1,1 | blue=0,0.1 1,1");
+    set("red=0,0 0.5,0.8 1,1\ngreen=0,0 1,1\nblue=0,0.1 1,1");
     std::array const saved = {document.getCurve(0), document.getCurve(1), document.getCurve(2)};
     type("Warm sun");
     QTest::keyClick(&name, Qt::Key_Return);
