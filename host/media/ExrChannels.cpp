@@ -272,11 +272,6 @@ std::int64_t countSamples(int begin, int end, int sampling)
     return divideUp(end, sampling) - divideUp(begin, sampling);
 }
 
-std::size_t sampleBytesOf(Imf::PixelType type)
-{
-    return type == Imf::HALF ? 2 : 4;
-}
-
 } // namespace
 
 ExrColour chooseExrColour(Imf::Header const& header, std::string const& layer,
@@ -381,6 +376,11 @@ std::vector<ExrFurtherChannel> findFurtherChannels(Imf::ChannelList const& chann
         });
     });
     return further;
+}
+
+std::size_t sampleBytesOf(Imf::PixelType type)
+{
+    return type == Imf::HALF ? 2 : 4;
 }
 
 Imf::PixelType typeOfDepth(IxPixelFormat::Depth depth)

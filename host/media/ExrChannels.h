@@ -77,6 +77,8 @@ std::vector<ExrFurtherChannel> listChannels(Imf::ChannelList const& channels);
 /// Of a tile's samples in a file.
 Imf::PixelType typeOfDepth(IxPixelFormat::Depth depth);
 
+std::size_t sampleBytesOf(Imf::PixelType type);
+
 /// Components of the tiles that hold `colour`.
 IxPixelFormat::Components componentsOf(ExrColour const& colour);
 

@@ -3,6 +3,7 @@
 #include "media/ExrCodec.h"
 
 #include "media/Deflate.h"
+#include "media/ExrChannels.h"
 #include "media/ExrPredictor.h"
 #include "media/ExrPxr24.h"
 #include "media/ExrRle.h"
@@ -86,7 +87,7 @@ public:
     {
         for (auto channel = channels.begin(); channel != channels.end(); ++channel) {
             types.push_back(channel.channel().type);
-            pixelBytes += types.back() == Imf::HALF ? 2 : 4;
+            pixelBytes += sampleBytesOf(types.back());
         }
     }
 

@@ -2,6 +2,8 @@
 
 #include "media/ExrFrameRows.h"
 
+#include "media/ExrChannels.h"
+
 #include <ImfChannelList.h>
 #include <ImfFrameBuffer.h>
 #include <algorithm>
@@ -115,7 +117,7 @@ std::byte* ExrFrameRows::Place::at(int x, int y) const
 ExrFrameRows::ExrFrameRows(Imf::ChannelList const& channels, Imf::FrameBuffer const& frame)
 {
     for (auto channel = channels.begin(); channel != channels.end(); ++channel) {
-        std::size_t const sampleBytes = channel.channel().type == Imf::HALF ? 2 : 4;
+        std::size_t const sampleBytes = sampleBytesOf(channel.channel().type);
         if (Imf::Slice const* const slice = frame.findSlice(channel.name())) {
             singles.push_back({{sampleBytes, reinterpret_cast<std::uintptr_t>(slice->base),
                                 static_cast<std::ptrdiff_t>(slice->xStride),

@@ -5,6 +5,7 @@
 
 #include "media/ErrorText.h"
 #include "media/ExrAttributes.h"
+#include "media/ExrChannels.h"
 
 #include <Iex.h>
 #include <ImathBox.h>
@@ -233,7 +234,7 @@ std::size_t bytesPerPixelOf(Imf::ChannelList const& channels)
 {
     std::size_t bytes = 0;
     for (auto channel = channels.begin(); channel != channels.end(); ++channel) {
-        bytes += channel.channel().type == Imf::HALF ? 2 : 4;
+        bytes += sampleBytesOf(channel.channel().type);
     }
     return bytes;
 }

@@ -3,7 +3,6 @@
 #include <Iex.h>
 #include <ImfStdIO.h>
 #include <ImfVersion.h>
-#include <ImfXdr.h>
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
@@ -11,14 +10,12 @@
 
 namespace {
 
-using Io = Imf::StreamIO;
-
 std::string makeHeader(ExrHeaders const& headers, std::size_t part)
 {
     constexpr int flagsOfParts = Imf::MULTI_PART_FILE_FLAG | Imf::NON_IMAGE_FLAG;
     Imf::StdOSStream text;
-    Imf::Xdr::write<Io>(text, Imf::MAGIC);
-    Imf::Xdr::write<Io>(text, headers.version & ~flagsOfParts);
+    writeNumber(text, Imf::MAGIC);
+    writeNumber(text, headers.version & ~flagsOfParts);
     headers.parts[part].header.writeTo(text);
     return text.str();
 }
@@ -27,7 +24,7 @@ std::string makeTable(std::vector<std::uint64_t> const& starts)
 {
     Imf::StdOSStream text;
     for (std::uint64_t const start : starts) {
-        Imf::Xdr::write<Io>(text, start);
+        writeNumber(text, start);
     }
     return text.str();
 }

@@ -12,11 +12,6 @@
 
 namespace {
 
-std::size_t bytesOf(Imf::PixelType type)
-{
-    return type == Imf::HALF ? 2 : 4;
-}
-
 /// Stores every `stride`-th value as half or float, one after the other.
 void storeSamples(float const* values, std::size_t stride, std::size_t count, Imf::PixelType type,
                   std::byte* samples)
@@ -94,7 +89,7 @@ void ExrPartWriter::convert(std::size_t layer, IxTile const& tile, Planes& plane
     for (std::size_t index = 0; index < part.colours.size(); ++index) {
         if (part.colours[index].layer == layer && !isDirect(part.colours[index])) {
             planes[index].resize(width * static_cast<std::size_t>(bounds.getHeight()) *
-                                 bytesOf(part.colours[index].type));
+                                 sampleBytesOf(part.colours[index].type));
             converted.push_back(index);
         }
     }
@@ -114,7 +109,7 @@ void ExrPartWriter::convert(std::size_t layer, IxTile const& tile, Planes& plane
         }
         for (std::size_t const index : converted) {
             ExrPlannedChannel const& colour = part.colours[index];
-            std::size_t const rowBytes = width * bytesOf(colour.type);
+            std::size_t const rowBytes = width * sampleBytesOf(colour.type);
             storeSamples(&values[colour.component], components, width, colour.type,
                          &planes[index][static_cast<std::size_t>(y - bounds.y0) * rowBytes]);
         }
@@ -127,7 +122,7 @@ void ExrPartWriter::insertColour(Imf::FrameBuffer& frame, IxTile const& result,
     GeRectangle<int> const& bounds = result.getBounds();
     for (std::size_t index = 0; index < part.colours.size(); ++index) {
         ExrPlannedChannel const& colour = part.colours[index];
-        std::size_t const sampleBytes = bytesOf(colour.type);
+        std::size_t const sampleBytes = sampleBytesOf(colour.type);
         if (isDirect(colour)) {
             IxTile const& tile = tileOf(colour.layer, result, strip);
             IxPixelFormat const& format = part.formats[colour.layer];

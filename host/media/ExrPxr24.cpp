@@ -1,5 +1,7 @@
 #include "media/ExrPxr24.h"
 
+#include "media/ExrChannels.h"
+
 #include <cstdint>
 #include <cstring>
 
@@ -81,11 +83,6 @@ void unpackRow(std::byte const* from, std::size_t width, std::byte* samples)
 using HalfNumber = HalfOrNumber<std::uint16_t>;
 using WholeNumber = HalfOrNumber<std::uint32_t>;
 
-std::size_t storedBytesOf(Imf::PixelType type)
-{
-    return type == Imf::HALF ? sizeof(std::uint16_t) : sizeof(std::uint32_t);
-}
-
 } // namespace
 
 std::size_t pxr24BytesPerRow(std::vector<Imf::PixelType> const& types, std::size_t width)
@@ -109,7 +106,7 @@ void toPxr24(std::vector<Imf::PixelType> const& types, std::size_t width,
             case Imf::FLOAT: packRow<FloatNumber, bytesOfFloat>(from, width, to); break;
             default: packRow<WholeNumber, bytesOfNumber>(from, width, to); break;
             }
-            from += storedBytesOf(type) * width;
+            from += sampleBytesOf(type) * width;
             to += countPlanes(type) * width;
         }
     }
@@ -128,7 +125,7 @@ void fromPxr24(std::vector<Imf::PixelType> const& types, std::size_t width,
             default: unpackRow<WholeNumber, bytesOfNumber>(from, width, to); break;
             }
             from += countPlanes(type) * width;
-            to += storedBytesOf(type) * width;
+            to += sampleBytesOf(type) * width;
         }
     }
 }

@@ -202,7 +202,22 @@ void CurveHistogram::takePlate()
     if (work) {
         work->cancel();
     }
+    counts.reset();
+    stale = false;
     handlers.call(std::as_const(*this));
+}
+
+void CurveHistogram::setPaused(bool newIsPaused)
+{
+    isPaused = newIsPaused;
+    startIfWanted();
+}
+
+void CurveHistogram::startIfWanted()
+{
+    if (isWanted && !isPaused && !work) {
+        start();
+    }
 }
 
 void CurveHistogram::refresh()
@@ -232,9 +247,8 @@ void CurveHistogram::request()
     isWanted = true;
     if (work) {
         work->cancel();
-    } else {
-        start();
     }
+    startIfWanted();
     handlers.call(std::as_const(*this));
 }
 
@@ -256,11 +270,10 @@ void CurveHistogram::end()
         source = ended->source;
         extent = measure(*source);
     }
-    if (isWanted) {
-        start();
-    } else if (ended->isDone) {
-        counts = ended->made;
+    if (!isWanted) {
+        counts = ended->isDone ? ended->made : nullptr; // without memory for it there is none
         stale = false;
     }
+    startIfWanted();
     handlers.call(std::as_const(*this));
 }

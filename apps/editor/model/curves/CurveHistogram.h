@@ -23,7 +23,8 @@ public:
     CurveHistogram(Document& shownDocument, Plate& shownPlate);
     ~CurveHistogram();
 
-    /// The newest that is known; null before the first and for pictures without colour.
+    /// The newest that is known; null before the first, in a gap of a sequence, where counting
+    /// failed, and for pictures without colour.
     std::shared_ptr<ValueCounts const> const& getCounts() const { return counts; }
 
     /// The histogram in equally wide classes along an axis.
@@ -34,6 +35,9 @@ public:
     };
     /// There is one. The answer holds until the next question.
     Classes const& classify(FigureAxis const& axis, std::size_t nbClasses) const;
+
+    /// While frames follow one another nothing is counted: it would be overtaken.
+    void setPaused(bool newIsPaused);
 
     /// Whether it is of another look, moment or plate than those that are shown.
     bool isStale() const { return stale; }
@@ -60,6 +64,7 @@ private:
     void takePlate();
     void refresh();
     void request();
+    void startIfWanted();
     void start();
     void end();
 
@@ -76,6 +81,7 @@ private:
     double time = 0.0; ///< the same
     bool stale = false;
     bool isWanted = false; ///< something newer than what is on its way
+    bool isPaused = false;
     std::shared_ptr<Work> work;
     mutable std::optional<Classified> classified; ///< what was asked for last
     CbDispatcher<CurveHistogram const> handlers;

@@ -118,11 +118,9 @@ void CurvePresets::save(Preset const& preset)
 {
     checkName(preset.name);
     NodeValues values;
-    std::vector<std::string> names;
-    for (int channel = 0; channel < ControllerLink::nbChannels; ++channel) {
-        names.push_back(document.getLink().getCurveInputName(channel));
-        values.emplace(names.back(),
-                       Animated<CurvePoints>(preset.curves[static_cast<std::size_t>(channel)]));
+    std::vector<std::string> const names = document.listCurveNames();
+    for (std::size_t channel = 0; channel < names.size(); ++channel) {
+        values.emplace(names[channel], Animated<CurvePoints>(preset.curves[channel]));
     }
     copy.getNode().setValues(values);
     std::error_code error;

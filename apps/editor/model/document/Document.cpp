@@ -176,6 +176,15 @@ CurvePoints Document::getCurve(int channel) const
     return std::get<Animated<CurvePoints>>(*state).evaluate(time).getValue();
 }
 
+std::vector<std::string> Document::listCurveNames() const
+{
+    std::vector<std::string> names;
+    for (int channel = 0; channel < ControllerLink::nbChannels; ++channel) {
+        names.push_back(link->getCurveInputName(channel));
+    }
+    return names;
+}
+
 void Document::setCurves(std::string const& label, std::array<CurvePoints, 3> const& curves)
 {
     NodeValues states;

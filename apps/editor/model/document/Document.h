@@ -58,6 +58,7 @@ public:
 
     double getNumber(std::string const& name) const;
     CurvePoints getCurve(int channel) const;
+    std::vector<std::string> listCurveNames() const; ///< red, green, blue
     void setCurves(std::string const& label, std::array<CurvePoints, 3> const& curves);
     ControllerLink::Mode getMode() const;
 

@@ -28,3 +28,8 @@ std::filesystem::path getStateFolder()
 {
     return findFolder("XDG_STATE_HOME", ".local/state");
 }
+
+std::filesystem::path getDataFolder()
+{
+    return findFolder("XDG_DATA_HOME", ".local/share");
+}

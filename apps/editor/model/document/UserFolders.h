@@ -6,3 +6,4 @@
 /// which may not be there yet. Empty if there is no home. Any thread.
 std::filesystem::path getConfigFolder(); ///< what the user has chosen
 std::filesystem::path getStateFolder();  ///< what outlives a run
+std::filesystem::path getDataFolder();   ///< what the user has made

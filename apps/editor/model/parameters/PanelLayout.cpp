@@ -12,6 +12,11 @@
 
 namespace {
 
+[[noreturn]] void failFor(std::filesystem::path const& file, std::string const& reason)
+{
+    throw PanelLayoutError("cannot lay the parameters out by " + quoteFile(file) + ": " + reason);
+}
+
 /// Reads one file and knows what to say about it.
 class LayoutReader {
 public:
@@ -44,11 +49,7 @@ public:
     }
 
 private:
-    [[noreturn]] void fail(std::string const& reason) const
-    {
-        throw PanelLayoutError("cannot lay the parameters out by " + quoteFile(file) + ": " +
-                               reason);
-    }
+    [[noreturn]] void fail(std::string const& reason) const { failFor(file, reason); }
 
     static bool isElement(pugi::xml_node const& node, char const* name)
     {
@@ -146,8 +147,7 @@ std::vector<ParameterRow> arrangeRows(std::vector<ParameterRow> const& rows,
                 return candidate.name == entry.value;
             });
         if (found == rest.end()) {
-            throw PanelLayoutError("cannot lay the parameters out by " + quoteFile(file) +
-                                   ": the tool has no value " + quote(entry.value));
+            failFor(file, "the tool has no value " + quote(entry.value));
         }
         ParameterRow row = *found;
         rest.erase(found);

@@ -74,7 +74,6 @@ private:
     };
 
     void renew(Side side);
-    bool isSettled() const;
     void startNext();
     void start(Side side, bool isThorough);
     void end(std::exception_ptr const& failure);

@@ -1,12 +1,12 @@
 #include "editor/model/render/ChildProgram.h"
 
 #include "editor/model/document/UserThread.h"
+#include "files/FileError.h"
 #include "session/Failures.h"
 
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
 #include <mutex>
 #include <optional>
@@ -69,7 +69,7 @@ struct ChildProgram::Process {
         if (id < 0) {
             id = 0;
             throw SurroundingsError(quote(words[0]) +
-                                    " cannot be started: " + std::strerror(errno));
+                                    " cannot be started: " + describeSystemError(errno));
         }
     }
 
@@ -145,7 +145,8 @@ ChildProgram::ChildProgram(std::vector<std::string> const& words, Listener liste
     : process(std::make_shared<Process>())
 {
     if (::access(words.at(0).c_str(), X_OK) != 0) {
-        throw SurroundingsError(quote(words.at(0)) + " cannot be started: " + std::strerror(errno));
+        throw SurroundingsError(quote(words.at(0)) +
+                                " cannot be started: " + describeSystemError(errno));
     }
     process->words = words;
     process->listener = std::move(listener);
@@ -153,7 +154,7 @@ ChildProgram::ChildProgram(std::vector<std::string> const& words, Listener liste
         [shared = process](std::atomic<bool> const& cancelled) {
             int ends[2];
             if (::pipe2(ends, O_CLOEXEC) != 0) {
-                throw SurroundingsError(std::string("no pipe: ") + std::strerror(errno));
+                throw SurroundingsError(std::string("no pipe: ") + describeSystemError(errno));
             }
             try {
                 shared->start(ends[1]);

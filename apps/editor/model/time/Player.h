@@ -28,7 +28,6 @@ public:
     void play(int direction);
     void stop();
     bool isPlaying() const { return direction != 0; }
-    int getDirection() const { return direction; }
 
     /// For the driver.
     void wake();

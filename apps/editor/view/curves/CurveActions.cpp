@@ -1,5 +1,6 @@
 #include "editor/view/curves/CurveActions.h"
 
+#include "editor/model/document/UserFolders.h"
 #include "editor/view/curves/OffsetDialog.h"
 #include "editor/view/curves/PresetsDialog.h"
 
@@ -208,7 +209,8 @@ void CurveActions::paste(CurveEditor::Target target)
 void CurveActions::openPresets()
 {
     if (presets == nullptr) {
-        presets = new PresetsDialog(model.editor, PresetsDialog::getUserFolder(), &graph);
+        std::filesystem::path const data = getDataFolder();
+        presets = new PresetsDialog(model.editor, data.empty() ? data : data / "curves", &graph);
     }
     presets->show();
     presets->activateWindow();

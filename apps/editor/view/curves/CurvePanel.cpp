@@ -2,6 +2,7 @@
 
 #include "editor/model/curves/CurveHints.h"
 #include "editor/view/curves/KeyBar.h"
+#include "editor/view/time/KeyButton.h"
 #include "editor/view/window/Theme.h"
 
 #include <QButtonGroup>
@@ -86,6 +87,8 @@ QWidget* CurvePanel::makeBar()
     for (int channel = 0; channel < CurveEditor::nbChannels; ++channel) {
         layout->addWidget(channels[channel]);
     }
+    layout->addWidget(
+        new KeyButton(model.document, "the curves", model.document.listCurveNames(), bar));
     layout->addStretch(1);
     auto* const stops = new QToolButton(bar);
     stops->setDefaultAction(actions->getStops());

@@ -24,6 +24,9 @@ public:
     CurveModel& getModel() { return model; }
     CurveWidget& getCurves() { return *graph; }
 
+    /// While frames follow one another the histogram stays as it is.
+    void setPlaying(bool isPlaying) { model.histogram.setPaused(isPlaying); }
+
     /// The histogram is not yet that of what is shown.
     bool isCounting() const { return model.histogram.isStale(); }
 

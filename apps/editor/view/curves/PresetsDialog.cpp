@@ -11,7 +11,6 @@
 #include <QListWidget>
 #include <QPainter>
 #include <QPushButton>
-#include <QStandardPaths>
 #include <QStyle>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -52,12 +51,6 @@ PresetsDialog::PresetsDialog(CurveEditor& itsEditor, std::filesystem::path const
     connect(name, &QLineEdit::returnPressed, this, [this] { attempt([this] { save(); }); });
     connect(name, &QLineEdit::textEdited, this, [this] { say({}); });
     resize(420, 380);
-}
-
-std::filesystem::path PresetsDialog::getUserFolder()
-{
-    QString const data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
-    return std::filesystem::path(data.toStdString()) / "remapcolor" / "curves";
 }
 
 void PresetsDialog::buildButtons()

@@ -19,9 +19,6 @@ class PresetsDialog : public QDialog {
 public:
     PresetsDialog(CurveEditor& itsEditor, std::filesystem::path const& folder, QWidget* parent);
 
-    /// In the user's folder for data.
-    static std::filesystem::path getUserFolder();
-
 protected:
     void showEvent(QShowEvent* event) override;
     bool event(QEvent* event) override;

@@ -28,8 +28,6 @@ public:
     /// Comes to the front; what belongs to another input than last time begins anew.
     void present();
 
-    RenderRun& getRun() { return run; }
-
     /// What the choices say.
     RenderWish getWish() const;
 

@@ -20,22 +20,16 @@ void drawDiamond(QPainter& painter, QPointF const& centre, double radius)
 
 KeyButton::KeyButton(Document& editedDocument, std::string itsTitle, Keys::Names valueNames,
                      QWidget* parent)
-    : QAbstractButton(parent), document(editedDocument), keys(document)
+    : QAbstractButton(parent), document(editedDocument), keys(document), title(std::move(itsTitle)),
+      names(std::move(valueNames))
 {
     setFocusPolicy(Qt::TabFocus);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    setValues(std::move(itsTitle), std::move(valueNames));
+    setAccessibleName(tr("Key of %1").arg(QString::fromStdString(title)));
+    refresh();
     document.getNode().addHandler(&changed);
     document.addTimeHandler(&timeChanged);
     connect(this, &QAbstractButton::clicked, this, [this] { keys.toggle(title, names); });
-}
-
-void KeyButton::setValues(std::string newTitle, Keys::Names valueNames)
-{
-    title = std::move(newTitle);
-    names = std::move(valueNames);
-    setAccessibleName(tr("Key of %1").arg(QString::fromStdString(title)));
-    refresh();
 }
 
 void KeyButton::refresh()

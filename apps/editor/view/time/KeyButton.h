@@ -17,10 +17,6 @@ public:
     KeyButton(Document& editedDocument, std::string title, Keys::Names valueNames,
               QWidget* parent = nullptr);
 
-    /// Of other values from now on.
-    void setValues(std::string newTitle, Keys::Names valueNames);
-
-    Keys::Presence getPresence() const { return presence; }
     QSize sizeHint() const override { return {20, 20}; }
 
 protected:
@@ -31,8 +27,8 @@ private:
 
     Document& document;
     Keys keys;
-    std::string title;
-    Keys::Names names;
+    std::string const title;
+    Keys::Names const names;
     Keys::Presence presence = Keys::Presence::Never;
     CbFunction<ValueChange const> changed{[this](ValueChange const&) { refresh(); }};
     CbFunction<double const> timeChanged{[this](double const&) { refresh(); }};

@@ -32,6 +32,24 @@ QToolButton* makeStepButton(QWidget* parent, QAction* action)
     return button;
 }
 
+/// A widget of two rows.
+struct Rows {
+    QWidget* box;
+    QHBoxLayout* above = new QHBoxLayout();
+    QHBoxLayout* below = new QHBoxLayout();
+};
+
+Rows makeRows(QWidget* parent)
+{
+    Rows const rows{new QWidget(parent)};
+    auto* const column = new QVBoxLayout(rows.box);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(4);
+    column->addLayout(rows.above);
+    column->addLayout(rows.below);
+    return rows;
+}
+
 QString formatMemory(std::size_t bytes)
 {
     constexpr double megabytes = 1024.0;
@@ -122,7 +140,7 @@ void TimePanel::makeActions()
     add({tr("Key of the &curves"),
          tr("Set a key of the three curves at this frame, or remove it"),
          {QKeySequence("K")}},
-        [this] { keys.toggle("the curves", listCurves()); });
+        [this] { keys.toggle("the curves", document.listCurveNames()); });
     actions << makeSeparator(ruler);
     loopAction = makeSwitch(ruler, {tr("L&oop"), tr("Play the range again and again")},
                             [this](bool isOn) { timeline.setLooping(isOn); });
@@ -148,14 +166,7 @@ void TimePanel::serve(QWidget& widget) const
 
 QWidget* TimePanel::makeSteps()
 {
-    auto* const box = new QWidget(this);
-    auto* const column = new QVBoxLayout(box);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(4);
-    auto* const above = new QHBoxLayout();
-    auto* const below = new QHBoxLayout();
-    column->addLayout(above);
-    column->addLayout(below);
+    auto const [box, above, below] = makeRows(this);
     for (QAction* const action : keyed) {
         QString const sign = action->iconText();
         if (action == playAction) {
@@ -202,14 +213,7 @@ NumberField* TimePanel::makeField(QString const& name, int width, std::function<
 
 QWidget* TimePanel::makeRange()
 {
-    auto* const box = new QWidget(this);
-    auto* const column = new QVBoxLayout(box);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(4);
-    auto* const above = new QHBoxLayout();
-    auto* const below = new QHBoxLayout();
-    column->addLayout(above);
-    column->addLayout(below);
+    auto const [box, above, below] = makeRows(this);
     constexpr int width = 64;
     auto const toFrame = [](double number) { return static_cast<Frame>(std::llround(number)); };
     first = makeField(tr("First frame"), width, [this, toFrame](double number) {
@@ -269,15 +273,6 @@ void TimePanel::fillNames()
     if (index == 0 && !ruler->getNames().empty()) {
         ruler->setNames({});
     }
-}
-
-Keys::Names TimePanel::listCurves() const
-{
-    Keys::Names curves;
-    for (int channel = 0; channel < ControllerLink::nbChannels; ++channel) {
-        curves.push_back(document.getLink().getCurveInputName(channel));
-    }
-    return curves;
 }
 
 void TimePanel::goToKey(int direction)

@@ -47,7 +47,6 @@ private:
     QWidget* makeRange();
     NumberField* makeField(QString const& name, int width, std::function<void(double)> take);
     void fillNames();
-    Keys::Names listCurves() const;
     void goToKey(int direction);
     void askForMemory();
     void togglePlay(int direction);

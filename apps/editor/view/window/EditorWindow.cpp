@@ -151,6 +151,7 @@ QWidget* EditorWindow::makeTimePanel()
     timePanel = new TimePanel(document, plate, timeline, this);
     connect(timePanel, &TimePanel::failed, bar, &MessageBar::tell);
     connect(timePanel, &TimePanel::playingChanged, picture, &PicturePanel::setPlaying);
+    connect(timePanel, &TimePanel::playingChanged, curvePanel, &CurvePanel::setPlaying);
     connect(picture, &PicturePanel::imageShown, this,
             [this](double time) { timePanel->getPlayer().takeShown(time); });
     timePanel->serve(getPicture());

@@ -185,6 +185,12 @@ TEST_F(CurveHistogramTest, IsStaleUntilItIsOfWhatIsShown)
     }
     settle();
     EXPECT_NEAR(countBelow(), countPlain(5.0F), 2.0);
+    histogram.setPaused(true);
+    document.setNumbers("", {"Linear.Output Level.Max.Green"}, 6.0);
+    EXPECT_TRUE(histogram.isStale());
+    histogram.setPaused(false);
+    settle();
+    EXPECT_NEAR(countBelow(), countPlain(6.0F), 2.0);
     open("alpha.exr");
     EXPECT_EQ(histogram.getCounts(), nullptr);
 }
