@@ -11,7 +11,9 @@
 #include "remapcolor/session/StopSignals.h"
 #include "session/Failures.h"
 
+#include <map>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 namespace {
 
@@ -28,10 +30,26 @@ std::vector<Frame> listFrames(ShotCheck const& check, std::optional<FrameFault::
     return frames;
 }
 
-std::string formatFault(FrameFault const& fault, bool isSequence)
+/// Faults of many frames that are said alike take one line, where the first of them stands.
+std::string formatFaults(ShotCheck const& check)
 {
-    std::string const frame = isSequence ? "frame " + std::to_string(fault.frame) + ": " : "";
-    return frame + nameFault(fault.kind) + ": " + makePrintable(fault.message) + "\n";
+    std::vector<std::pair<std::string, std::vector<Frame>>> lines;
+    std::map<std::string, std::size_t> places;
+    for (FrameFault const& fault : check.faults) {
+        std::string const said =
+            std::string(nameFault(fault.kind)) + ": " + makePrintable(fault.message) + "\n";
+        auto const [place, isNew] = places.emplace(said, lines.size());
+        if (isNew) {
+            lines.emplace_back(said, std::vector<Frame>());
+        }
+        lines[place->second].second.push_back(fault.frame);
+    }
+    std::string text;
+    for (auto const& [said, frames] : lines) {
+        std::string const which = frames.size() == 1 ? "frame " : "frames ";
+        text += (check.isSequence ? which + formatFrames(frames) + ": " : "") + said;
+    }
+    return text;
 }
 
 std::string formatSummary(ShotCheck const& check)
@@ -127,11 +145,7 @@ int runCheck(CheckRequest const& request, Reporter& reporter)
         writeStandardOutput(
             toJson(request, check).dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
     } else {
-        std::string text;
-        for (FrameFault const& fault : check.faults) {
-            text += formatFault(fault, check.isSequence);
-        }
-        writeStandardOutput(text + formatSummary(check));
+        writeStandardOutput(formatFaults(check) + formatSummary(check));
     }
     bool const isSound = check.faults.empty();
     return static_cast<int>(isSound ? ExitStatus::Done : ExitStatus::PictureFailed);

@@ -261,6 +261,20 @@ TEST_F(ShotTest, DryRunListsFilesAndTouchesNone)
     EXPECT_TRUE(list("out").empty());
 }
 
+TEST_F(ShotTest, ChecksTellFaultsThatAreAlikeInOneLine)
+{
+    saveBytes(input(2), "");
+    saveBytes(input(5), loadBytes(input(5)).substr(0, 300));
+    ProgramResult const result = run({"check", "in.####.exr", "-f", "1-2,20-24,5,7"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(std::count(result.output.begin(), result.output.end(), '\n'), 4) << result.output;
+    for (char const* said :
+         {"frame 2: unreadable: ", "frame 5: unreadable: ", "frames 7,20-24: missing: ",
+          "9 frames, 1 read; something is wrong with 2,5,7,20-24\n"}) {
+        EXPECT_NE(result.output.find(said), std::string::npos) << said << result.output;
+    }
+}
+
 TEST_F(ShotTest, EndedRunsLeaveWholeFramesAndARerunTheRest)
 {
     for (int const signal : {SIGKILL, SIGTERM, SIGKILL}) {
