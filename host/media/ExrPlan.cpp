@@ -5,6 +5,7 @@
 #include "media/ExrCompression.h"
 #include "media/LumaChroma.h"
 
+#include <ImfStringAttribute.h>
 #include <ImfVersion.h>
 #include <algorithm>
 
@@ -121,10 +122,16 @@ ExrPlan planFromOther(ImageSource const& source, IxPixelFormat const& format,
 ExrPlan planExr(ImageSource const& source, ResultFormat const& formatOf,
                 WriteOptions const& options)
 {
-    if (auto const* const reader = dynamic_cast<ExrReader const*>(&source)) {
-        return planFromExr(*reader, formatOf, options);
+    auto const* const reader = dynamic_cast<ExrReader const*>(&source);
+    ExrPlan plan = reader != nullptr ? planFromExr(*reader, formatOf, options)
+                                     : planFromOther(source, formatOf(source.getInfo()), options);
+    for (ExrPlannedPart& part : plan.parts) {
+        if (part.isProcessed() && !options.stamp.empty()) {
+            part.header.header.erase(exrStampName); // it may be of another type
+            part.header.header.insert(exrStampName, Imf::StringAttribute(options.stamp));
+        }
     }
-    return planFromOther(source, formatOf(source.getInfo()), options);
+    return plan;
 }
 
 std::vector<std::string> listRecompressed(ExrPlannedPart const& part, Imf::Header const& before)

@@ -3,6 +3,7 @@
 #include "remapcolor/commands/RenderCommand.h"
 
 #include "files/PrintableText.h"
+#include "files/RunningProgram.h"
 #include "files/StandardFiles.h"
 #include "media/ImageFiles.h"
 #include "remapcolor/options/FrameListOptions.h"
@@ -119,10 +120,17 @@ void listPlan(ShotPlan const& plan)
     writeStandardOutput(text);
 }
 
+std::string makeRunStamp()
+{
+    return "remapcolor " REMAPCOLOR_VERSION " on " + findHostName() + ", " + formatUniversalTime() +
+           ": " + makePrintable(formatShellLine(listOwnWords()));
+}
+
 WriteOptions makeWriteOptions(RenderRequest const& request, HostNode const& node)
 {
     return {.keepsInputDepth = keepsInputDepth(node),
             .compression = request.compression,
+            .stamp = request.isStamped ? makeRunStamp() : "",
             .kind = request.kind};
 }
 

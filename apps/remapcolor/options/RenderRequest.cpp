@@ -191,6 +191,11 @@ void addRenderOptions(CommandOptions& options, RenderRequest& request)
         "none). dwaa:LEVEL, dwab:LEVEL: the more, the smaller.",
         [&request](std::string const& text) { request.compression = parseCompression(text); },
         hintWords(compressionKinds));
+    options.addFlag("--stamp",
+                    "Say in each picture when and how it was made\n\n"
+                    "Two runs do not give the same bytes then. An EXR file has it as its attribute "
+                    "remapcolor, other files as their software.",
+                    [&request] { request.isStamped = true; });
     addLayerOptions(options, LayerCount::Several, request.read);
     options.addOption("-j,--threads", "N", "Workers (default: the cores it may use)",
                       [&request](std::string const& text) {

@@ -27,6 +27,7 @@ struct RenderRequest {
     ExistingOutput existing = ExistingOutput::Overwrite;
     MissingInput missing = MissingInput::Fail;
     bool skipsAnyAge = false; ///< outputs may be older than what they are made of
+    bool isStamped = false;   ///< pictures say how they were made
     bool isDryRun = false;
     int threads = 0;        ///< workers; 0 for as many as this process may use
     std::size_t memory = 0; ///< bytes; 0 for what this process may use

@@ -2,28 +2,17 @@
 
 #include "files/FileError.h"
 #include "files/PrintableText.h"
+#include "files/RunningProgram.h"
 #include "media/ImageFormats.h"
 #include "session/Failures.h"
 
 #include <cerrno>
-#include <ctime>
 #include <fcntl.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr mode_t everybodyReadsAndWrites = 0666; // less what the user's mask takes away
-
-/// "2030-01-31T23:59:59Z"
-std::string formatNow()
-{
-    std::time_t const now = std::time(nullptr);
-    std::tm parts{};
-    ::gmtime_r(&now, &parts);
-    char text[sizeof("2030-01-31T23:59:59Z")];
-    std::strftime(text, sizeof(text), "%Y-%m-%dT%H:%M:%SZ", &parts);
-    return text;
-}
 
 std::string describe(std::filesystem::path const& file, int error)
 {
@@ -57,7 +46,7 @@ LogFile::~LogFile()
 
 void LogFile::add(std::string const& line) const
 {
-    std::string const whole = formatNow() + " " + makePrintable(line) + "\n";
+    std::string const whole = formatUniversalTime() + " " + makePrintable(line) + "\n";
     if (::write(descriptor, whole.data(), whole.size()) != static_cast<ssize_t>(whole.size())) {
         throw SurroundingsError(describe(file, errno));
     }

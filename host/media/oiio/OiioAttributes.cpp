@@ -229,6 +229,12 @@ void suppressDate(FileKind kind, OIIO::ImageSpec& target)
     }
 }
 
+void setSoftware(std::string const& text, OIIO::ImageSpec& source, OIIO::ImageSpec& target)
+{
+    source.erase_attribute(softwareName);
+    target.attribute(softwareName, text);
+}
+
 void clearOwnName(FileKind kind, OIIO::ImageSpec const& written, OIIO::Filesystem::IOProxy& stream)
 {
     if (kind == FileKind::Dpx && written.find_attribute(softwareName) == nullptr) {

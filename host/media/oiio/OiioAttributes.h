@@ -33,6 +33,9 @@ void holdAspect(FileKind kind, OIIO::ImageSpec& target);
 /// Keeps the library from adding the date: no two runs would agree.
 void suppressDate(FileKind kind, OIIO::ImageSpec& target);
 
+/// Makes `text` the software of a file in place of that of its source.
+void setSoftware(std::string const& text, OIIO::ImageSpec& source, OIIO::ImageSpec& target);
+
 /// Takes the library's own name out of a written DPX file where `written` names no software.
 void clearOwnName(FileKind kind, OIIO::ImageSpec const& written, OIIO::Filesystem::IOProxy& stream);
 

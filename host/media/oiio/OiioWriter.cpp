@@ -82,7 +82,7 @@ OiioWriter::OiioWriter(std::filesystem::path const& file, ImageSource& source,
     try {
         planChannels(media);
         planSamples(source, options.keepsInputDepth);
-        planAttributes(source);
+        planAttributes(source, options.stamp);
         open();
     } catch (...) {
         rethrowAsWriteError(file, stream.getSystemError());
@@ -142,7 +142,7 @@ void OiioWriter::planSamples(ImageSource const& source, bool keepsInputDepth)
     }
 }
 
-void OiioWriter::planAttributes(ImageSource const& source)
+void OiioWriter::planAttributes(ImageSource const& source, std::string const& stamp)
 {
     auto const* const reader = dynamic_cast<OiioReader const*>(&source);
     if (reader != nullptr && reader->getKind() == kind) {
@@ -155,6 +155,9 @@ void OiioWriter::planAttributes(ImageSource const& source)
         if (reader != nullptr) {
             copyLookAttributes(reader->getSpec(), kind, spec);
         }
+    }
+    if (!stamp.empty()) {
+        setSoftware(stamp, sourceSpec, spec);
     }
     holdAspect(kind, spec);
     suppressDate(kind, spec);

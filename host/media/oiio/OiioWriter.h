@@ -39,7 +39,7 @@ public:
 private:
     void planChannels(MediaSource const* source);
     void planSamples(ImageSource const& source, bool keepsInputDepth);
-    void planAttributes(ImageSource const& source);
+    void planAttributes(ImageSource const& source, std::string const& stamp);
     void reportLosses(MediaSource const* source) const;
     void open();
     bool isStraightCopy() const;

@@ -62,6 +62,21 @@ TEST_F(ProgramTest, ValuesReachThePixels)
     }
 }
 
+TEST_F(ProgramTest, StampsSayHowPicturesWereMadeWhereTheyAreAskedFor)
+{
+    for (std::string const name : {"out.exr", "out.png", "out.tif"}) {
+        Names words = {"render", "in.exr", "-o", name, "-s", "Linear.Gamma.Red=2", "-q"};
+        ASSERT_EQ(run(words).status, 0);
+        EXPECT_EQ(run({"info", name}).output.find("Gamma"), std::string::npos) << name;
+        words.emplace_back("--stamp");
+        ASSERT_EQ(run(words).status, 0);
+        std::string const said = run({"info", name}).output;
+        EXPECT_NE(said.find("render in.exr -o " + name + " -s Linear.Gamma.Red=2 -q --stamp"),
+                  std::string::npos)
+            << said;
+    }
+}
+
 TEST_F(ProgramTest, AMaskThatLetsNothingThroughIsNamed)
 {
     writeExr(path("black.exr"), {.channels = {}, .values = {{"A", 0.0F}}});

@@ -1,5 +1,7 @@
 #include "editor/model/document/LockFile.h"
 
+#include "files/RunningProgram.h"
+
 #include <array>
 #include <cerrno>
 #include <ctime>
@@ -26,12 +28,6 @@ std::string findUserName()
 {
     passwd const* const user = ::getpwuid(::getuid());
     return user != nullptr ? user->pw_name : std::to_string(::getuid());
-}
-
-std::string findHostName()
-{
-    std::array<char, 256> name{};
-    return ::gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "this machine";
 }
 
 std::string describeNow()

@@ -22,27 +22,6 @@ std::string makeAbsolutePattern(std::string const& pattern)
     return isAbsolute ? pattern : escapePattern(getFolder().string()) + "/" + pattern;
 }
 
-bool isPlain(char character)
-{
-    bool const isLetter =
-        (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
-    bool const isDigit = character >= '0' && character <= '9';
-    return isLetter || isDigit ||
-           std::string_view("_-+=:,./@%").find(character) != std::string::npos;
-}
-
-std::string quoteForShell(std::string const& word)
-{
-    if (!word.empty() && std::all_of(word.begin(), word.end(), isPlain)) {
-        return word;
-    }
-    std::string quoted = "'";
-    for (char const character : word) {
-        quoted += character == '\'' ? std::string("'\\''") : std::string(1, character);
-    }
-    return quoted + "'";
-}
-
 } // namespace
 
 std::vector<std::string> makeRenderWords(RenderWish const& wish,
@@ -64,15 +43,6 @@ std::vector<std::string> makeRenderWords(RenderWish const& wish,
     add("--depth", wish.depth);
     add("--compression", wish.compression);
     return words;
-}
-
-std::string formatShellLine(std::vector<std::string> const& words)
-{
-    std::string line;
-    for (std::string const& word : words) {
-        line += (line.empty() ? "" : " ") + quoteForShell(word);
-    }
-    return line;
 }
 
 std::string suggestOutput(std::string const& input)

@@ -21,8 +21,5 @@ struct RenderWish {
 std::vector<std::string> makeRenderWords(RenderWish const& wish,
                                          std::filesystem::path const& project);
 
-/// The words as a line that a shell takes.
-std::string formatShellLine(std::vector<std::string> const& words);
-
 /// An output beside an input, as patterns: "shot_remap.####.exr" for "shot.####.exr".
 std::string suggestOutput(std::string const& input);

@@ -3,6 +3,7 @@
 #include "editor/model/render/RenderRun.h"
 
 #include "apps/editor/ShotFixture.h"
+#include "files/RunningProgram.h"
 
 #include <cstdlib>
 #include <fstream>

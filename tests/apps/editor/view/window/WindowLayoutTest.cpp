@@ -7,8 +7,10 @@
 #include <QMenuBar>
 #include <QScreen>
 #include <QTest>
+#include <cstdlib>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <utility>
 
 namespace {
 
@@ -23,6 +25,16 @@ std::unique_ptr<EditorWindow> openWindow()
     window->goOn();
     window->show();
     return window;
+}
+
+/// A pixel apart at most: the layout shares out odd ones by what was laid out before.
+void expectSamePlace(QRect const& place, QRect const& wanted)
+{
+    for (auto const& [got, edge] :
+         {std::pair(place.left(), wanted.left()), std::pair(place.right(), wanted.right()),
+          std::pair(place.top(), wanted.top()), std::pair(place.bottom(), wanted.bottom())}) {
+        EXPECT_LE(std::abs(got - edge), 1);
+    }
 }
 
 } // namespace
@@ -52,7 +64,7 @@ TEST(WindowLayoutTest, PanelsAndSizeAreAsTheyWereLeftAndCanBeReset)
         }
     }
     QTest::qWait(0);
-    EXPECT_EQ(findPanel(*window, "curves").geometry(), first);
+    expectSamePlace(findPanel(*window, "curves").geometry(), first);
     window->close();
 }
 
