@@ -121,7 +121,8 @@ std::string describeStart(ShotEvent const& event)
     return countFrames(event.total) + " of " + nameInput(event.input) + " to " +
            nameOutput(event.output) + ", " + std::to_string(event.threads) +
            (event.threads == 1 ? " thread" : " threads") + ", at most " +
-           std::to_string(event.memory / mebibyte) + " MiB: " + event.frames;
+           std::to_string(event.memory / mebibyte) + " MiB, " +
+           (event.total == 1 ? "frame " : "frames ") + event.frames;
 }
 
 } // namespace
