@@ -4,6 +4,7 @@
 #include "editor/view/curves/OffsetDialog.h"
 #include "editor/view/curves/PresetsDialog.h"
 
+#include <QActionGroup>
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMenu>
@@ -156,6 +157,7 @@ void CurveActions::buildShowActions()
         },
         [](CurveDisplay const& display) { return display.hasBoth; });
     addSeparator(list);
+    auto* const oneOfThese = new QActionGroup(this);
     struct Choice {
         QString text;
         Histogram histogram;
@@ -165,10 +167,11 @@ void CurveActions::buildShowActions()
           Choice{tr("Histogram of the source"), Histogram::Source},
           Choice{tr("Histogram after the transfer"), Histogram::Transferred},
           Choice{tr("Histogram of the result"), Histogram::Result}}) {
-        offer(
+        QAction* const action = offer(
             {text, {}},
             [kind = histogram](CurveDisplay& display, bool) { display.histogram = kind; },
             [kind = histogram](CurveDisplay const& display) { return display.histogram == kind; });
+        action->setActionGroup(oneOfThese);
     }
     offer(
         {tr("Logarithmic counts"), tr("Few values show beside many"), {Qt::Key_L}},

@@ -1,7 +1,6 @@
 #include "editor/view/curves/CurvePainter.h"
 
 #include "editor/view/window/Theme.h"
-#include "plots/PlotScale.h"
 
 #include <QFontMetricsF>
 #include <QPolygonF>
@@ -112,67 +111,100 @@ QColor CurvePainter::chooseColor(int channel) const
 
 // ---- Grid ----
 
+double CurvePainter::measureTickX(PlotTick const& tick) const
+{
+    QFontMetricsF const metrics(painter.font());
+    double const own = metrics.horizontalAdvance(QString::fromStdString(tick.label));
+    return scale.getAxis() == CurveAxis::Stops
+               ? std::max(own, metrics.horizontalAdvance(formatPower(tick.place)))
+               : own;
+}
+
+std::vector<PlotTick> CurvePainter::listTicksX() const
+{
+    GraphRange const& range = scale.getRange();
+    FigureAxis const axis{range.left, range.getRight(), "",
+                          scale.getAxis() == CurveAxis::Stops ? Unit::Stop : Unit::Value};
+    return fitTicks(axis, scale.getWidth() - scale.getStart(),
+                    [this](PlotTick const& tick) { return measureTickX(tick); });
+}
+
+std::vector<PlotTick> CurvePainter::listTicksY() const
+{
+    GraphRange const& range = scale.getRange();
+    double const line = QFontMetricsF(painter.font()).height();
+    return fitTicks({range.bottom, range.getTop(), "", Unit::Value}, scale.getHeight(),
+                    [line](PlotTick const&) { return line; });
+}
+
 void CurvePainter::drawGrid()
 {
-    drawTicksY();
-    drawTicksX();
+    double const width = scale.getWidth();
+    double const height = scale.getHeight();
+    painter.setPen(Theme::grid);
+    for (PlotTick const& tick : listTicksY()) {
+        double const y = scale.toPlaceY(tick.place);
+        painter.drawLine(QPointF(scale.getStart(), y), QPointF(width, y));
+    }
+    for (PlotTick const& tick : listTicksX()) {
+        double const x = scale.toPlaceOfCoordinate(tick.place);
+        painter.drawLine(QPointF(x, 0.0), QPointF(x, height));
+    }
+    if (scale.getAxis() == CurveAxis::Stops) {
+        painter.fillRect(QRectF(0.0, 0.0, scale.getStart(), height), Theme::surround);
+        painter.setPen(Theme::frame);
+        painter.drawLine(QPointF(scale.getStart(), 0.0), QPointF(scale.getStart(), height));
+    }
     drawSquare();
 }
 
-void CurvePainter::drawTicksX()
+// ---- Labels ----
+
+void CurvePainter::drawLabels()
 {
-    QFontMetricsF const metrics(painter.font());
-    GraphRange const& range = scale.getRange();
-    bool const hasStops = scale.getAxis() == CurveAxis::Stops;
-    FigureAxis const axis{range.left, range.getRight(), "", hasStops ? Unit::Stop : Unit::Value};
-    double const width = scale.getWidth() - scale.getStart();
-    auto const measure = [&](PlotTick const& tick) {
-        QString const label = QString::fromStdString(tick.label);
-        double const own = metrics.horizontalAdvance(label);
-        return hasStops ? std::max(own, metrics.horizontalAdvance(formatPower(tick.place))) : own;
-    };
-    for (PlotTick const& tick : fitTicks(axis, width, measure)) {
-        double const x = scale.toPlaceOfCoordinate(tick.place);
-        painter.setPen(Theme::grid);
-        painter.drawLine(QPointF(x, 0.0), QPointF(x, scale.getHeight()));
-        if (x + 3.0 + measure(tick) > scale.getWidth()) {
-            continue;
-        }
-        painter.setPen(Theme::dimText);
-        painter.drawText(QPointF(x + 3.0, scale.getHeight() - 4.0),
-                         QString::fromStdString(tick.label));
-        if (hasStops) {
-            painter.drawText(QPointF(x + 3.0, metrics.ascent() + 3.0), formatPower(tick.place));
-        }
-    }
-    if (hasStops) {
-        painter.fillRect(QRectF(0.0, 0.0, scale.getStart(), scale.getHeight()), Theme::surround);
-        painter.setPen(Theme::frame);
-        painter.drawLine(QPointF(scale.getStart(), 0.0),
-                         QPointF(scale.getStart(), scale.getHeight()));
+    drawLabelsY();
+    drawLabelsX();
+    if (scale.getAxis() == CurveAxis::Stops) {
         painter.setPen(Theme::dimText);
         painter.drawText(QRectF(0.0, 0.0, scale.getStart(), scale.getHeight() - 4.0),
                          Qt::AlignHCenter | Qt::AlignBottom, QString::fromUtf8("≤ 0"));
     }
 }
 
-void CurvePainter::drawTicksY()
+/// Readable on a histogram, too.
+void CurvePainter::drawLabel(QPointF const& place, QString const& label)
 {
-    QFontMetricsF const metrics(painter.font());
-    GraphRange const& range = scale.getRange();
-    FigureAxis const axis{range.bottom, range.getTop(), "", Unit::Value};
-    double const line = metrics.height();
+    constexpr double opacity = 0.65;
+    QRectF const around = QFontMetricsF(painter.font()).boundingRect(label).translated(place);
+    painter.fillRect(around.adjusted(-1.0, 0.0, 2.0, 0.0), fade(Theme::field, opacity));
+    painter.setPen(Theme::dimText);
+    painter.drawText(place, label);
+}
+
+void CurvePainter::drawLabelsX()
+{
+    double const ascent = QFontMetricsF(painter.font()).ascent();
+    for (PlotTick const& tick : listTicksX()) {
+        double const x = scale.toPlaceOfCoordinate(tick.place) + 3.0;
+        if (x + measureTickX(tick) > scale.getWidth()) {
+            continue;
+        }
+        drawLabel({x, scale.getHeight() - 4.0}, QString::fromStdString(tick.label));
+        if (scale.getAxis() == CurveAxis::Stops) {
+            drawLabel({x, ascent + 3.0}, formatPower(tick.place));
+        }
+    }
+}
+
+/// The x axis has its own rows.
+void CurvePainter::drawLabelsY()
+{
+    double const line = QFontMetricsF(painter.font()).height();
     double const top = scale.getAxis() == CurveAxis::Stops ? 2.0 * line : line;
-    auto const measure = [&](PlotTick const&) { return line; };
-    for (PlotTick const& tick : fitTicks(axis, scale.getHeight(), measure)) {
+    for (PlotTick const& tick : listTicksY()) {
         double const y = scale.toPlaceY(tick.place);
-        painter.setPen(Theme::grid);
-        painter.drawLine(QPointF(scale.getStart(), y), QPointF(scale.getWidth(), y));
-        // The x axis has its own row.
         if (y > top && y < scale.getHeight() - line - 3.0) {
-            painter.setPen(Theme::dimText);
-            painter.drawText(QPointF(scale.getStart() + 4.0, y - 3.0),
-                             QString::fromStdString(tick.label));
+            drawLabel({scale.getStart() + 4.0, y - 3.0}, QString::fromStdString(tick.label));
         }
     }
 }

@@ -1,13 +1,15 @@
 #pragma once
 
 #include "editor/view/curves/CurveHits.h"
+#include "plots/PlotScale.h"
 
 #include <QFont>
 #include <QPainter>
 #include <optional>
+#include <vector>
 
-/// Draws a graph, from behind to before: grid, histogram, transfer, curves, both together, marks,
-/// keys. Curves differ by colour and by dashes; those that are the same are one.
+/// Draws a graph, from behind to before: grid, histogram, labels, transfer, curves, both together,
+/// marks, keys. Curves differ by colour and by dashes; those that are the same are one.
 class CurvePainter {
 public:
     /// All of it lives longer.
@@ -19,6 +21,7 @@ public:
 
     void drawGrid();
     void drawHistogram(double devicePixels);
+    void drawLabels();
     void drawTransfers();
     void drawCurves(std::optional<int> hovered);
     void drawBoth();
@@ -28,8 +31,13 @@ public:
 private:
     using Line = CurveLines::Line;
 
-    void drawTicksX();
-    void drawTicksY();
+    /// Both also give room to a tick's label.
+    std::vector<PlotTick> listTicksX() const;
+    std::vector<PlotTick> listTicksY() const;
+    double measureTickX(PlotTick const& tick) const;
+    void drawLabelsX();
+    void drawLabelsY();
+    void drawLabel(QPointF const& place, QString const& label);
     void drawSquare();
     void drawLine(Line const& line, QPen const& pen);
     void drawName(Line const& line, int channel);

@@ -1,17 +1,18 @@
 #include "editor/view/curves/CurvePanel.h"
 
 #include "editor/model/curves/CurveHints.h"
+#include "editor/view/curves/FittedLabel.h"
 #include "editor/view/curves/KeyBar.h"
 #include "editor/view/time/KeyButton.h"
 #include "editor/view/window/Theme.h"
 
 #include <QButtonGroup>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QMenu>
 #include <QPushButton>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace {
 
@@ -24,14 +25,7 @@ QToolButton* makeButton(QString const& text, QString const& help, QWidget* paren
     return button;
 }
 
-/// A line that never asks for more room than there is; what does not fit is in its tip.
-class FittedLabel : public QLabel {
-public:
-    using QLabel::QLabel;
-
-    QSize minimumSizeHint() const override { return {0, QLabel::minimumSizeHint().height()}; }
-    QSize sizeHint() const override { return minimumSizeHint(); }
-};
+constexpr int nbLines = 2;
 
 } // namespace
 
@@ -119,7 +113,7 @@ QWidget* CurvePanel::makeLine()
     auto* const layout = new QHBoxLayout(bar);
     layout->setContentsMargins(0, 0, 0, 0);
     line = new FittedLabel(bar);
-    line->setTextFormat(Qt::PlainText);
+    line->setFont(graph->font());
     cure = new QPushButton(bar);
     connect(cure, &QPushButton::clicked, this, [this] {
         if (auto const hindrance = findCurveHindrance(model.document)) {
@@ -131,8 +125,9 @@ QWidget* CurvePanel::makeLine()
     });
     layout->addWidget(line, 1);
     layout->addWidget(cure);
-    // The line is as high with the button as without: nothing jumps.
-    bar->setFixedHeight(cure->sizeHint().height());
+    // As high with one line as with two, and without the button: nothing jumps.
+    bar->setFixedHeight(
+        std::max(cure->sizeHint().height(), line->fontMetrics().lineSpacing() * nbLines));
     return bar;
 }
 
@@ -191,8 +186,7 @@ void CurvePanel::showLine()
         text = text.isEmpty() ? describeHistogram() : text;
     }
     line->setPalette(palette);
-    line->setText(text);
-    line->setToolTip(text);
+    line->show(text);
 }
 
 QString CurvePanel::describeHistogram() const

@@ -6,8 +6,8 @@
 
 #include <QWidget>
 
+class FittedLabel;
 class KeyBar;
-class QLabel;
 class QMenu;
 class QPushButton;
 class QToolButton;
@@ -57,7 +57,7 @@ private:
     CurveWidget* graph;
     CurveActions* actions;
     QList<QToolButton*> channels;
-    QLabel* line = nullptr;
+    FittedLabel* line = nullptr;
     QPushButton* cure = nullptr;
     QString pointedText;
     CbFunction<CurveEditor const> edited{[this](CurveEditor const&) { refresh(); }};

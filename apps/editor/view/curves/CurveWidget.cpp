@@ -182,6 +182,7 @@ void CurveWidget::paintEvent(QPaintEvent*)
     CurvePainter graph(painter, model, scale, font());
     graph.drawGrid();
     graph.drawHistogram(devicePixelRatioF());
+    graph.drawLabels();
     painter.setRenderHint(QPainter::Antialiasing);
     graph.drawTransfers();
     graph.drawCurves(hoveredCurve);
@@ -421,13 +422,16 @@ QString CurveWidget::describe(QPointF const& place) const
     }
     auto const x = static_cast<float>(scale.toX(place.x()));
     CurveLines::Color const grey{x, x, x};
-    return QString::fromUtf8("%1 → %2").arg(format(x), formatChannels(model.lines.curve(grey))) +
-           (model.getDisplay().hasTransfer
-                ? tr("   transfer %1").arg(formatChannels(model.lines.transfer(grey)))
-                : QString()) +
-           (model.getDisplay().hasBoth
-                ? tr("   both %1").arg(formatChannels(model.lines.finish(grey)))
-                : QString());
+    QStringList others;
+    if (model.getDisplay().hasTransfer) {
+        others << tr("transfer %1").arg(formatChannels(model.lines.transfer(grey)));
+    }
+    if (model.getDisplay().hasBoth) {
+        others << tr("both %1").arg(formatChannels(model.lines.finish(grey)));
+    }
+    return QString::fromUtf8("%1 → %2\n%3")
+        .arg(format(x), formatChannels(model.lines.curve(grey)), others.join("   "))
+        .trimmed();
 }
 
 // ---- Zoom and pan ----

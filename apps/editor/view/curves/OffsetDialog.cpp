@@ -1,7 +1,14 @@
 #include "editor/view/curves/OffsetDialog.h"
 
+#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QPushButton>
+
+namespace {
+
+constexpr int leastWidth = 300; // has room for the title
+
+} // namespace
 
 OffsetDialog::OffsetDialog(QWidget* parent) : QDialog(parent)
 {
@@ -9,11 +16,14 @@ OffsetDialog::OffsetDialog(QWidget* parent) : QDialog(parent)
     setLayout(new QFormLayout);
     NumberField* const x = addField(tr("along x"));
     NumberField* const y = addField(tr("along y"));
-    auto* const move = new QPushButton(tr("Move"), this);
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
+    auto* const move = buttons->addButton(tr("&Move"), QDialogButtonBox::ApplyRole);
     move->setDefault(true);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(move, &QPushButton::clicked, this,
             [this, x, y] { emit asked(x->getNumber(), y->getNumber()); });
-    static_cast<QFormLayout*>(layout())->addRow(move);
+    static_cast<QFormLayout*>(layout())->addRow(buttons);
+    setMinimumWidth(leastWidth);
 }
 
 NumberField* OffsetDialog::addField(QString const& text)

@@ -51,6 +51,12 @@ void NumberField::showNumber(double newNumber)
     setCursorPosition(0);
 }
 
+void NumberField::setHelp(QString const& newHelp)
+{
+    help = newHelp;
+    setToolTip(help);
+}
+
 void NumberField::setSlider(double from, double to)
 {
     sliderFrom = from;
@@ -90,7 +96,7 @@ void NumberField::markRefused(bool isRefused)
         style()->polish(this);
     }
     if (!isRefused) {
-        setToolTip({});
+        setToolTip(help);
     }
 }
 
@@ -180,6 +186,8 @@ void NumberField::keyPressEvent(QKeyEvent* event)
         commit();
         emit entered(roundToStep(number + (isUp ? 1 : -1) * scaleStep(event->modifiers()), step));
     } else if (event->key() == Qt::Key_Escape) {
+        // What has nothing to take back leaves it to the window around.
+        event->setAccepted(isDragging || isModified() || property("refused").toBool());
         if (isDragging) {
             isDragging = false;
             dragStart.reset();

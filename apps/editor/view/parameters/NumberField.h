@@ -18,6 +18,9 @@ public:
     void showNumber(double newNumber);
     double getNumber() const { return number; }
 
+    /// The tip, but while something is refused.
+    void setHelp(QString const& newHelp);
+
     /// Shows where the number lies in that range, by a line below it.
     void setSlider(double from, double to);
 
@@ -50,6 +53,7 @@ private:
     double scaleStep(Qt::KeyboardModifiers modifiers) const;
 
     double step;
+    QString help;
     double sliderFrom = 0.0;
     double sliderTo = 0.0; ///< not above sliderFrom: there is none
     double number = 0.0;

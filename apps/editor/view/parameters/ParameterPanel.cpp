@@ -126,7 +126,9 @@ void ParameterPanel::addFields(QGridLayout& grid, int place, ShownRow& shown)
         if (shown.row.slider.has_value()) {
             field->setSlider(shown.row.slider->from, shown.row.slider->to);
         }
-        field->setAccessibleName(QString::fromStdString(shown.row.names[index]));
+        QString const name = QString::fromStdString(shown.row.names[index]);
+        field->setAccessibleName(name);
+        field->setHelp(name); // as the command line calls it
         grid.addWidget(field, place, FirstChannel + static_cast<int>(index));
         connectField(field, shown.row, shown.row.names[index]);
         shown.fields.push_back(field);

@@ -71,7 +71,7 @@ PicturePanel::~PicturePanel() noexcept = default;
 
 KeyHelps PicturePanel::getKeyHelps() const
 {
-    return {{tr("Wheel"), tr("zoom about the cursor")},
+    return {{tr("Wheel, two fingers"), tr("zoom about the cursor")},
             {tr("Middle or right button, Alt and drag"), tr("pan")},
             {tr("S"), tr("show the source as long as it is held")},
             {tr("Alt+Arrows"), tr("move and turn the wipe")},

@@ -4,6 +4,7 @@
 
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QNativeGestureEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QWheelEvent>
@@ -337,8 +338,13 @@ void PictureWidget::wheelEvent(QWheelEvent* event)
     double const notches = event->pixelDelta().isNull()
                                ? units / double{QWheelEvent::DefaultDeltasPerStep}
                                : event->pixelDelta().y() / trackpadPixelsPerNotch;
-    double const wanted = std::clamp(smoothZoom * std::pow(zoomPerNotch, notches),
-                                     ViewGeometry::least, ViewGeometry::greatest);
+    zoomSmoothly(std::pow(zoomPerNotch, notches), about);
+}
+
+void PictureWidget::zoomSmoothly(double factor, QPointF const& about)
+{
+    double const wanted =
+        std::clamp(smoothZoom * factor, ViewGeometry::least, ViewGeometry::greatest);
     setZoom(wanted, about);
     smoothZoom = wanted;
 }
@@ -427,7 +433,7 @@ GeRectangle<int> PictureWidget::findPointedPixel() const
     return {x, y, x + 1, y + 1};
 }
 
-/// Arrows that are this widget's own are no shortcuts.
+/// Arrows that are this widget's own are no shortcuts; two fingers zoom.
 bool PictureWidget::event(QEvent* event)
 {
     if (event->type() == QEvent::ShortcutOverride) {
@@ -435,6 +441,13 @@ bool PictureWidget::event(QEvent* event)
         bool const isSideways = key == Qt::Key_Left || key == Qt::Key_Right;
         if (isSideways && (picks.getSelected() != 0 || !isStepping)) {
             event->accept();
+            return true;
+        }
+    }
+    if (event->type() == QEvent::NativeGesture) {
+        auto const& gesture = static_cast<QNativeGestureEvent const&>(*event);
+        if (gesture.gestureType() == Qt::ZoomNativeGesture) {
+            zoomSmoothly(1.0 + gesture.value(), toPane(gesture.position()));
             return true;
         }
     }

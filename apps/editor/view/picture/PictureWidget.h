@@ -98,6 +98,8 @@ private:
     void updateScreen();
     void settle();
     void stepZoom(int steps, QPointF const& about);
+    /// By what fingers and wheels without notches ask for.
+    void zoomSmoothly(double factor, QPointF const& about);
     void pan(QPointF const& by);
     void hover(QPointF const& place);
     bool pressKey(QKeyEvent const& event);

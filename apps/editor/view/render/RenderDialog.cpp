@@ -65,6 +65,7 @@ RenderDialog::RenderDialog(Document& editedDocument, Plate& shownPlate, Timeline
     input->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     state->setTextFormat(Qt::PlainText);
     state->setWordWrap(true);
+    state->setAccessibleName(tr("State of the render"));
     form->addRow(tr("Input"), input);
     form->addRow(tr("&Output"), makeOutputRow());
     addChoices(*form);
@@ -87,7 +88,6 @@ void RenderDialog::addChoices(QFormLayout& form)
 {
     frames->setAccessibleName(tr("Frames"));
     frames->setToolTip(tr("Such as 1-10,15,20-40x5; none: all that there are"));
-    frames->setPlaceholderText(tr("all that there are"));
     form.addRow(tr("&Frames"), frames);
     existing = addChoice(form, tr("Files that are &there"),
                          {{tr("are written again"), ""},
@@ -156,6 +156,7 @@ QWidget* RenderDialog::makeCommandRow(QAction* saveAction)
     auto* const column = new QVBoxLayout(whole);
     column->setContentsMargins(0, 0, 0, 0);
     command->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    command->setPlaceholderText(tr("is shown once the project is saved"));
     column->addWidget(command);
     auto* const row = new QHBoxLayout();
     commandNote->setWordWrap(true);
@@ -216,6 +217,8 @@ void RenderDialog::showDefaults()
     input->setText(name.empty() ? tr("no picture is open") : QString::fromStdString(name));
     input->setToolTip(input->text());
     frames->setEnabled(plate.isSequence());
+    frames->setPlaceholderText(plate.isSequence() ? tr("all that there are")
+                                                  : tr("the picture that is shown"));
     missing->setEnabled(plate.isSequence());
     showWish();
     showRun();
@@ -250,9 +253,8 @@ void RenderDialog::showWish()
         text = QString::fromStdString(formatShellLine(words));
     }
     command->setPlainText(text);
-    commandNote->setText(!isComplete ? QString()
-                         : isSaved   ? tr("renders the same with the saved project")
-                                     : tr("needs the project in a file: save it first"));
+    commandNote->setText(text.isEmpty() ? QString()
+                                        : tr("renders the same with the saved project"));
     copy->setEnabled(!text.isEmpty());
     save->setVisible(!isSaved);
     start->setEnabled(isComplete && !run.isRunning());

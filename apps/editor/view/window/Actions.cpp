@@ -53,7 +53,8 @@ void setHelp(QAction& action, QString const& help)
 void addMenuButton(QToolBar& tools, QString const& text, QString const& help, QMenu* menu)
 {
     auto* const button = new QToolButton(&tools);
-    button->setText(text);
+    button->setText(text + QString::fromUtf8(" ▾"));
+    button->setAccessibleName(text);
     button->setToolTip(help);
     button->setPopupMode(QToolButton::InstantPopup);
     button->setMenu(menu);

@@ -131,6 +131,7 @@ void EditorWindow::buildPanels()
     auto* const scroll = new QScrollArea(this);
     scroll->setWidget(parameters);
     scroll->setWidgetResizable(true);
+    scroll->setAccessibleName(tr("Parameters"));
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setMinimumWidth(390);

@@ -2,10 +2,9 @@
 
 #include "editor/view/window/Theme.h"
 
-#include <QHeaderView>
 #include <QMenu>
 #include <QMenuBar>
-#include <QTableWidget>
+#include <QTextBrowser>
 #include <QVBoxLayout>
 
 namespace {
@@ -33,54 +32,46 @@ KeyHelps listKeys(QMenu const& menu)
     return keys;
 }
 
+QString makeRow(KeyHelp const& key)
+{
+    return QString("<tr><td width=\"42%\">%1</td><td>%2</td></tr>")
+        .arg(key.keys.toHtmlEscaped(), key.meaning.toHtmlEscaped());
+}
+
+QString makeSection(QString const& title, KeyHelps const& keys)
+{
+    QString section = QString("<tr><td colspan=\"2\" style=\"color:%1; padding-top:10px\">"
+                              "<b>%2</b></td></tr>")
+                          .arg(Theme::accent.name(), title.toHtmlEscaped());
+    for (KeyHelp const& key : keys) {
+        section += makeRow(key);
+    }
+    return section;
+}
+
 } // namespace
 
 ShortcutsPage::ShortcutsPage(QMenuBar const& menus, Panels const& panels, QWidget* parent)
-    : QDialog(parent), table(new QTableWidget(0, 2, this))
+    : QDialog(parent)
 {
     setWindowTitle(tr("Shortcuts"));
     setAttribute(Qt::WA_DeleteOnClose);
-    table->horizontalHeader()->hide();
-    table->horizontalHeader()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
-    table->horizontalHeader()->setStretchLastSection(true);
-    table->verticalHeader()->hide();
-    table->setShowGrid(false);
-    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    table->setAccessibleName(windowTitle());
     Panels sections;
     for (QAction const* const action : menus.actions()) {
         sections.emplace_back(withoutMarks(action->text()), listKeys(*action->menu()));
     }
     sections.insert(sections.end(), panels.begin(), panels.end());
+    QString rows;
     for (auto const& [title, keys] : sections) {
-        if (!keys.empty()) {
-            addSection(title);
-        }
-        for (KeyHelp const& key : keys) {
-            addRow(key.keys, key.meaning);
-        }
+        rows += keys.empty() ? QString() : makeSection(title, keys);
     }
+    auto* const page = new QTextBrowser(this);
+    page->setAccessibleName(windowTitle());
+    page->setFrameShape(QFrame::NoFrame);
+    page->document()->setDocumentMargin(14);
+    page->setHtml("<table width=\"100%\" cellpadding=\"3\">" + rows + "</table>");
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(table);
-    resize(560, 640);
-}
-
-void ShortcutsPage::addSection(QString const& title)
-{
-    int const row = table->rowCount();
-    table->insertRow(row);
-    auto* const item = new QTableWidgetItem(title);
-    item->setForeground(Theme::accent);
-    item->setFlags(Qt::ItemIsEnabled);
-    table->setItem(row, 0, item);
-    table->setSpan(row, 0, 1, 2);
-}
-
-void ShortcutsPage::addRow(QString const& keys, QString const& meaning)
-{
-    int const row = table->rowCount();
-    table->insertRow(row);
-    table->setItem(row, 0, new QTableWidgetItem(keys));
-    table->setItem(row, 1, new QTableWidgetItem(meaning));
+    layout->addWidget(page);
+    resize(600, 680);
 }

@@ -7,7 +7,6 @@
 #include <vector>
 
 class QMenuBar;
-class QTableWidget;
 
 /// All shortcuts: those of the menus' actions, and the panels' own keys.
 class ShortcutsPage : public QDialog {
@@ -17,10 +16,4 @@ public:
     using Panels = std::vector<std::pair<QString, KeyHelps>>;
 
     ShortcutsPage(QMenuBar const& menus, Panels const& panels, QWidget* parent);
-
-private:
-    void addSection(QString const& title);
-    void addRow(QString const& keys, QString const& meaning);
-
-    QTableWidget* table;
 };

@@ -12,6 +12,7 @@ inline QColor const surround(38, 38, 38);
 inline QColor const panel(50, 50, 50);
 inline QColor const field(32, 32, 32);
 inline QColor const frame(92, 92, 92);
+inline QColor const outline(140, 140, 140); ///< of what can be switched
 inline QColor const grid(58, 58, 58);
 inline QColor const text(222, 222, 222);
 inline QColor const dimText(160, 160, 160);
