@@ -8,6 +8,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QStyle>
+#include <QToolTip>
 #include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
@@ -86,6 +87,9 @@ void NumberField::refuse(QString const& reason)
 {
     markRefused(true);
     setToolTip(reason);
+    if (hasFocus()) { // who types has no cursor on the field
+        QToolTip::showText(mapToGlobal(QPoint(0, height())), reason, this);
+    }
 }
 
 void NumberField::markRefused(bool isRefused)

@@ -8,6 +8,7 @@
 
 #include <QCheckBox>
 #include <QTest>
+#include <QToolTip>
 #include <QWheelEvent>
 #include <gtest/gtest.h>
 
@@ -98,6 +99,7 @@ TEST_F(ParameterPanelTest, WheelTurnsOnlyWhatHasTheFocusAndRangesAreKept)
     enter("Mix", "1.5");
     EXPECT_EQ(document.getNumber("Mix"), 1.0);
     EXPECT_TRUE(mix.toolTip().contains("0 to 1")) << mix.toolTip().toStdString();
+    EXPECT_EQ(QToolTip::text(), mix.toolTip()) << "seen without a cursor";
     QTest::keyClick(&mix, Qt::Key_Escape);
     EXPECT_EQ(mix.text(), "1");
     EXPECT_EQ(mix.toolTip(), "Mix") << "as before";
