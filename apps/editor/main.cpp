@@ -6,6 +6,7 @@
 #include "editor/view/window/Theme.h"
 #include "files/FileError.h"
 #include "session/Failures.h"
+#include "session/FreedMemory.h"
 
 #include <QApplication>
 #include <QSocketNotifier>
@@ -141,6 +142,7 @@ int run(CommandLine const& line, QApplication const& application)
 
 int main(int nbArguments, char** arguments)
 {
+    keepFreedMemory();
     try {
         CommandLine const line = parseCommandLine({arguments + 1, arguments + nbArguments});
         if (line.isHelpWanted || line.isVersionWanted) {

@@ -15,6 +15,7 @@
 #include "remapcolor/session/StandardInput.h"
 #include "remapcolor/session/StopSignals.h"
 #include "session/Failures.h"
+#include "session/FreedMemory.h"
 
 #include <cstdlib>
 #include <exception>
@@ -91,6 +92,7 @@ struct Execution {
 
 int main(int nbArguments, char** arguments)
 {
+    keepFreedMemory();
     std::set_terminate(&endAtOnce);
     holdStandardStreams();
     ignoreWriteSignals();
