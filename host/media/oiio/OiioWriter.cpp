@@ -233,21 +233,44 @@ void OiioWriter::fail() const
                     detail.empty() ? "the disk may be full or faulty" : detail);
 }
 
-void OiioWriter::writeStrip(IxTile const& result, ImageStrip const&)
+/// The strip's rows as the file has them, in one block whose number is the first one's; none where
+/// the display window has none.
+void OiioWriter::pack(IxTile const& result, PackedBlocks& packed) const
 {
+    packed.clear();
     int const top = std::max(result.getBounds().y0, displayWindow.y0);
     int const bottom = std::min(result.getBounds().y1, displayWindow.y1);
     if (top >= bottom) {
         return;
     }
+    std::size_t const rowBytes = static_cast<std::size_t>(spec.scanline_bytes());
+    std::span<std::byte> const rows =
+        packed.memory.grow(rowBytes * static_cast<std::size_t>(bottom - top));
+    std::ranges::fill(rows, std::byte{});
+    std::vector<float> values;
+    for (int y = top; y < bottom; ++y) {
+        fillRow(result, y, values, &rows[rowBytes * static_cast<std::size_t>(y - top)]);
+    }
+    packed.list.push_back({static_cast<std::uint64_t>(top - displayWindow.y0), 0, rows.size()});
+}
+
+void OiioWriter::packStrip(IxTile const& result, ImageStrip& strip) const
+{
+    pack(result, strip.packed);
+}
+
+void OiioWriter::writeStrip(IxTile const& result, ImageStrip const& strip)
+{
     try {
-        padTo(top);
-        std::size_t const rowBytes = static_cast<std::size_t>(spec.scanline_bytes());
-        bytes.assign(rowBytes * static_cast<std::size_t>(bottom - top), std::byte{});
-        for (int y = top; y < bottom; ++y) {
-            fillRow(result, y, &bytes[rowBytes * static_cast<std::size_t>(y - top)]);
+        PackedBlocks packedHere;
+        if (strip.packed.list.empty()) {
+            pack(result, packedHere);
         }
-        writeRows(bottom - top, bytes);
+        PackedBlocks const& packed = strip.packed.list.empty() ? packedHere : strip.packed;
+        for (PackedBlock const& rows : packed.list) {
+            padTo(displayWindow.y0 + static_cast<int>(rows.number));
+            writeRows(static_cast<int>(rows.size / spec.scanline_bytes()), packed.bytesOf(rows));
+        }
     } catch (...) {
         rethrowAsWriteError(temporary.getTarget(), stream.getSystemError());
     }
@@ -261,7 +284,8 @@ bool OiioWriter::isStraightCopy() const
 }
 
 /// Fills what lies within the data window of row `y` of the file.
-void OiioWriter::fillRow(IxTile const& result, int y, std::byte* row)
+void OiioWriter::fillRow(IxTile const& result, int y, std::vector<float>& values,
+                         std::byte* row) const
 {
     IxReadGuard const guard(result);
     int const left = std::max(dataWindow.x0, displayWindow.x0);
@@ -285,12 +309,12 @@ void OiioWriter::fillRow(IxTile const& result, int y, std::byte* row)
         format.getComponents() == IxPixelFormat::RGBA) {
         unpremultiply(values);
     }
-    reduceToChannels(pixels);
+    reduceToChannels(values, pixels);
     storeSamples({values.data(), pixels * channels}, target);
 }
 
 /// Brings the components of `values` to those of the file, in place.
-void OiioWriter::reduceToChannels(std::size_t pixels)
+void OiioWriter::reduceToChannels(std::vector<float>& values, std::size_t pixels) const
 {
     auto const components = static_cast<std::size_t>(format.getNbComponents());
     if (components == channels) {
@@ -302,7 +326,9 @@ void OiioWriter::reduceToChannels(std::size_t pixels)
         if (isLuminance) {
             bool const isGrey =
                 isSameToTheBit(pixel[0], pixel[1]) && isSameToTheBit(pixel[0], pixel[2]);
-            hasLostColour = hasLostColour || !isGrey;
+            if (!isGrey) {
+                hasLostColour = true;
+            }
             *target++ = isGrey ? pixel[0]
                                : pixel[0] * luminanceWeights[0] + pixel[1] * luminanceWeights[1] +
                                      pixel[2] * luminanceWeights[2];
@@ -342,7 +368,7 @@ void OiioWriter::storeSamples(std::span<float const> stored, std::byte* samples)
     }
 }
 
-void OiioWriter::writeRows(int rows, std::vector<std::byte> const& rowsBytes)
+void OiioWriter::writeRows(int rows, std::span<std::byte const> rowsBytes)
 {
     int const begin = spec.y + nextRow - displayWindow.y0;
     bool isWritten = false;

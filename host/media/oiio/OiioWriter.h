@@ -9,6 +9,7 @@
 #include "runtime/engine/ImageSink.h"
 
 #include <OpenImageIO/imageio.h>
+#include <atomic>
 #include <memory>
 #include <span>
 #include <vector>
@@ -33,6 +34,7 @@ public:
                WriteOptions const& options, MediaReport const& mediaReport);
     ~OiioWriter() override;
 
+    void packStrip(IxTile const& result, ImageStrip& strip) const override;
     void writeStrip(IxTile const& result, ImageStrip const& strip) override;
     void finish() override;
 
@@ -43,10 +45,11 @@ private:
     void reportLosses(MediaSource const* source) const;
     void open();
     bool isStraightCopy() const;
-    void fillRow(IxTile const& result, int y, std::byte* row);
-    void reduceToChannels(std::size_t pixels);
+    void pack(IxTile const& result, PackedBlocks& packed) const;
+    void fillRow(IxTile const& result, int y, std::vector<float>& values, std::byte* row) const;
+    void reduceToChannels(std::vector<float>& values, std::size_t pixels) const;
     void storeSamples(std::span<float const> values, std::byte* samples) const;
-    void writeRows(int rows, std::vector<std::byte> const& bytes);
+    void writeRows(int rows, std::span<std::byte const> bytes);
     void padTo(int y);
     [[noreturn]] void fail() const;
     void check() const;
@@ -58,14 +61,12 @@ private:
     GeRectangle<int> displayWindow;
     bool isSourcePremultiplied = false;
     bool isLuminance = false;
-    bool hasLostColour = false;
-    std::size_t channels = 0; ///< of the file
+    mutable std::atomic<bool> hasLostColour = false; ///< found while strips are packed
+    std::size_t channels = 0;                        ///< of the file
     OutputDepth depth;
     OIIO::ImageSpec spec;
     OIIO::ImageSpec sourceSpec; ///< of a source of the same kind
     int nextRow = 0;            ///< of the display window, in picture coordinates
-    std::vector<float> values;
-    std::vector<std::byte> bytes;
     TemporaryFile temporary;
     OiioStream stream;
     std::unique_ptr<OIIO::ImageOutput, OiioOutputCloser> output; ///< ends before the stream
