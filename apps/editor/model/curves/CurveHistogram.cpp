@@ -271,7 +271,8 @@ void CurveHistogram::end()
         extent = measure(*source);
     }
     if (!isWanted) {
-        counts = ended->isDone ? ended->made : nullptr; // without memory for it there is none
+        // None without memory for it, and none of the frame before at a gap of a sequence.
+        counts = ended->isDone && ended->picture == picture ? ended->made : nullptr;
         stale = false;
     }
     startIfWanted();

@@ -229,7 +229,8 @@ void Picks::take(PickAnswer const& answer)
     }
     Question const question = *std::exchange(asked, {});
     Pick* const pick = findAny(question.number);
-    if (pick == nullptr || !(pick->place == question.place)) {
+    if (pick == nullptr || !(pick->place == question.place) || findPixels(*pick).isEmpty()) {
+        // Nobody's any more; at a gap of a sequence, that of the frame before.
     } else if (answer.outcome == PickAnswer::Overtaken) { // by another panel
         waiting.push_front(question.number);
     } else {
@@ -259,7 +260,8 @@ void Picks::sum(Pick const& pick)
         {plate.getPicture(), findPixels(pick), NodeStates(document.getNode()), document.getTime()},
         [this, number = pick.number, place = pick.place](auto const& found) {
             Pick* const asker = findAny(number);
-            if (asker != nullptr && asker->place == place && found.has_value()) {
+            if (asker != nullptr && asker->place == place && !findPixels(*asker).isEmpty() &&
+                found.has_value()) {
                 asker->in = ofArea(found->in);
                 asker->out = ofArea(found->out);
                 tellValues(number);
