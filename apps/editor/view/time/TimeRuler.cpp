@@ -469,7 +469,9 @@ void TimeRuler::drawMoment(QPainter& painter) const
         painter.drawPolygon(arrow, 3);
         return;
     }
-    painter.drawLine(QPointF(x, 0), QPointF(x, height()));
-    QPointF const head[] = {{x - 4, 0}, {x + 4, 0}, {x, 6}};
+    // Below the frames' numbers, which can be read.
+    double const tip = scaleHeight;
+    painter.drawLine(QPointF(x, tip), QPointF(x, height()));
+    QPointF const head[] = {{x - 4, tip - 6}, {x + 4, tip - 6}, {x, tip}};
     painter.drawPolygon(head, 3);
 }
