@@ -19,7 +19,7 @@ if(CMAKE_CXX_COMPILER_LAUNCHER)
 endif()
 option(REMAPCOLOR_JOIN "Compile several sources of a room together" ${joinsSources})
 set(CMAKE_UNITY_BUILD ${REMAPCOLOR_JOIN})
-set(CMAKE_UNITY_BUILD_BATCH_SIZE 12)
+set(CMAKE_UNITY_BUILD_BATCH_SIZE 12 CACHE STRING "Sources that are compiled together at most")
 
 # The same picture gives the same bits on every machine: no product and sum is ever fused.
 add_compile_options(-ffp-contract=off -Wall -Wextra -Wpedantic)

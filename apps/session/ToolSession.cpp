@@ -45,7 +45,7 @@ ToolSession::ToolSession(std::vector<std::filesystem::path> const& projects)
 RCShdPtr<HostNode> ToolSession::prepareNode(PiToolProtocol const& tool,
                                             std::vector<std::filesystem::path> const& projects)
 {
-    RCShdPtr<HostNode> const created = graph->createNode(tool);
+    RCShdPtr<HostNode> created = graph->createNode(tool);
     if (projects.empty()) {
         return created;
     }

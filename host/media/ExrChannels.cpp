@@ -132,7 +132,7 @@ std::string chooseLayer(Imf::Header const& header, std::string const& wanted,
 {
     Imf::ChannelList const& channels = header.channels();
     bool const isOwn = wanted.empty() || isFirstView(header, wanted);
-    std::string const layer = isOwn ? "" : wanted;
+    std::string layer = isOwn ? "" : wanted;
     std::string const prefix = prefixOf(layer);
     if (hasColour(channels, prefix)) {
         return layer;

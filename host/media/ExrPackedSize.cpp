@@ -33,7 +33,7 @@ std::uint64_t unpackedSizeOfRuns(std::span<std::byte const> packed)
 {
     std::uint64_t size = 0;
     for (std::size_t index = 0; index < packed.size();) {
-        int const count = static_cast<signed char>(packed[index]);
+        int const count = static_cast<std::int8_t>(packed[index]);
         // A negative count of bytes as they are, or one byte less often than it is repeated by one.
         size += static_cast<std::uint64_t>(count < 0 ? -count : count + 1);
         index += count < 0 ? 1 + static_cast<std::size_t>(-count) : 2;

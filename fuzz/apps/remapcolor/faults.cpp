@@ -247,7 +247,10 @@ int main(int nbArguments, char** arguments)
     }
     int nbBad = 0;
     for (Scenario const& scenario : makeScenarios()) {
-        if (!words.empty() && words[0] != scenario.name) {
+        // A library's start is in both: a sample does with the one that has more to lose.
+        bool const isLeftOut =
+            words.empty() ? sample > 0 && scenario.name == "png1" : words[0] != scenario.name;
+        if (isLeftOut) {
             continue;
         }
         Bench bench(scenario);

@@ -39,7 +39,7 @@ public:
     /// The new node is referenced before the old one is let go.
     PxNodePtr& operator=(PxNodePtr const& other)
     {
-        if (node != other.node) {
+        if (this != &other && node != other.node) {
             assertNodeHandleThread();
             PxNodePtr copy(other);
             std::swap(node, copy.node);

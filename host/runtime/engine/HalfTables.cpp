@@ -54,7 +54,7 @@ std::optional<IxTile> send(PxImageProtocol const& chain, SourceImageNode& start,
         }
     }
     DeliveredStrip const delivered(start, tile);
-    IxTile const result = chain.computeImage(PxImageContext(time, bounds)).getTileGuard().getTile();
+    IxTile result = chain.computeImage(PxImageContext(time, bounds)).getTileGuard().getTile();
     IxPixelFormat const& made = result.getPixelFormat();
     if (made.getDepth() != format.getDepth() || made.getComponents() != format.getComponents() ||
         !(result.getBounds() == bounds)) {

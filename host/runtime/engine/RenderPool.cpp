@@ -178,7 +178,7 @@ std::optional<RenderPool::Ended> RenderPool::waitForEnd(std::chrono::millisecond
         return {};
     }
     // What was complete before the cancellation came through is complete.
-    Ended const result{found->ticket, found->isFinished ? nullptr : found->failure};
+    Ended result{found->ticket, found->isFinished ? nullptr : found->failure};
     pictures.erase(found);
     return result;
 }

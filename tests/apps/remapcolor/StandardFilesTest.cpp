@@ -67,24 +67,27 @@ private:
 TEST_F(StandardFilesTest, PicturesAreWhatFilesAre)
 {
     constexpr std::size_t dpxName = 36; // where a DPX file holds its own name
+    std::string samples;
+    for (int sample = 0; sample < 8 * 6 * 3; ++sample) {
+        samples += static_cast<char>(sample * 37);
+    }
     for (std::string const kind : {"exr", "png", "tiff", "jpeg", "dpx"}) {
-        std::string const depth = kind == "jpeg" ? "8" : "16";
+        std::string const input = "in." + kind;
+        if (kind != "exr") {
+            writeOther(path(input), 8, 3, 8, samples);
+        }
+        std::string const depth = kind == "exr" ? "16" : "8";
         std::string const file = "out." + kind;
-        ASSERT_EQ(run({"render", "in.exr", "-o", file, "--depth", depth}).status, 0);
+        ProgramResult const named = run({"render", input, "-o", file, "--depth", depth});
+        ASSERT_EQ(named.status, 0) << testing::PrintToString(named.errors);
         ProgramResult const piped =
-            run({"render", "-", "-o", "-", "--format", kind, "--depth", depth}, takeFile("in.exr"));
+            run({"render", "-", "-o", "-", "--format", kind, "--depth", depth}, takeFile(input));
         EXPECT_EQ(piped.status, 0) << testing::PrintToString(piped.errors);
         std::string wanted = loadBytes(path(file));
         if (kind == "dpx") {
             wanted.replace(dpxName, file.size(), file.size(), '\0');
         }
         EXPECT_TRUE(piped.output == wanted) << kind;
-
-        ProgramResult const named = run({"render", file, "-o", "named.exr", "--depth", "32"});
-        ASSERT_EQ(named.status, 0) << testing::PrintToString(named.errors);
-        ASSERT_EQ(run({"render", "-", "-o", "piped.exr", "--depth", "32"}, takeFile(file)).status,
-                  0);
-        EXPECT_TRUE(loadBytes(path("piped.exr")) == loadBytes(path("named.exr"))) << kind;
     }
 }
 

@@ -193,7 +193,8 @@ QWidget* TimePanel::makeSteps()
     return box;
 }
 
-NumberField* TimePanel::makeField(QString const& name, int width, std::function<void(double)> take)
+NumberField* TimePanel::makeField(QString const& name, int width,
+                                  std::function<void(double)> const& take)
 {
     auto* const field = new NumberField(1.0, this);
     field->setAccessibleName(name);

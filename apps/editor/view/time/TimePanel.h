@@ -45,7 +45,7 @@ private:
     void makeActions();
     QWidget* makeSteps();
     QWidget* makeRange();
-    NumberField* makeField(QString const& name, int width, std::function<void(double)> take);
+    NumberField* makeField(QString const& name, int width, std::function<void(double)> const& take);
     void fillNames();
     void goToKey(int direction);
     void askForMemory();
