@@ -2,6 +2,7 @@
 
 #include "editor/model/picture/PictureLoader.h"
 
+#include "editor/model/document/UserThread.h"
 #include "media/ImageFiles.h"
 #include "media/MediaSource.h"
 #include "runtime/engine/RenderEngine.h"
@@ -26,23 +27,12 @@ void giveWay()
     ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), politeness);
 }
 
-std::unique_ptr<ImageSource> openPlainly(std::filesystem::path const& file)
-{
-    ReadOptions options;
-    options.mostBytes = std::min(options.mostBytes, findUsableMemory());
-    auto source = openImage(file, options);
-    if (auto* const media = dynamic_cast<MediaSource*>(source.get())) {
-        media->takePlainStrips();
-    }
-    return source;
-}
-
 /// Several threads take strip after strip of one source.
 class StripReading {
 public:
     StripReading(ImageSource& readSource, HeldPicture const& target,
-                 std::atomic<bool> const& cancelFlag)
-        : source(readSource), picture(target), cancelled(cancelFlag),
+                 std::atomic<bool> const& cancelFlag, std::function<void(double)> tellShare)
+        : source(readSource), picture(target), cancelled(cancelFlag), tell(std::move(tellShare)),
           rows(chooseStripRows(readSource))
     {
     }
@@ -72,6 +62,7 @@ private:
             while (fetch(strip)) {
                 source.unpackStrip(strip);
                 keep(strip.colour);
+                tellProgress(strip.colour.getBounds().getHeight());
             }
         } catch (...) {
             std::lock_guard const lock(mutex);
@@ -107,10 +98,23 @@ private:
         }
     }
 
+    /// Whole hundredths only.
+    void tellProgress(int newRows)
+    {
+        constexpr int parts = 100;
+        std::int64_t const height = picture.info.dataWindow.getHeight();
+        std::int64_t const after = keptRows += newRows;
+        if (after * parts / height > (after - newRows) * parts / height) {
+            tell(static_cast<double>(after) / static_cast<double>(height));
+        }
+    }
+
     ImageSource& source;
     HeldPicture const& picture;
     std::atomic<bool> const& cancelled;
+    std::function<void(double)> const tell;
     int const rows;
+    std::atomic<std::int64_t> keptRows = 0;
     std::mutex mutex;
     int nextStrip = 0;          // locked by mutex, as is the source while it is fetched from
     int fetchedRows = 0;        // locked by mutex
@@ -119,7 +123,9 @@ private:
 
 } // namespace
 
-struct PictureLoader::Reading {
+struct PictureLoader::Reading : std::enable_shared_from_this<PictureLoader::Reading> {
+    explicit Reading(Wish itsWish) : wish(std::move(itsWish)) {}
+
     Wish wish;
     std::shared_ptr<HeldPicture const> picture;
     std::size_t neededBytes = 0;
@@ -130,7 +136,10 @@ struct PictureLoader::Reading {
             giveWay();
         }
         wish.replaced.reset();
-        auto const source = openPlainly(wish.file);
+        auto const source = wish.open(wish.file);
+        if (cancelled) {
+            throw RenderCancelled();
+        }
         ImageInfo const& info = source->getInfo();
         std::size_t const bytes = HeldPicture::countBytes(info);
         if (bytes > wish.mostBytes) {
@@ -138,13 +147,33 @@ struct PictureLoader::Reading {
             return;
         }
         auto const whole = std::make_shared<HeldPicture>(info);
-        StripReading(*source, *whole, cancelled).run(wish.threads);
+        StripReading(*source, *whole, cancelled, [this](double share) {
+            tellShare(share);
+        }).run(wish.threads);
         picture = whole;
+    }
+
+    void tellShare(double share)
+    {
+        if (wish.progressed) {
+            callOnUserThread(weak_from_this(), [this, share] { wish.progressed(share); });
+        }
     }
 };
 
+std::unique_ptr<ImageSource> PictureLoader::openPlainly(std::filesystem::path const& file)
+{
+    ReadOptions options;
+    options.mostBytes = std::min(options.mostBytes, findUsableMemory());
+    auto source = openImage(file, options);
+    if (auto* const media = dynamic_cast<MediaSource*>(source.get())) {
+        media->takePlainStrips();
+    }
+    return source;
+}
+
 PictureLoader::PictureLoader(Wish wish, Ended ended)
-    : reading(std::make_shared<Reading>(Reading{std::move(wish), nullptr}))
+    : reading(std::make_shared<Reading>(std::move(wish)))
 {
     task = std::make_unique<AsideTask>(
         [&read = *reading](std::atomic<bool> const& cancelled) { read.read(cancelled); },

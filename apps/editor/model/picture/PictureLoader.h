@@ -2,6 +2,7 @@
 
 #include "editor/model/document/AsideTask.h"
 #include "editor/model/picture/HeldPicture.h"
+#include "runtime/engine/ImageSource.h"
 
 #include <cstddef>
 #include <exception>
@@ -14,6 +15,10 @@
 /// user-interface thread.
 class PictureLoader {
 public:
+    /// Any thread; throws ImageFileError.
+    using Opener = std::function<std::unique_ptr<ImageSource>(std::filesystem::path const&)>;
+    static std::unique_ptr<ImageSource> openPlainly(std::filesystem::path const& file);
+
     struct Wish {
         std::filesystem::path file;
         int threads = 1;
@@ -21,6 +26,10 @@ public:
         bool isAhead = false; ///< nobody waits for it: whoever else computes goes first
         /// Let go of on the reading thread: that of a large picture takes its time.
         std::shared_ptr<void const> replaced{};
+        /// Told on the user-interface thread how much has been read, 0 to 1, a hundred times at
+        /// most.
+        std::function<void(double share)> progressed{};
+        Opener open = &openPlainly;
     };
 
     /// What became of it: the picture, or what went wrong, or, for one that needs more than it

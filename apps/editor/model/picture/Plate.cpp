@@ -1,5 +1,6 @@
-// One thing at a time is on its way: finding out what a name means, the picture to be opened, or a
-// frame. What has been overtaken meanwhile comes to its end and is dropped.
+// One errand at a time is on its way: finding out what a name means, the picture to be opened, or a
+// frame. One that has been overtaken is left to come to its end, which may take as long as a disk
+// does; nobody waits for that.
 
 #include "editor/model/picture/Plate.h"
 
@@ -51,9 +52,15 @@ bool isCancellation(std::exception_ptr const& failure)
 
 } // namespace
 
-Plate::Plate(int nbReaders) : Plate(nbReaders, findUsableMemory() / shareOfMemory) {}
+Plate::Plate(int nbReaders, PictureLoader::Opener pictureOpener)
+    : Plate(nbReaders, findUsableMemory() / shareOfMemory, std::move(pictureOpener))
+{
+}
 
-Plate::Plate(int nbReaders, std::size_t mostBytes) : threads(nbReaders), cache(mostBytes) {}
+Plate::Plate(int nbReaders, std::size_t mostBytes, PictureLoader::Opener pictureOpener)
+    : threads(nbReaders), cache(mostBytes), opener(std::move(pictureOpener))
+{
+}
 
 void Plate::open(std::filesystem::path const& name)
 {
@@ -82,17 +89,71 @@ void Plate::reload()
 
 void Plate::wish(Wish const& newWish)
 {
+    leaveErrand();
     wanted = newWish;
-    ++nbWishes;
+    startNext();
+    tellProgress();
+}
+
+void Plate::giveUp()
+{
+    if (!isReading()) {
+        return;
+    }
+    leaveErrand();
+    wanted.reset();
+    place.wanted = shownFrame;
+    handlers.call(PlateNotice{std::make_exception_ptr(RenderCancelled())});
+    startNext(); // what lies ahead
+    tellFrames();
+}
+
+void Plate::tellProgress()
+{
+    if (isReading()) {
+        progressHandlers.call(std::as_const(*this));
+    }
+}
+
+/// Whether somebody waits for it.
+bool Plate::endErrand(std::uint64_t number)
+{
+    if (number != errand) {
+        leaving.erase(number);
+        return false;
+    }
+    finding.reset();
+    loader.reset(); // closes the file
+    loadingAhead.reset();
+    share.reset();
+    return true;
+}
+
+void Plate::leaveErrand()
+{
     if (loader != nullptr) {
         loader->cancel();
+        leaving.emplace(errand, std::move(loader));
+    } else if (finding != nullptr) {
+        leaving.emplace(errand, std::move(finding));
     }
-    startNext();
+    loadingAhead.reset();
+    share.reset();
+    ++errand;
 }
 
 bool Plate::isReading() const
 {
     return wanted.has_value() || (isSequence() && shownFrame != place.wanted);
+}
+
+Plate::Path Plate::getAwaited() const
+{
+    if (!wanted.has_value()) {
+        return isSequence() ? Path(sequence->pattern.expand(place.wanted)) : Path();
+    }
+    auto const& found = wanted->sequence;
+    return found.has_value() ? Path(found->pattern.expand(found->frame)) : wanted->name;
 }
 
 std::string Plate::getName() const
@@ -128,6 +189,7 @@ void Plate::showFrame(Frame frame)
     }
     startNext();
     tellFrames();
+    tellProgress();
 }
 
 void Plate::setBound(std::size_t mostBytes)
@@ -158,12 +220,34 @@ void Plate::startFinding()
     auto const found = std::make_shared<std::optional<FoundSequence>>();
     finding = std::make_unique<AsideTask>(
         [found, name = wanted->name](std::atomic<bool> const&) { *found = find(name); },
-        [this, found, number = nbWishes](std::exception_ptr const& failure) {
-            finding.reset();
-            if (number == nbWishes) {
+        [this, found, number = ++errand](std::exception_ptr const& failure) {
+            if (endErrand(number)) {
                 takeFound(*found, failure);
+                startNext();
             }
-            startNext();
+        });
+}
+
+/// `take` gets what somebody waits for still.
+void Plate::startLoading(PictureLoader::Wish what,
+                         std::function<void(PictureLoader::Result const&)> take)
+{
+    std::uint64_t const number = ++errand;
+    what.threads = threads;
+    what.open = opener;
+    what.progressed = [this, number](double newShare) {
+        if (number == errand) {
+            share = newShare;
+            tellProgress();
+        }
+    };
+    loader = std::make_unique<PictureLoader>(
+        std::move(what),
+        [this, number, take = std::move(take)](PictureLoader::Result const& result) {
+            if (endErrand(number)) {
+                take(result);
+                startNext();
+            }
         });
 }
 
@@ -182,18 +266,8 @@ void Plate::takeFound(std::optional<FoundSequence> const& found, std::exception_
 
 void Plate::startOpening()
 {
-    auto const& found = wanted->sequence;
-    PictureLoader::Wish first;
-    first.file = found.has_value() ? found->pattern.expand(found->frame) : wanted->name;
-    first.threads = threads;
-    loader = std::make_unique<PictureLoader>(
-        first, [this, number = nbWishes](PictureLoader::Result const& result) {
-            loader.reset(); // closes the file
-            if (number == nbWishes) {
-                takeOpened(result);
-            }
-            startNext();
-        });
+    startLoading({.file = getAwaited()},
+                 [this](PictureLoader::Result const& result) { takeOpened(result); });
 }
 
 /// A pattern has been found to have frames: one that cannot be read is a gap. A picture that was
@@ -232,18 +306,13 @@ void Plate::startFrame()
         return;
     }
     bool const isAhead = next->frame != place.wanted;
-    loader = std::make_unique<PictureLoader>(
-        PictureLoader::Wish{.file = sequence->pattern.expand(next->frame),
-                            .threads = threads,
-                            .mostBytes = next->room,
-                            .isAhead = isAhead,
-                            .replaced = std::move(released)},
-        [this, isAhead, frame = next->frame](PictureLoader::Result const& result) {
-            loader.reset();
-            loadingAhead.reset();
-            takeFrame(frame, isAhead, result);
-            startNext();
-        });
+    startLoading({.file = sequence->pattern.expand(next->frame),
+                  .mostBytes = next->room,
+                  .isAhead = isAhead,
+                  .replaced = std::move(released)},
+                 [this, isAhead, frame = next->frame](PictureLoader::Result const& result) {
+                     takeFrame(frame, isAhead, result);
+                 });
     if (isAhead) {
         loadingAhead = next->frame;
     }
@@ -316,8 +385,6 @@ void Plate::listFrame(Frame frame, bool isInFolder)
 
 void Plate::fail(std::exception_ptr const& failure)
 {
-    if (!isCancellation(failure)) {
-        wanted.reset();
-        handlers.call(PlateNotice{failure});
-    }
+    wanted.reset();
+    handlers.call(PlateNotice{failure});
 }

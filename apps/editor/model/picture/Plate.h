@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <exception>
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -16,8 +18,9 @@
 
 /// What became of what the plate was asked for.
 struct PlateNotice {
-    std::exception_ptr failure; ///< why it could not be opened: what was there stays. Null where
-                                ///< another picture is shown, or none for a gap in a sequence
+    /// Why it could not be opened, RenderCancelled if it was given up: what was there stays. Null
+    /// where another picture is shown, or none for a gap in a sequence.
+    std::exception_ptr failure;
 };
 
 /// What is known of a frame.
@@ -28,9 +31,13 @@ enum class FrameState { Missing, Waiting, Held, Unreadable };
 /// at a time, the one that is wanted first and then what lies ahead. User-interface thread.
 class Plate {
 public:
+    using Path = std::filesystem::path;
+
     /// Reads on so many threads; holds a quarter of the memory that the process may use.
-    explicit Plate(int nbReaders);
-    Plate(int nbReaders, std::size_t mostBytes);
+    explicit Plate(int nbReaders,
+                   PictureLoader::Opener pictureOpener = &PictureLoader::openPlainly);
+    Plate(int nbReaders, std::size_t mostBytes,
+          PictureLoader::Opener pictureOpener = &PictureLoader::openPlainly);
 
     /// A picture, with the sequence that it is a frame of, or a pattern (see FramePattern).
     /// Handlers are told later on what became of it, unless another one is opened meanwhile.
@@ -53,6 +60,14 @@ public:
 
     /// Whether something is on its way that will be shown.
     bool isReading() const;
+
+    /// What is on its way, and how much of it has been read, 0 to 1; nothing before that is known.
+    Path getAwaited() const;
+    std::optional<double> getShare() const { return share; }
+
+    /// What is on its way is not to be shown any more; what is shown stays. Handlers are told that
+    /// it was cancelled. Returns at once, however long the disk takes.
+    void giveUp();
 
     /// Another number for each plate that was opened; 0 before the first one.
     std::uint64_t getOpening() const { return opening; }
@@ -87,9 +102,13 @@ public:
     /// Told when something else is known of the frames.
     void addFramesHandler(CbHandler<Plate const>* handler) { framesHandlers.addHandler(handler); }
 
-private:
-    using Path = std::filesystem::path;
+    /// Told when more is known of what is on its way that will be shown.
+    void addProgressHandler(CbHandler<Plate const>* handler)
+    {
+        progressHandlers.addHandler(handler);
+    }
 
+private:
     /// What is to be opened.
     struct Wish {
         Path name;
@@ -101,6 +120,11 @@ private:
     };
 
     void wish(Wish const& newWish);
+    void tellProgress();
+    bool endErrand(std::uint64_t number);
+    void leaveErrand();
+    void startLoading(PictureLoader::Wish what,
+                      std::function<void(PictureLoader::Result const&)> take);
     void startNext();
     void startFinding();
     void startOpening();
@@ -129,10 +153,14 @@ private:
     std::map<Frame, std::string> reasons; ///< of those of them that have a file
 
     std::optional<Wish> wanted;
-    std::uint64_t nbWishes = 0;
-    std::unique_ptr<AsideTask> finding;    ///< out what a name means
-    std::unique_ptr<PictureLoader> loader; ///< of the picture on its way
-    std::optional<Frame> loadingAhead;     ///< the frame, if nobody waits for it
+    PictureLoader::Opener const opener;
+    std::uint64_t errand = 0;                               ///< counts what goes on aside
+    std::unique_ptr<AsideTask> finding;                     ///< out what a name means
+    std::unique_ptr<PictureLoader> loader;                  ///< of the picture on its way
+    std::optional<Frame> loadingAhead;                      ///< the frame, if nobody waits for it
+    std::optional<double> share;                            ///< of what `loader` reads
+    std::map<std::uint64_t, std::shared_ptr<void>> leaving; ///< errands that nobody waits for
     CbDispatcher<PlateNotice const> handlers;
     CbDispatcher<Plate const> framesHandlers;
+    CbDispatcher<Plate const> progressHandlers;
 };

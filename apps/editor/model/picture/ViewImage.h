@@ -9,6 +9,7 @@
 /// A part of a picture as it is shown.
 struct ViewImage {
     PixelGrid grid;
+    double time = 0.0;                 ///< of the look
     std::vector<std::uint32_t> pixels; ///< 0xffRRGGBB, row by row
 
     explicit ViewImage(PixelGrid const& itsGrid) { setGrid(itsGrid); }

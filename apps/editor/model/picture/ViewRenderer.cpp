@@ -107,6 +107,7 @@ void ViewRenderer::start(Side side, bool isThorough)
                             .time = wish.time,
                             .transform = wish.transform,
                             .image = takeImage(wish.grid)};
+        task.image->time = wish.time;
         running = Running{side, isThorough, demands[side].generation, task.image};
         crew.start(isThorough ? makeThoroughPass(task) : makeQuickPass(task),
                    isThorough ? restingTime : std::chrono::milliseconds(0),

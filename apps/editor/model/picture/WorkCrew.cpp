@@ -147,10 +147,13 @@ void WorkCrew::endIfDone()
     if (task->nbWorking > 0 || task->hasPart() || std::exchange(task->isOver, true)) {
         return;
     }
-    callOnUserThread(task, [this] {
+    callOnUserThread(task, [this, over = task.get()] {
         std::shared_ptr<Task> ended;
         {
             std::lock_guard const lock(mutex);
+            if (task.get() != over) {
+                return; // dropped, though a worker has not let go of it yet
+            }
             ended = std::exchange(task, nullptr);
         }
         ended->ended(ended->failure);

@@ -105,6 +105,9 @@ bool Timeline::hasFrame(Frame frame) const
 void Timeline::takePlate()
 {
     if (plate.getOpening() == opening) {
+        if (plate.isSequence() && plate.getFrame() != getFrame()) { // it was given up
+            document.setTime(static_cast<double>(plate.getFrame()));
+        }
         return;
     }
     opening = plate.getOpening();

@@ -520,6 +520,7 @@ bool CurveWidget::event(QEvent* event)
 void CurveWidget::keyPressEvent(QKeyEvent* event)
 {
     if (event->key() == Qt::Key_Escape) {
+        event->setAccepted(drag != Drag::None); // otherwise it may mean something else, too
         giveUp();
     } else if (drag != Drag::None) {
         event->accept(); // the drag ends first

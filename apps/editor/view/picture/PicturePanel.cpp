@@ -48,6 +48,7 @@ PicturePanel::PicturePanel(Document& editedDocument, Plate& shownPlate, Picks& s
                    [this](auto side, auto const& image, auto stage) {
                        picture->showImage(side, image);
                        emit shown(stage);
+                       emit imageShown(image->time); // whatever is asked for meanwhile
                    },
                    [this](std::exception_ptr const& failure) { emit failed(failure); },
                    [this] {

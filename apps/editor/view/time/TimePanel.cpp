@@ -19,7 +19,6 @@ namespace {
 constexpr double bytesOfGigabyte = 1024.0 * 1024.0 * 1024.0;
 constexpr double leastMemory = 0.1; // gigabytes
 constexpr double mostMemory = 1024.0;
-constexpr int longReading = 150; // milliseconds
 QString const memoryKey = "time/memory";
 
 QToolButton* makeStepButton(QWidget* parent, QAction* action)
@@ -70,12 +69,7 @@ TimePanel::TimePanel(Document& editedDocument, Plate& shownPlate, Timeline& show
 {
     playTimer.setSingleShot(true);
     playTimer.setTimerType(Qt::PreciseTimer);
-    readingTimer.setSingleShot(true);
     connect(&playTimer, &QTimer::timeout, this, [this] { player.wake(); });
-    connect(&readingTimer, &QTimer::timeout, this, [this] {
-        isReadingLong = true;
-        showState();
-    });
     connect(ruler, &TimeRuler::failed, this, &TimePanel::failed);
     makeActions();
     auto* const row = new QHBoxLayout(this);
@@ -326,12 +320,6 @@ void TimePanel::refresh()
     loopAction->setChecked(timeline.isLooping());
     stillAction->setChecked(plate.isSequence());
     stillAction->setEnabled(plate.getOpening() > 0);
-    if (!plate.isReading()) {
-        readingTimer.stop();
-        isReadingLong = false;
-    } else if (!readingTimer.isActive() && !isReadingLong) {
-        readingTimer.start(longReading);
-    }
     showState();
 }
 
@@ -362,9 +350,6 @@ QString TimePanel::getStateText() const
     }
     if (player.isPlaying() && player.getMeasuredRate() > 0.0) {
         return tr("%1 fps").arg(QString::number(player.getMeasuredRate(), 'f', 1));
-    }
-    if (isReadingLong) {
-        return tr("reading…");
     }
     return plate.isSequence()
                ? tr("%1 of %2")

@@ -33,7 +33,7 @@ public:
     /// The keys of steps and play count in that widget, too.
     void serve(QWidget& widget) const;
 
-    /// What the panel says of frames on their way and of play; empty for nothing.
+    /// What the panel says of frames in memory and of play; empty for nothing.
     QString getStateText() const;
 
 signals:
@@ -59,7 +59,6 @@ private:
     Timeline& timeline;
     Keys keys;
     QTimer playTimer;
-    QTimer readingTimer; ///< what takes long is told
     Player player;
 
     TimeRuler* ruler;
@@ -75,7 +74,6 @@ private:
     QAction* stillAction = nullptr;
     QList<QAction*> actions;
     QList<QAction*> keyed; ///< those with keys of their own
-    bool isReadingLong = false;
     bool wasPlaying = false;
 
     CbFunction<double const> timeChanged{[this](double const&) { refresh(); }};

@@ -342,6 +342,7 @@ void TimeRuler::keyPressEvent(QKeyEvent* event)
     } else if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace) {
         removeSelected();
     } else if (event->key() == Qt::Key_Escape) {
+        event->setAccepted(hand != Hand::None); // otherwise it may mean something else, too
         abandon();
     } else if (isShift && (event->key() == Qt::Key_Left || event->key() == Qt::Key_Right)) {
         nudgeSelected(event->key() == Qt::Key_Left ? -1 : 1);

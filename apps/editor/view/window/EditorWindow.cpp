@@ -8,6 +8,7 @@
 #include "editor/view/window/EditActions.h"
 #include "editor/view/window/FileActions.h"
 #include "editor/view/window/FileNotices.h"
+#include "editor/view/window/ReadingState.h"
 #include "editor/view/window/RecoveryKeeper.h"
 #include "editor/view/window/ShortcutsPage.h"
 #include "editor/view/window/WindowLayout.h"
@@ -42,7 +43,8 @@ QWidget* makeGap(QWidget* parent)
 
 } // namespace
 
-EditorWindow::EditorWindow() : plate(countUsableCores())
+EditorWindow::EditorWindow(PictureLoader::Opener opener)
+    : plate(countUsableCores(), std::move(opener))
 {
     resize(1280, 800);
     buildCentre();
@@ -229,12 +231,14 @@ void EditorWindow::showRender()
 
 void EditorWindow::showShortcuts()
 {
-    auto* const page = new ShortcutsPage(*menuBar(),
-                                         {{tr("In the picture"), picture->getKeyHelps()},
-                                          {tr("In the curves"), curvePanel->getKeyHelps()},
-                                          {tr("In the time ruler"), TimeRuler::getKeyHelps()},
-                                          {tr("In a number"), NumberField::getKeyHelps()}},
-                                         this);
+    auto* const page =
+        new ShortcutsPage(*menuBar(),
+                          {{tr("Everywhere"), {{tr("Esc"), tr("give up reading a picture")}}},
+                           {tr("In the picture"), picture->getKeyHelps()},
+                           {tr("In the curves"), curvePanel->getKeyHelps()},
+                           {tr("In the time ruler"), TimeRuler::getKeyHelps()},
+                           {tr("In a number"), NumberField::getKeyHelps()}},
+                          this);
     page->show();
 }
 
@@ -248,6 +252,8 @@ void EditorWindow::buildStatusBar()
     statusBar()->setSizeGripEnabled(false);
     statusBar()->setContentsMargins(8, 0, 10, 0);
     statusBar()->addWidget(pixelText, 1);
+    reading = new ReadingState(plate, this);
+    statusBar()->addPermanentWidget(reading);
     statusBar()->addPermanentWidget(pictureText);
     connect(picture, &PicturePanel::pixelTextChanged, pixelText, &QLabel::setText);
     connect(picture, &PicturePanel::viewTextChanged, pictureText, &QLabel::setText);
@@ -297,6 +303,16 @@ void EditorWindow::changeEvent(QEvent* event)
         notices->look();
     }
     QMainWindow::changeEvent(event);
+}
+
+/// What no widget has used the key for.
+void EditorWindow::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape && plate.isReading()) {
+        plate.giveUp();
+    } else {
+        QMainWindow::keyPressEvent(event);
+    }
 }
 
 void EditorWindow::dragEnterEvent(QDragEnterEvent* event)

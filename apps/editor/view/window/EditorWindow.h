@@ -16,6 +16,7 @@ class EditActions;
 class FileActions;
 class FileNotices;
 class QDockWidget;
+class ReadingState;
 class RecoveryKeeper;
 class RenderDialog;
 class WindowLayout;
@@ -27,7 +28,7 @@ class EditorWindow : public QMainWindow {
 
 public:
     /// Throws ToolLoadError, UsageError.
-    EditorWindow();
+    explicit EditorWindow(PictureLoader::Opener opener = &PictureLoader::openPlainly);
     ~EditorWindow() noexcept override;
 
     // As of the files.
@@ -54,6 +55,7 @@ public:
     Plate& getPlate() { return plate; }
 
     MessageBar& getBar() { return *bar; }
+    ReadingState& getReadingState() { return *reading; }
 
 signals:
     /// The picture is shown as the values now say, or cannot be.
@@ -62,6 +64,7 @@ signals:
 protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
@@ -95,6 +98,7 @@ private:
     FileNotices* notices = nullptr;
     RecoveryKeeper* recovery = nullptr;
     EditActions* edits = nullptr;
+    ReadingState* reading = nullptr;
     WindowLayout* layout = nullptr;
 
     CbFunction<ProjectFile const> fileChanged{[this](ProjectFile const&) { updateTitle(); }};
