@@ -1,36 +1,9 @@
 #include "files/RunningProgram.h"
 
-#include <algorithm>
 #include <array>
 #include <ctime>
 #include <fstream>
-#include <string_view>
 #include <unistd.h>
-
-namespace {
-
-bool isPlain(char character)
-{
-    bool const isLetter =
-        (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
-    bool const isDigit = character >= '0' && character <= '9';
-    return isLetter || isDigit ||
-           std::string_view("_-+=:,./@%").find(character) != std::string::npos;
-}
-
-std::string quoteForShell(std::string const& word)
-{
-    if (!word.empty() && std::all_of(word.begin(), word.end(), isPlain)) {
-        return word;
-    }
-    std::string quoted = "'";
-    for (char const character : word) {
-        quoted += character == '\'' ? std::string("'\\''") : std::string(1, character);
-    }
-    return quoted + "'";
-}
-
-} // namespace
 
 std::string findHostName()
 {
@@ -46,15 +19,6 @@ std::vector<std::string> listOwnWords()
         words.push_back(word);
     }
     return words;
-}
-
-std::string formatShellLine(std::vector<std::string> const& words)
-{
-    std::string line;
-    for (std::string const& word : words) {
-        line += (line.empty() ? "" : " ") + quoteForShell(word);
-    }
-    return line;
 }
 
 std::string formatUniversalTime()

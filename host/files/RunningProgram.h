@@ -12,8 +12,5 @@ std::string findHostName();
 /// itself.
 std::vector<std::string> listOwnWords();
 
-/// Words as a line that a shell takes.
-std::string formatShellLine(std::vector<std::string> const& words);
-
 /// Now in universal time: "2030-01-31T23:59:59Z".
 std::string formatUniversalTime();

@@ -11,6 +11,8 @@
 
 namespace {
 
+constexpr char const* stampName = "remapcolor";
+
 Imath::Box2i toBox(GeRectangle<int> const& rectangle)
 {
     return {Imath::V2i(rectangle.x0, rectangle.y0), Imath::V2i(rectangle.x1 - 1, rectangle.y1 - 1)};
@@ -127,8 +129,8 @@ ExrPlan planExr(ImageSource const& source, ResultFormat const& formatOf,
                                      : planFromOther(source, formatOf(source.getInfo()), options);
     for (ExrPlannedPart& part : plan.parts) {
         if (part.isProcessed() && !options.stamp.empty()) {
-            part.header.header.erase(exrStampName); // it may be of another type
-            part.header.header.insert(exrStampName, Imf::StringAttribute(options.stamp));
+            part.header.header.erase(stampName); // it may be of another type
+            part.header.header.insert(stampName, Imf::StringAttribute(options.stamp));
         }
     }
     return plan;

@@ -36,8 +36,6 @@ struct CompressionChoice {
     /// picture's; from 0 to mostDwaLevel. Without one, the source's, or else the library's 45.
     std::optional<float> dwaLevel{};
 };
-/// Attribute of an EXR file that holds the stamp; other files have it as their software.
-inline constexpr char const* exrStampName = "remapcolor";
 inline constexpr float mostDwaLevel = 10000.0F; // at which values may be off by a tenth
 
 /// How a picture is to be written.
@@ -47,7 +45,8 @@ struct WriteOptions {
     /// Of EXR files only, for the parts that are processed; without one, that of an EXR source, or
     /// else ZIP.
     std::optional<CompressionChoice> compression{};
-    /// Said in the file of how it was made; nothing for "", so that two runs agree.
+    /// Said in the file of how it was made, as an attribute of an EXR file, as the software of
+    /// others; nothing for "", so that two runs agree.
     std::string stamp{};
     /// Of standard output, whose name says none; without one, what the name's extension says.
     std::optional<FileKind> kind{};

@@ -13,7 +13,6 @@
 
 #include <map>
 #include <nlohmann/json.hpp>
-#include <utility>
 
 namespace {
 
@@ -33,19 +32,20 @@ std::vector<Frame> listFrames(ShotCheck const& check, std::optional<FrameFault::
 /// Faults of many frames that are said alike take one line, where the first of them stands.
 std::string formatFaults(ShotCheck const& check)
 {
-    std::vector<std::pair<std::string, std::vector<Frame>>> lines;
-    std::map<std::string, std::size_t> places;
+    std::map<std::string, std::vector<Frame>> framesOf;
+    std::vector<std::string> lines;
     for (FrameFault const& fault : check.faults) {
         std::string const said =
             std::string(nameFault(fault.kind)) + ": " + makePrintable(fault.message) + "\n";
-        auto const [place, isNew] = places.emplace(said, lines.size());
-        if (isNew) {
-            lines.emplace_back(said, std::vector<Frame>());
+        std::vector<Frame>& frames = framesOf[said];
+        if (frames.empty()) {
+            lines.push_back(said);
         }
-        lines[place->second].second.push_back(fault.frame);
+        frames.push_back(fault.frame);
     }
     std::string text;
-    for (auto const& [said, frames] : lines) {
+    for (std::string const& said : lines) {
+        std::vector<Frame> const& frames = framesOf.at(said);
         std::string const which = frames.size() == 1 ? "frame " : "frames ";
         text += (check.isSequence ? which + formatFrames(frames) + ": " : "") + said;
     }

@@ -256,7 +256,12 @@ void OiioWriter::pack(IxTile const& result, PackedBlocks& packed) const
 
 void OiioWriter::packStrip(IxTile const& result, ImageStrip& strip) const
 {
-    pack(result, strip.packed);
+    try {
+        pack(result, strip.packed);
+    } catch (...) {
+        constexpr int noSystemError = 0;
+        rethrowAsWriteError(temporary.getTarget(), noSystemError);
+    }
 }
 
 void OiioWriter::writeStrip(IxTile const& result, ImageStrip const& strip)

@@ -88,6 +88,8 @@ CurvePainter::CurvePainter(QPainter& itsPainter, CurveModel const& shownModel,
       display(model.getDisplay()), areAlike(model.editor.areAlike())
 {
     painter.setFont(font);
+    ticksX = listTicksX(); // measured in that font
+    ticksY = listTicksY();
 }
 
 Qt::PenStyle CurvePainter::getStyle(int channel)
@@ -142,11 +144,11 @@ void CurvePainter::drawGrid()
     double const width = scale.getWidth();
     double const height = scale.getHeight();
     painter.setPen(Theme::grid);
-    for (PlotTick const& tick : listTicksY()) {
+    for (PlotTick const& tick : ticksY) {
         double const y = scale.toPlaceY(tick.place);
         painter.drawLine(QPointF(scale.getStart(), y), QPointF(width, y));
     }
-    for (PlotTick const& tick : listTicksX()) {
+    for (PlotTick const& tick : ticksX) {
         double const x = scale.toPlaceOfCoordinate(tick.place);
         painter.drawLine(QPointF(x, 0.0), QPointF(x, height));
     }
@@ -184,7 +186,7 @@ void CurvePainter::drawLabel(QPointF const& place, QString const& label)
 void CurvePainter::drawLabelsX()
 {
     double const ascent = QFontMetricsF(painter.font()).ascent();
-    for (PlotTick const& tick : listTicksX()) {
+    for (PlotTick const& tick : ticksX) {
         double const x = scale.toPlaceOfCoordinate(tick.place) + 3.0;
         if (x + measureTickX(tick) > scale.getWidth()) {
             continue;
@@ -201,7 +203,7 @@ void CurvePainter::drawLabelsY()
 {
     double const line = QFontMetricsF(painter.font()).height();
     double const top = scale.getAxis() == CurveAxis::Stops ? 2.0 * line : line;
-    for (PlotTick const& tick : listTicksY()) {
+    for (PlotTick const& tick : ticksY) {
         double const y = scale.toPlaceY(tick.place);
         if (y > top && y < scale.getHeight() - line - 3.0) {
             drawLabel({scale.getStart() + 4.0, y - 3.0}, QString::fromStdString(tick.label));

@@ -53,4 +53,6 @@ private:
     CurveHits hits;
     CurveDisplay display;
     bool areAlike;
+    std::vector<PlotTick> ticksX;
+    std::vector<PlotTick> ticksY;
 };

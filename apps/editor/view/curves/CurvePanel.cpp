@@ -186,7 +186,7 @@ void CurvePanel::showLine()
         text = text.isEmpty() ? describeHistogram() : text;
     }
     line->setPalette(palette);
-    line->show(text);
+    line->setLines(text);
 }
 
 QString CurvePanel::describeHistogram() const

@@ -5,7 +5,7 @@ FittedLabel::FittedLabel(QWidget* parent) : QLabel(parent)
     setTextFormat(Qt::PlainText);
 }
 
-void FittedLabel::show(QString const& lines)
+void FittedLabel::setLines(QString const& lines)
 {
     whole = lines;
     setToolTip(whole);

@@ -9,7 +9,7 @@ class FittedLabel : public QLabel {
 public:
     explicit FittedLabel(QWidget* parent);
 
-    void show(QString const& lines);
+    void setLines(QString const& lines);
 
     QSize minimumSizeHint() const override { return {0, QLabel::minimumSizeHint().height()}; }
     QSize sizeHint() const override { return minimumSizeHint(); }

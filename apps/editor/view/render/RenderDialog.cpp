@@ -1,7 +1,7 @@
 #include "editor/view/render/RenderDialog.h"
 
 #include "editor/view/window/Theme.h"
-#include "files/RunningProgram.h"
+#include "files/PrintableText.h"
 #include "session/Failures.h"
 
 #include <QAction>

@@ -3,7 +3,7 @@
 #include "editor/model/render/RenderRun.h"
 
 #include "apps/editor/ShotFixture.h"
-#include "files/RunningProgram.h"
+#include "files/PrintableText.h"
 
 #include <cstdlib>
 #include <fstream>
