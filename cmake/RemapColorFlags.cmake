@@ -47,5 +47,7 @@ set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
 set(REMAPCOLOR_TOOL_DIRECTORY ${PROJECT_BINARY_DIR}/lib/vxtools)
 
-set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
-set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib:$ORIGIN:$ORIGIN/..")
+# Built programs look where installed ones do. Left to itself, CMake pads their list of folders with
+# empty names, for which the loader takes the working directory.
+set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
+set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib:$ORIGIN/../lib/vxtools:$ORIGIN:$ORIGIN/..")
