@@ -40,7 +40,7 @@ std::optional<Samples> sampleWidget(OfxParam* widget, int curve, OfxTime time)
     for (int sample = 0; sample < nbSamples; ++sample) {
         float const x = static_cast<float>(sample) / static_cast<float>(nbSamples - 1);
         double y = 0.0;
-        if (suite->parametricParamGetValue(widget, curve, time, x, &y) != OfxStat::Ok ||
+        if (suite->parametricParamGetValue(widget, curve, time, x, &y) != OfxStat::ok ||
             !std::isfinite(static_cast<float>(y))) {
             return std::nullopt;
         }

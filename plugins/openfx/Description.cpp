@@ -22,7 +22,7 @@ constexpr char const* description =
 void describeClip(OfxImageEffect* effect, char const* name, bool isMask)
 {
     OfxPropertySet* set = nullptr;
-    if (HostAccess::get().effects->clipDefine(effect, name, &set) != OfxStat::Ok) {
+    if (HostAccess::get().effects->clipDefine(effect, name, &set) != OfxStat::ok) {
         if (isMask) {
             return; // a tool without a mask is still a tool
         }
@@ -153,7 +153,7 @@ void describeParam(OfxParamSet* params, ParamSpec const& spec)
 {
     OfxPropertySet* set = nullptr;
     if (HostAccess::get().params->paramDefine(params, findType(spec.kind), spec.name.c_str(),
-                                              &set) != OfxStat::Ok) {
+                                              &set) != OfxStat::ok) {
         return; // its default counts then
     }
     Properties const param(set);
@@ -175,7 +175,7 @@ void describePage(OfxParamSet* params, ParamTable const& table)
     OfxPropertySet* set = nullptr;
     if (host.getInt(Prop::hostMaxPages).value_or(0) == 0 ||
         HostAccess::get().params->paramDefine(params, OfxText::Param::page, "controls", &set) !=
-            OfxStat::Ok) {
+            OfxStat::ok) {
         return;
     }
     Properties const page(set);
@@ -232,7 +232,7 @@ void describeInContext(OfxImageEffect* effect, std::string const& context, Param
     describeClip(effect, OfxText::Clip::output, false);
 
     OfxParamSet* params = nullptr;
-    if (HostAccess::get().effects->getParamSet(effect, &params) != OfxStat::Ok) {
+    if (HostAccess::get().effects->getParamSet(effect, &params) != OfxStat::ok) {
         throw HostException("the host has no parameters for the plug-in");
     }
     for (ParamSpec const& spec : table.getSpecs()) {

@@ -70,6 +70,7 @@ struct ForSamples;
 std::uint16_t roundToShort(float value)
 {
     double const limited = value > 0.0F ? std::min(value, 1.0F) : 0.0F; // no NaN is above 0
+    // Exact in double up to the cut. NOLINTNEXTLINE(bugprone-incorrect-roundings)
     return static_cast<std::uint16_t>(limited * shortMaximum + 0.5);
 }
 

@@ -61,17 +61,17 @@ void HostAccess::tell(OfxImageEffect* effect, char const* messageType,
 
 bool Properties::put(char const* name, int value, int index) const
 {
-    return set != nullptr && suite()->propSetInt(set, name, index, value) == OfxStat::Ok;
+    return set != nullptr && suite()->propSetInt(set, name, index, value) == OfxStat::ok;
 }
 
 bool Properties::put(char const* name, double value, int index) const
 {
-    return set != nullptr && suite()->propSetDouble(set, name, index, value) == OfxStat::Ok;
+    return set != nullptr && suite()->propSetDouble(set, name, index, value) == OfxStat::ok;
 }
 
 bool Properties::put(char const* name, char const* value, int index) const
 {
-    return set != nullptr && suite()->propSetString(set, name, index, value) == OfxStat::Ok;
+    return set != nullptr && suite()->propSetString(set, name, index, value) == OfxStat::ok;
 }
 
 bool Properties::put(char const* name, std::string const& value, int index) const
@@ -81,14 +81,14 @@ bool Properties::put(char const* name, std::string const& value, int index) cons
 
 bool Properties::put(char const* name, void* value) const
 {
-    return set != nullptr && suite()->propSetPointer(set, name, 0, value) == OfxStat::Ok;
+    return set != nullptr && suite()->propSetPointer(set, name, 0, value) == OfxStat::ok;
 }
 
 std::optional<int> Properties::getInt(char const* name, int index) const
 {
     int value = 0;
     bool const isThere =
-        set != nullptr && suite()->propGetInt(set, name, index, &value) == OfxStat::Ok;
+        set != nullptr && suite()->propGetInt(set, name, index, &value) == OfxStat::ok;
     return isThere ? std::optional(value) : std::nullopt;
 }
 
@@ -96,7 +96,7 @@ std::optional<double> Properties::getDouble(char const* name, int index) const
 {
     double value = 0.0;
     bool const isThere =
-        set != nullptr && suite()->propGetDouble(set, name, index, &value) == OfxStat::Ok;
+        set != nullptr && suite()->propGetDouble(set, name, index, &value) == OfxStat::ok;
     return isThere ? std::optional(value) : std::nullopt;
 }
 
@@ -104,7 +104,7 @@ std::optional<std::string> Properties::getString(char const* name, int index) co
 {
     char* value = nullptr;
     bool const isThere = set != nullptr &&
-                         suite()->propGetString(set, name, index, &value) == OfxStat::Ok &&
+                         suite()->propGetString(set, name, index, &value) == OfxStat::ok &&
                          value != nullptr;
     return isThere ? std::optional<std::string>(value) : std::nullopt;
 }
@@ -113,7 +113,7 @@ void* Properties::getPointer(char const* name) const
 {
     void* value = nullptr;
     bool const isThere =
-        set != nullptr && suite()->propGetPointer(set, name, 0, &value) == OfxStat::Ok;
+        set != nullptr && suite()->propGetPointer(set, name, 0, &value) == OfxStat::ok;
     return isThere ? value : nullptr;
 }
 
@@ -121,7 +121,7 @@ int Properties::getCount(char const* name) const
 {
     int count = 0;
     bool const isThere =
-        set != nullptr && suite()->propGetDimension(set, name, &count) == OfxStat::Ok;
+        set != nullptr && suite()->propGetDimension(set, name, &count) == OfxStat::ok;
     return isThere ? count : 0;
 }
 
@@ -141,7 +141,7 @@ Properties propertiesOf(OfxImageEffect* effect)
 {
     OfxPropertySet* set = nullptr;
     if (effect == nullptr ||
-        HostAccess::get().effects->getPropertySet(effect, &set) != OfxStat::Ok) {
+        HostAccess::get().effects->getPropertySet(effect, &set) != OfxStat::ok) {
         set = nullptr;
     }
     return Properties(set);
@@ -151,7 +151,7 @@ Properties propertiesOf(OfxImageClip* clip)
 {
     OfxPropertySet* set = nullptr;
     if (clip == nullptr ||
-        HostAccess::get().effects->clipGetPropertySet(clip, &set) != OfxStat::Ok) {
+        HostAccess::get().effects->clipGetPropertySet(clip, &set) != OfxStat::ok) {
         set = nullptr;
     }
     return Properties(set);

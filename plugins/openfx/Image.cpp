@@ -15,9 +15,9 @@ Image::Image(OfxImageClip* clip, OfxTime time)
         return;
     }
     OfxStatus const status = HostAccess::get().effects->clipGetImage(clip, time, nullptr, &handle);
-    if (status != OfxStat::Ok || handle == nullptr) {
+    if (status != OfxStat::ok || handle == nullptr) {
         handle = nullptr;
-        state = status == OfxStat::Memory ? State::OutOfMemory : State::Missing;
+        state = status == OfxStat::memory ? State::OutOfMemory : State::Missing;
         return;
     }
     state = readFrame();

@@ -21,7 +21,7 @@ std::optional<T> read(OfxParam* param, std::optional<OfxTime> time)
     T value{};
     bool const isRead =
         param != nullptr && (time ? suite.paramGetValueAtTime(param, *time, &value)
-                                  : suite.paramGetValue(param, &value)) == OfxStat::Ok;
+                                  : suite.paramGetValue(param, &value)) == OfxStat::ok;
     return isRead ? std::optional(value) : std::nullopt;
 }
 
@@ -45,7 +45,7 @@ OfxImageClip* findClip(OfxImageEffect* effect, char const* name)
 {
     OfxImageClip* clip = nullptr;
     bool const isThere =
-        HostAccess::get().effects->clipGetHandle(effect, name, &clip, nullptr) == OfxStat::Ok;
+        HostAccess::get().effects->clipGetHandle(effect, name, &clip, nullptr) == OfxStat::ok;
     return isThere ? clip : nullptr;
 }
 
@@ -85,41 +85,41 @@ std::optional<std::string> ParamHandle::getText(std::optional<OfxTime> time) con
 
 bool ParamHandle::setInt(int value) const
 {
-    return param != nullptr && HostAccess::get().params->paramSetValue(param, value) == OfxStat::Ok;
+    return param != nullptr && HostAccess::get().params->paramSetValue(param, value) == OfxStat::ok;
 }
 
 bool ParamHandle::setDouble(double value, std::optional<OfxTime> time) const
 {
     OfxParameterSuite const& suite = *HostAccess::get().params;
     return param != nullptr && (time ? suite.paramSetValueAtTime(param, *time, value)
-                                     : suite.paramSetValue(param, value)) == OfxStat::Ok;
+                                     : suite.paramSetValue(param, value)) == OfxStat::ok;
 }
 
 bool ParamHandle::setText(std::string const& value) const
 {
     return param != nullptr &&
-           HostAccess::get().params->paramSetValue(param, value.c_str()) == OfxStat::Ok;
+           HostAccess::get().params->paramSetValue(param, value.c_str()) == OfxStat::ok;
 }
 
 bool ParamHandle::isAnimated() const
 {
     unsigned int nbKeys = 0;
     return param != nullptr &&
-           HostAccess::get().params->paramGetNumKeys(param, &nbKeys) == OfxStat::Ok && nbKeys > 0;
+           HostAccess::get().params->paramGetNumKeys(param, &nbKeys) == OfxStat::ok && nbKeys > 0;
 }
 
 Instance::Instance(OfxImageEffect* effectHandle, ParamTable const& paramTable)
     : effect(effectHandle), table(paramTable)
 {
     HostAccess const& access = HostAccess::get();
-    if (access.effects->getParamSet(effect, &paramSet) != OfxStat::Ok) {
+    if (access.effects->getParamSet(effect, &paramSet) != OfxStat::ok) {
         paramSet = nullptr;
     }
     for (ParamSpec const& spec : table.getSpecs()) {
         OfxParam* param = nullptr;
         bool const isThere = paramSet != nullptr && spec.kind != Kind::Group &&
                              access.params->paramGetHandle(paramSet, spec.name.c_str(), &param,
-                                                           nullptr) == OfxStat::Ok;
+                                                           nullptr) == OfxStat::ok;
         params.emplace_back(isThere ? param : nullptr);
     }
     params.emplace_back();

@@ -196,16 +196,16 @@ static_assert(sizeof(OfxMessageSuite) == 3 * sizeof(void*));
 
 /// What calls answer.
 namespace OfxStat {
-inline constexpr OfxStatus Ok = 0;
-inline constexpr OfxStatus Failed = 1;
-inline constexpr OfxStatus MissingHostFeature = 4;
-inline constexpr OfxStatus Unsupported = 5;
-inline constexpr OfxStatus Memory = 8;
-inline constexpr OfxStatus BadHandle = 9;
-inline constexpr OfxStatus BadIndex = 10;
-inline constexpr OfxStatus Value = 11;
-inline constexpr OfxStatus ReplyDefault = 14;
-inline constexpr OfxStatus ImageFormat = 1000;
+inline constexpr OfxStatus ok = 0;
+inline constexpr OfxStatus failed = 1;
+inline constexpr OfxStatus missingHostFeature = 4;
+inline constexpr OfxStatus unsupported = 5;
+inline constexpr OfxStatus memory = 8;
+inline constexpr OfxStatus badHandle = 9;
+inline constexpr OfxStatus badIndex = 10;
+inline constexpr OfxStatus value = 11;
+inline constexpr OfxStatus replyDefault = 14;
+inline constexpr OfxStatus imageFormat = 1000;
 } // namespace OfxStat
 
 /// The strings. `Prop` and the like are left out of the names where nothing else could be meant.

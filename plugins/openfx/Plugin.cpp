@@ -82,15 +82,15 @@ void setHost(OfxHost* host)
 OfxStatus load()
 {
     if (plugin() != nullptr) {
-        return OfxStat::Ok;
+        return OfxStat::ok;
     }
     if (!HostAccess::get().load()) {
-        return OfxStat::MissingHostFeature;
+        return OfxStat::missingHostFeature;
     }
     startPackages();
     std::lock_guard const lock(uiMutex());
     plugin() = std::make_unique<Plugin>();
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus unload()
@@ -100,7 +100,7 @@ OfxStatus unload()
         stopPackages();
         HostAccess::get().unload();
     }
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus instanceChanged(Instance& instance, OfxPropertySet* inArgs)
@@ -109,11 +109,11 @@ OfxStatus instanceChanged(Instance& instance, OfxPropertySet* inArgs)
     bool const isEdit = arguments.getString(Prop::changeReason) == OfxText::Reason::userEdited &&
                         arguments.getString(Prop::type) == OfxText::Type::parameter;
     if (!isEdit) {
-        return OfxStat::ReplyDefault;
+        return OfxStat::replyDefault;
     }
     instance.paramEdited(arguments.getString(Prop::name).value_or(""),
                          arguments.getDouble(Prop::time).value_or(0.0));
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus answerIdentity(Instance const& instance, OfxPropertySet* inArgs, OfxPropertySet* outArgs)
@@ -121,10 +121,10 @@ OfxStatus answerIdentity(Instance const& instance, OfxPropertySet* inArgs, OfxPr
     double const time = Properties(inArgs).getDouble(Prop::time).value_or(0.0);
     Properties const answer(outArgs);
     if (!isIdentity(instance, time) || !answer.put(Prop::name, OfxText::Clip::source)) {
-        return OfxStat::ReplyDefault;
+        return OfxStat::replyDefault;
     }
     answer.put(Prop::time, time);
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 /// What an instance answers.
@@ -138,7 +138,7 @@ OfxStatus act(std::string_view action, Instance& instance, OfxPropertySet* inArg
         return answerIdentity(instance, inArgs, outArgs);
     }
     if (action == Action::getClipPreferences) {
-        return chooseOutputDepth(instance, outArgs) ? OfxStat::Ok : OfxStat::ReplyDefault;
+        return chooseOutputDepth(instance, outArgs) ? OfxStat::ok : OfxStat::replyDefault;
     }
     return instanceChanged(instance, inArgs);
 }
@@ -154,10 +154,10 @@ OfxStatus describeOne(OfxImageEffect* effect, OfxPropertySet* inArgs)
     std::string const context =
         Properties(inArgs).getString(Prop::context).value_or(OfxText::Context::filter);
     if (context != OfxText::Context::filter && context != OfxText::Context::general) {
-        return OfxStat::Unsupported;
+        return OfxStat::unsupported;
     }
     describeInContext(effect, context, plugin()->getTable());
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus dispatch(std::string_view action, OfxImageEffect* effect, OfxPropertySet* inArgs,
@@ -170,28 +170,28 @@ OfxStatus dispatch(std::string_view action, OfxImageEffect* effect, OfxPropertyS
         return unload();
     }
     if (plugin() == nullptr) {
-        return OfxStat::Failed; // nothing before load
+        return OfxStat::failed; // nothing before load
     }
     if (action == Action::describe) {
         describeEffect(effect);
-        return OfxStat::Ok;
+        return OfxStat::ok;
     }
     if (action == Action::describeInContext) {
         return describeOne(effect, inArgs);
     }
     if (action == Action::createInstance) {
         plugin()->createInstance(effect);
-        return OfxStat::Ok;
+        return OfxStat::ok;
     }
     if (action == Action::destroyInstance) {
         plugin()->destroyInstance(effect);
-        return OfxStat::Ok;
+        return OfxStat::ok;
     }
     if (!needsInstance(action)) {
-        return OfxStat::ReplyDefault;
+        return OfxStat::replyDefault;
     }
     Instance* const instance = plugin()->findInstance(effect);
-    return instance == nullptr ? OfxStat::Failed : act(action, *instance, inArgs, outArgs);
+    return instance == nullptr ? OfxStat::failed : act(action, *instance, inArgs, outArgs);
 }
 
 /// Says why an action failed, if it can be said.
@@ -211,20 +211,22 @@ OfxStatus answer(char const* action, void const* handle, OfxPropertySet* inArgs,
     // The interface hands effects over as constant and takes them as variable.
     auto* const effect = static_cast<OfxImageEffect*>(const_cast<void*>(handle));
     try {
-        return action == nullptr ? OfxStat::Failed : dispatch(action, effect, inArgs, outArgs);
+        return action == nullptr ? OfxStat::failed : dispatch(action, effect, inArgs, outArgs);
     } catch (std::bad_alloc const&) {
-        return OfxStat::Memory;
+        return OfxStat::memory;
     } catch (std::exception const& error) {
         report(effect, error.what());
     } catch (...) {
         report(effect, "a failure of an unknown kind");
     }
-    return OfxStat::Failed;
+    return OfxStat::failed;
 }
 
 } // namespace
 
 #define REMAPCOLOR_OFX_EXPORT extern "C" __attribute__((visibility("default")))
+
+// The standard's names. NOLINTBEGIN(readability-identifier-naming)
 
 REMAPCOLOR_OFX_EXPORT int OfxGetNumberOfPlugins()
 {
@@ -242,8 +244,10 @@ REMAPCOLOR_OFX_EXPORT OfxPlugin* OfxGetPlugin(int nth)
 REMAPCOLOR_OFX_EXPORT OfxStatus OfxSetHost(OfxHost const* host)
 {
     if (host == nullptr || host->fetchSuite == nullptr) {
-        return OfxStat::Failed;
+        return OfxStat::failed;
     }
     HostAccess::get().host = host;
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
+
+// NOLINTEND(readability-identifier-naming)

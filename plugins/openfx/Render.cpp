@@ -220,22 +220,22 @@ OfxStatus render(Instance& instance, ToolNodePool& nodes, OfxPropertySet* inArgs
     Job job;
     job.time = arguments.getDouble(Prop::time).value_or(0.0);
     if (!wanted) {
-        return OfxStat::Failed;
+        return OfxStat::failed;
     }
     Image const output(instance.getOutput(), job.time);
     if (output.getState() != Image::State::Present) {
         bool const isMemory = output.getState() == Image::State::OutOfMemory;
         bool const isUnusable = output.getState() == Image::State::Unusable;
-        return isMemory ? OfxStat::Memory : isUnusable ? OfxStat::ImageFormat : OfxStat::Failed;
+        return isMemory ? OfxStat::memory : isUnusable ? OfxStat::imageFormat : OfxStat::failed;
     }
     Image const source(instance.getSource(), job.time);
     Image const mask(findConnectedMask(instance), job.time);
     for (Image const* const image : {&source, &mask}) {
         if (image->getState() == Image::State::OutOfMemory) {
-            return OfxStat::Memory;
+            return OfxStat::memory;
         }
         if (image->getState() == Image::State::Unusable) {
-            return OfxStat::ImageFormat;
+            return OfxStat::imageFormat;
         }
     }
 
@@ -243,7 +243,7 @@ OfxStatus render(Instance& instance, ToolNodePool& nodes, OfxPropertySet* inArgs
     GeRectangle<int> const window =
         intersect({wanted->x1, wanted->y1, wanted->x2, wanted->y2}, job.output.bounds);
     if (window.isEmpty()) {
-        return OfxStat::Ok;
+        return OfxStat::ok;
     }
     if (source.getState() == Image::State::Present) {
         job.source = source.getFrame();
@@ -253,7 +253,7 @@ OfxStatus render(Instance& instance, ToolNodePool& nodes, OfxPropertySet* inArgs
     if (!job.region.isEmpty()) {
         renderCovered(instance, nodes, job, mask);
     }
-    return OfxStat::Ok; // after a stop the host throws the picture away
+    return OfxStat::ok; // after a stop the host throws the picture away
 }
 
 bool isIdentity(Instance const& instance, OfxTime time)

@@ -21,41 +21,41 @@ template <typename T>
 OfxStatus put(OfxPropertySet* set, char const* name, int index, T value)
 {
     if (set == nullptr) {
-        return OfxStat::BadHandle;
+        return OfxStat::badHandle;
     }
     if (set->refused.contains(name)) {
-        return OfxStat::Value;
+        return OfxStat::value;
     }
     auto& values = set->values[name];
     if (index < 0 || static_cast<std::size_t>(index) > values.size()) {
-        return OfxStat::BadIndex; // no gaps
+        return OfxStat::badIndex; // no gaps
     }
     values.resize(std::max(values.size(), static_cast<std::size_t>(index) + 1));
     values[static_cast<std::size_t>(index)] = value;
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 template <typename T, typename Out>
 OfxStatus get(OfxPropertySet* set, char const* name, int index, Out* out)
 {
     if (set == nullptr) {
-        return OfxStat::BadHandle;
+        return OfxStat::badHandle;
     }
     auto const found = set->values.find(name);
     if (found == set->values.end() || index < 0 ||
         static_cast<std::size_t>(index) >= found->second.size()) {
-        return OfxStat::BadIndex;
+        return OfxStat::badIndex;
     }
     T* const value = std::get_if<T>(&found->second[static_cast<std::size_t>(index)]);
     if (value == nullptr) {
-        return OfxStat::Value;
+        return OfxStat::value;
     }
     if constexpr (std::is_same_v<T, std::string>) {
         *out = value->data();
     } else {
         *out = *value;
     }
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus putText(OfxPropertySet* set, char const* name, int index, char const* value)
@@ -67,7 +67,7 @@ OfxStatus getDimension(OfxPropertySet* set, char const* name, int* count)
 {
     auto const found = set->values.find(name);
     *count = found == set->values.end() ? 0 : static_cast<int>(found->second.size());
-    return found == set->values.end() ? OfxStat::Unsupported : OfxStat::Ok;
+    return found == set->values.end() ? OfxStat::unsupported : OfxStat::ok;
 }
 
 /// What the plug-in should not need stays null: a call to it is a crash that a test sees.
@@ -89,13 +89,13 @@ OfxStatus defineParam(OfxParamSet* set, char const* type, char const* name,
     param->type = type;
     *properties = &param->properties;
     set->params.push_back(std::move(param));
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus getParam(OfxParamSet* set, char const* name, OfxParam** param, OfxPropertySet**)
 {
     *param = set->find(name);
-    return *param == nullptr ? OfxStat::Unsupported : OfxStat::Ok;
+    return *param == nullptr ? OfxStat::unsupported : OfxStat::ok;
 }
 
 OfxStatus readValue(OfxParam* param, double const* time, va_list arguments)
@@ -113,9 +113,9 @@ OfxStatus readValue(OfxParam* param, double const* time, va_list arguments)
     } else if (auto* const text = std::get_if<std::string>(value)) {
         *va_arg(arguments, char**) = text->data();
     } else {
-        return OfxStat::Unsupported;
+        return OfxStat::unsupported;
     }
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus writeValue(OfxParam* param, double const* time, va_list arguments)
@@ -129,7 +129,7 @@ OfxStatus writeValue(OfxParam* param, double const* time, va_list arguments)
     } else {
         value = std::string(va_arg(arguments, char const*));
     }
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus getValue(OfxParam* param, ...)
@@ -171,7 +171,7 @@ OfxStatus setValueAtTime(OfxParam* param, double time, ...)
 OfxStatus getNumKeys(OfxParam* param, unsigned int* count)
 {
     *count = static_cast<unsigned int>(param->keys.size());
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus beginEdit(OfxParamSet* set, char const* label)
@@ -179,13 +179,13 @@ OfxStatus beginEdit(OfxParamSet* set, char const* label)
     if (set->depth++ == 0) {
         set->edits.emplace_back(label);
     }
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus endEdit(OfxParamSet* set)
 {
     --set->depth;
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxParameterSuite const paramSuite = {defineParam,    getParam,  nullptr, nullptr,  getValue,
@@ -199,7 +199,7 @@ OfxStatus getCurveValue(OfxParam* param, int curve, double, double position, dou
 {
     std::lock_guard const lock(valueMutex);
     *value = param->curve ? param->curve(curve, position) : position;
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus addPoint(OfxParam* param, int curve, double, double key, double value, bool)
@@ -207,7 +207,7 @@ OfxStatus addPoint(OfxParam* param, int curve, double, double key, double value,
     std::lock_guard const lock(valueMutex);
     param->points.resize(3);
     param->points[static_cast<std::size_t>(curve)][key] = value;
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus deletePoints(OfxParam* param, int curve)
@@ -216,7 +216,7 @@ OfxStatus deletePoints(OfxParam* param, int curve)
     param->points.resize(3);
     param->points[static_cast<std::size_t>(curve)].clear();
     param->curve = nullptr;
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxParametricParameterSuite const curveSuite = {getCurveValue, nullptr, nullptr,     nullptr,
@@ -227,19 +227,19 @@ OfxParametricParameterSuite const curveSuite = {getCurveValue, nullptr, nullptr,
 OfxStatus getProperties(OfxImageEffect* effect, OfxPropertySet** properties)
 {
     *properties = &effect->properties;
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus getParams(OfxImageEffect* effect, OfxParamSet** params)
 {
     *params = &effect->params;
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus defineClip(OfxImageEffect* effect, char const* name, OfxPropertySet** properties)
 {
     *properties = &effect->clip(name).properties;
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus getClip(OfxImageEffect* effect, char const* name, OfxImageClip** clip,
@@ -247,19 +247,19 @@ OfxStatus getClip(OfxImageEffect* effect, char const* name, OfxImageClip** clip,
 {
     auto const found = effect->clips.find(name);
     if (found == effect->clips.end()) {
-        return OfxStat::BadHandle;
+        return OfxStat::badHandle;
     }
     *clip = found->second.get();
     if (properties != nullptr) {
         *properties = &found->second->properties;
     }
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus getClipProperties(OfxImageClip* clip, OfxPropertySet** properties)
 {
     *properties = &clip->properties;
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus getImage(OfxImageClip* clip, double, OfxRectD const*, OfxPropertySet** image)
@@ -270,13 +270,13 @@ OfxStatus getImage(OfxImageClip* clip, double, OfxRectD const*, OfxPropertySet**
     }
     ++current->nbLentImages;
     *image = &clip->image->properties;
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxStatus releaseImage(OfxPropertySet*)
 {
     --current->nbLentImages;
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 int isAborted(OfxImageEffect*)
@@ -297,7 +297,7 @@ OfxStatus takeMessage(void*, char const*, char const*, char const* format, ...)
     va_end(arguments);
     std::lock_guard const lock(valueMutex);
     current->messages.emplace_back(text);
-    return OfxStat::Ok;
+    return OfxStat::ok;
 }
 
 OfxMessageSuite const messageSuite = {takeMessage, takeMessage, nullptr};
@@ -452,8 +452,8 @@ OfxTestHost::OfxTestHost(std::string const& library, Traits const& hostTraits)
         reinterpret_cast<OfxPlugin* (*)(int)>(dlsym(handle.get(), "OfxGetPlugin"));
     plugin = getPlugin(0);
     plugin->setHost(&host);
-    if (call(OfxText::Action::load, nullptr) != OfxStat::Ok ||
-        call(OfxText::Action::describe, &descriptor) != OfxStat::Ok) {
+    if (call(OfxText::Action::load, nullptr) != OfxStat::ok ||
+        call(OfxText::Action::describe, &descriptor) != OfxStat::ok) {
         throw std::runtime_error("the plug-in neither loads nor describes itself");
     }
 }
@@ -480,7 +480,7 @@ OfxImageEffect& OfxTestHost::getContext(std::string const& context)
         described = std::make_unique<OfxImageEffect>();
         OfxPropertySet in;
         put(&in, Prop::context, 0, context);
-        if (call(OfxText::Action::describeInContext, described.get(), &in) != OfxStat::Ok) {
+        if (call(OfxText::Action::describeInContext, described.get(), &in) != OfxStat::ok) {
             throw std::runtime_error("the plug-in does not describe " + context);
         }
     }
@@ -501,7 +501,7 @@ OfxImageEffect& OfxTestHost::createInstance(std::string const& context)
         param->value = defaults.empty() ? OfxTestValue(static_cast<void*>(nullptr)) : defaults[0];
         effect.params.params.push_back(std::move(param));
     }
-    if (call(OfxText::Action::createInstance, &effect) != OfxStat::Ok) {
+    if (call(OfxText::Action::createInstance, &effect) != OfxStat::ok) {
         throw std::runtime_error("the plug-in makes no instance");
     }
     return effect;

@@ -89,7 +89,7 @@ struct OfxImageClip {
     std::string name{};
     OfxPropertySet properties{};
     OfxTestImage* image = nullptr;
-    OfxStatus statusWithoutImage = OfxStat::Failed;
+    OfxStatus statusWithoutImage = OfxStat::failed;
 };
 
 struct OfxImageEffect {

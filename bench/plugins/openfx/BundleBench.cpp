@@ -86,7 +86,7 @@ void runBundle(benchmark::State& state, Work const& work)
     effect.clip("Source").image = &getSource(work.content);
     effect.clip("Output").image = &getOutput();
     for (auto _ : state) {
-        if (host.render(effect, getOutput().layout.bounds) != OfxStat::Ok) {
+        if (host.render(effect, getOutput().layout.bounds) != OfxStat::ok) {
             state.SkipWithError("the bundle does not render");
         }
         benchmark::ClobberMemory();

@@ -77,7 +77,7 @@ OfxImageEffect& BundleTest::makeEffect(OfxTestImage* source, OfxTestImage* outpu
 
 Bytes BundleTest::renderAll(OfxImageEffect& effect, OfxTestImage& output)
 {
-    EXPECT_EQ(host->render(effect, output.layout.bounds), OfxStat::Ok);
+    EXPECT_EQ(host->render(effect, output.layout.bounds), OfxStat::ok);
     EXPECT_TRUE(output.hasCleanGuards());
     EXPECT_EQ(host->nbLentImages, 0);
     return output.read();

@@ -44,7 +44,7 @@ TEST_F(BundleInHosts, TheOutputGetsTheChosenDepthOrTheUserIsTold)
         OfxImageEffect& effect = host->createInstance();
         effect.param("outputDepth").value = choice;
         for (int time = 0; time < 3; ++time) {
-            bool const isChanged = ask(Action::getClipPreferences, effect) == OfxStat::Ok;
+            bool const isChanged = ask(Action::getClipPreferences, effect) == OfxStat::ok;
             EXPECT_EQ(isChanged, !expected.empty()) << name;
         }
         EXPECT_EQ(answer.get<std::string>(Prop::clipDepthOutput), expected) << name;
@@ -56,7 +56,7 @@ TEST_F(BundleInHosts, TheOutputGetsTheChosenDepthOrTheUserIsTold)
     effect.param("outputDepth").value = 0;
     answer.refused = {Prop::clipDepthOutput};
     OfxPropertySet in;
-    EXPECT_EQ(host->call(Action::getClipPreferences, &effect, &in, &answer), OfxStat::ReplyDefault);
+    EXPECT_EQ(host->call(Action::getClipPreferences, &effect, &in, &answer), OfxStat::replyDefault);
     EXPECT_EQ(host->messages.size(), 1);
 }
 
@@ -66,16 +66,16 @@ TEST_F(BundleInHosts, OnlyASourceThatComesOutInEveryBitIsPassedThrough)
     OfxTestImage source = makePicture({});
     OfxTestImage output(source.layout);
     OfxImageEffect& effect = makeEffect(&source, &output);
-    EXPECT_EQ(ask(Action::isIdentity, effect), OfxStat::ReplyDefault);
+    EXPECT_EQ(ask(Action::isIdentity, effect), OfxStat::replyDefault);
     effect.param("mix").value = 0.0;
-    EXPECT_EQ(ask(Action::isIdentity, effect), OfxStat::Ok);
+    EXPECT_EQ(ask(Action::isIdentity, effect), OfxStat::ok);
     EXPECT_EQ(answer.get<std::string>(Prop::name), "Source");
     EXPECT_EQ(renderAll(effect, output), source.read());
     effect.clip("Output").properties.values[Prop::components] = {std::string(Components::rgb)};
-    EXPECT_EQ(ask(Action::isIdentity, effect), OfxStat::ReplyDefault);
+    EXPECT_EQ(ask(Action::isIdentity, effect), OfxStat::replyDefault);
     effect.clip("Output").properties.values[Prop::components] = {std::string(Components::rgba)};
     effect.clip("Output").properties.values[Prop::pixelDepth] = {std::string(Depth::half)};
-    EXPECT_EQ(ask(Action::isIdentity, effect), OfxStat::ReplyDefault);
+    EXPECT_EQ(ask(Action::isIdentity, effect), OfxStat::replyDefault);
 }
 
 TEST_F(BundleInHosts, ActionsInAnyOrderGetAStatus)
@@ -88,22 +88,22 @@ TEST_F(BundleInHosts, ActionsInAnyOrderGetAStatus)
     stranger.properties.values[Prop::instanceData] = {static_cast<void*>(&nowhere)};
     for (char const* const action : {Action::render, Action::isIdentity, Action::getClipPreferences,
                                      Action::instanceChanged}) {
-        EXPECT_EQ(ask(action, effect), OfxStat::Failed) << action;
-        EXPECT_EQ(ask(action, stranger), OfxStat::Failed) << action;
-        EXPECT_EQ(host->call(action, nullptr), OfxStat::Failed) << action;
+        EXPECT_EQ(ask(action, effect), OfxStat::failed) << action;
+        EXPECT_EQ(ask(action, stranger), OfxStat::failed) << action;
+        EXPECT_EQ(host->call(action, nullptr), OfxStat::failed) << action;
     }
-    EXPECT_EQ(host->call(Action::destroyInstance, &stranger), OfxStat::Ok);
-    EXPECT_EQ(host->call("OfxActionPurgeCaches", &effect), OfxStat::ReplyDefault);
-    EXPECT_EQ(host->call(Action::load, nullptr), OfxStat::Ok);
+    EXPECT_EQ(host->call(Action::destroyInstance, &stranger), OfxStat::ok);
+    EXPECT_EQ(host->call("OfxActionPurgeCaches", &effect), OfxStat::replyDefault);
+    EXPECT_EQ(host->call(Action::load, nullptr), OfxStat::ok);
     OfxImageEffect other;
     OfxPropertySet in;
     in.values[Prop::context] = {std::string("OfxImageEffectContextPaint")};
-    EXPECT_EQ(host->call(Action::describeInContext, &other, &in), OfxStat::Unsupported);
+    EXPECT_EQ(host->call(Action::describeInContext, &other, &in), OfxStat::unsupported);
     // No clips, no parameters.
-    EXPECT_EQ(host->call(Action::createInstance, &other), OfxStat::Failed);
-    EXPECT_EQ(host->call(Action::unload, nullptr), OfxStat::Ok);
-    EXPECT_EQ(ask(Action::render, effect), OfxStat::Failed);
-    EXPECT_EQ(host->call(Action::describe, &other), OfxStat::Failed);
+    EXPECT_EQ(host->call(Action::createInstance, &other), OfxStat::failed);
+    EXPECT_EQ(host->call(Action::unload, nullptr), OfxStat::ok);
+    EXPECT_EQ(ask(Action::render, effect), OfxStat::failed);
+    EXPECT_EQ(host->call(Action::describe, &other), OfxStat::failed);
 }
 
 TEST_F(BundleInHosts, HostsMayLackWhatIsNotNeeded)
@@ -127,7 +127,7 @@ TEST_F(BundleInHosts, HostsMayLackWhatIsNotNeeded)
         effect.param("outputDepth").value = 1;
         ask(Action::getClipPreferences, effect); // says something to nobody
         effect.param("linearGammaBlue").value = std::numeric_limits<double>::quiet_NaN();
-        EXPECT_EQ(host->render(effect, output.layout.bounds), OfxStat::Ok);
+        EXPECT_EQ(host->render(effect, output.layout.bounds), OfxStat::ok);
         host.reset();
     }
 }
@@ -154,7 +154,7 @@ TEST_F(BundleInHosts, ManyRendersAtOnceWhileAnInstanceIsEdited)
     auto const renderTiles = [&](OfxImageEffect& effect, int from) {
         for (int tile = from; tile < nbTiles; tile += 2) {
             OfxRectI const window{0, tile * tileRows, 64, (tile + 1) * tileRows};
-            EXPECT_EQ(host->render(effect, window), OfxStat::Ok);
+            EXPECT_EQ(host->render(effect, window), OfxStat::ok);
         }
         --nbRunning;
     };
@@ -201,7 +201,7 @@ TEST(BundleLibrary, OneEffectInTheStandardsVersionIsOffered)
     EXPECT_EQ(count(), 1);
     EXPECT_EQ(get(1), nullptr);
     EXPECT_EQ(get(-1), nullptr);
-    EXPECT_EQ(set(nullptr), OfxStat::Failed);
+    EXPECT_EQ(set(nullptr), OfxStat::failed);
     OfxPlugin const& plugin = *get(0);
     EXPECT_STREQ(plugin.pluginApi, "OfxImageEffectPluginAPI");
     EXPECT_EQ(plugin.apiVersion, 1);
@@ -209,13 +209,13 @@ TEST(BundleLibrary, OneEffectInTheStandardsVersionIsOffered)
     EXPECT_EQ(plugin.pluginVersionMajor, 1U);
 
     // Without a host, and with one that has no suites.
-    EXPECT_EQ(plugin.mainEntry(Action::describe, nullptr, nullptr, nullptr), OfxStat::Failed);
+    EXPECT_EQ(plugin.mainEntry(Action::describe, nullptr, nullptr, nullptr), OfxStat::failed);
     OfxHost poor{nullptr, [](OfxPropertySet*, char const*, int) -> void const* { return nullptr; }};
     plugin.setHost(&poor);
     EXPECT_EQ(plugin.mainEntry(Action::load, nullptr, nullptr, nullptr),
-              OfxStat::MissingHostFeature);
-    EXPECT_EQ(plugin.mainEntry(Action::unload, nullptr, nullptr, nullptr), OfxStat::Ok);
-    EXPECT_EQ(plugin.mainEntry(nullptr, nullptr, nullptr, nullptr), OfxStat::Failed);
+              OfxStat::missingHostFeature);
+    EXPECT_EQ(plugin.mainEntry(Action::unload, nullptr, nullptr, nullptr), OfxStat::ok);
+    EXPECT_EQ(plugin.mainEntry(nullptr, nullptr, nullptr, nullptr), OfxStat::failed);
     dlclose(library);
 }
 

@@ -155,7 +155,7 @@ TEST_F(BundlePanel, ALinkTakesTheOtherChannelsAlong)
     in.values = {{Prop::type, {std::string(OfxText::Type::parameter)}},
                  {Prop::name, {std::string("mix")}},
                  {Prop::changeReason, {std::string("OfxChangePluginEdited")}}};
-    EXPECT_EQ(host->call(OfxText::Action::instanceChanged, &effect, &in), OfxStat::ReplyDefault);
+    EXPECT_EQ(host->call(OfxText::Action::instanceChanged, &effect, &in), OfxStat::replyDefault);
 }
 
 /// Straight to (0.5, 0.8), straight to (1, 0.7); what a host's widget gives beyond its ends is its
@@ -237,12 +237,12 @@ TEST_F(BundlePanel, CurvesOfTheTextChangeOverTime)
     OfxTestImage output(source.layout);
     OfxImageEffect& effect = makeEffect(&source, &output);
     effect.param("adjustCurveText").value = std::string("rgb=0,0 1,1 @0 | 0,0 1,3 @10");
-    ASSERT_EQ(host->render(effect, source.layout.bounds, 10.0), OfxStat::Ok);
+    ASSERT_EQ(host->render(effect, source.layout.bounds, 10.0), OfxStat::ok);
     EXPECT_EQ(output.read(), renderNative({"", {}, {}, "rgb=0,0 1,3"}, source, 3));
     effect.param("exrDisplayExposureRed").keys = {{1.0, 2.0}, {5.0, -1.0}};
     effect.param("adjustCurveText").value = std::string();
     effect.param("mode").value = 1;
-    ASSERT_EQ(host->render(effect, source.layout.bounds, 5.5), OfxStat::Ok);
+    ASSERT_EQ(host->render(effect, source.layout.bounds, 5.5), OfxStat::ok);
     EXPECT_EQ(output.read(),
               renderNative({"", {{"", "Mode"}, {"", "EXRDisplay.Exposure.Red"}}, {1, -1.0}, ""},
                            source, 3));

@@ -108,7 +108,7 @@ TEST_F(BundleRender, TilesMakeTheWholeAndNothingElse)
     effect.clip("Output").image = &tiled;
     for (int y = -20; y < 60; y += 31) {
         for (int x = -20; x < 80; x += 7) {
-            EXPECT_EQ(host->render(effect, {x, y, x + 7, y + 31}), OfxStat::Ok);
+            EXPECT_EQ(host->render(effect, {x, y, x + 7, y + 31}), OfxStat::ok);
         }
     }
     EXPECT_EQ(tiled.read(), expected);
@@ -210,23 +210,23 @@ TEST_F(BundleRender, HostsThatFailGetAStatusAndTheirImagesBack)
     OfxRectI const window = output.layout.bounds;
 
     effect.clip("Source").image = nullptr;
-    effect.clip("Source").statusWithoutImage = OfxStat::Memory;
-    EXPECT_EQ(host->render(effect, window), OfxStat::Memory);
+    effect.clip("Source").statusWithoutImage = OfxStat::memory;
+    EXPECT_EQ(host->render(effect, window), OfxStat::memory);
     effect.clip("Source").image = &source;
     effect.clip("Output").image = nullptr;
-    EXPECT_EQ(host->render(effect, window), OfxStat::Failed);
+    EXPECT_EQ(host->render(effect, window), OfxStat::failed);
     effect.clip("Output").image = &output;
     for (char const* const missing :
          {OfxText::Prop::imageBounds, OfxText::Prop::pixelDepth, OfxText::Prop::components}) {
         OfxTestImage broken = makePicture({});
         broken.properties.values.erase(missing);
         effect.clip("Source").image = &broken;
-        EXPECT_EQ(host->render(effect, window), OfxStat::ImageFormat) << missing;
+        EXPECT_EQ(host->render(effect, window), OfxStat::imageFormat) << missing;
     }
     effect.clip("Source").image = &source;
     effect.param("adjustCurveText").value = std::string("red=0,0 1");
     host->messages.clear();
-    EXPECT_EQ(host->render(effect, window), OfxStat::Failed);
+    EXPECT_EQ(host->render(effect, window), OfxStat::failed);
     ASSERT_EQ(host->messages.size(), 1);
     EXPECT_NE(host->messages[0].find("line 1: key 2: \"1\" is no point"), std::string::npos)
         << host->messages[0];
@@ -234,7 +234,7 @@ TEST_F(BundleRender, HostsThatFailGetAStatusAndTheirImagesBack)
 
     // A window beyond the image: what there is.
     effect.param("adjustCurveText").value = std::string();
-    EXPECT_EQ(host->render(effect, {-100, -100, 100, 100}), OfxStat::Ok);
+    EXPECT_EQ(host->render(effect, {-100, -100, 100, 100}), OfxStat::ok);
     EXPECT_TRUE(output.hasCleanGuards());
 }
 
@@ -247,7 +247,7 @@ TEST_F(BundleRender, AStopIsHeardBeforeTheNextRows)
         OfxImageEffect& effect = makeEffect(&source, &output);
         int nbQuestions = 0;
         host->wantsAbort = [&] { return ++nbQuestions == 2; };
-        EXPECT_EQ(host->render(effect, source.layout.bounds), OfxStat::Ok);
+        EXPECT_EQ(host->render(effect, source.layout.bounds), OfxStat::ok);
         EXPECT_EQ(nbQuestions, 2);
         EXPECT_EQ(std::to_integer<int>(*output.getPixel(0, 64)), 0xa5);
     }

@@ -274,3 +274,5 @@ void CurveActions::addPlaceActions(QMenu& menu, QPoint const& place)
     });
     menu.addSeparator();
 }
+
+#include "editor/view/curves/moc_CurveActions.cpp"

@@ -212,3 +212,5 @@ QString CurvePanel::describeHistogram() const
     }
     return text;
 }
+
+#include "editor/view/curves/moc_CurvePanel.cpp"

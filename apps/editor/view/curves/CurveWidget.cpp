@@ -556,3 +556,5 @@ bool CurveWidget::focusNextPrevChild(bool isNext)
     return (isHere && (isNext ? model.editor.selectNext() : model.editor.selectPrevious())) ||
            QWidget::focusNextPrevChild(isNext);
 }
+
+#include "editor/view/curves/moc_CurveWidget.cpp"

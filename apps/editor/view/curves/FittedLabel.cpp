@@ -27,3 +27,5 @@ void FittedLabel::fit()
     }
     setText(lines.join('\n'));
 }
+
+#include "editor/view/curves/moc_FittedLabel.cpp"

@@ -115,3 +115,5 @@ void KeyBar::refresh()
     remove->setEnabled(count > 0);
     handles->setCurrentIndex(count == 1 ? static_cast<int>(editor.getHandles()) : -1);
 }
+
+#include "editor/view/curves/moc_KeyBar.cpp"

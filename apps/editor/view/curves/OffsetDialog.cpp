@@ -37,3 +37,5 @@ NumberField* OffsetDialog::addField(QString const& text)
     static_cast<QFormLayout*>(layout())->addRow(text, field);
     return field;
 }
+
+#include "editor/view/curves/moc_OffsetDialog.cpp"

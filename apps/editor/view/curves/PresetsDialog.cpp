@@ -249,3 +249,5 @@ QPixmap PresetsDialog::draw(CurvePresets::Curves const& curves) const
     }
     return pixmap;
 }
+
+#include "editor/view/curves/moc_PresetsDialog.cpp"

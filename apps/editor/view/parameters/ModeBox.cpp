@@ -23,3 +23,5 @@ void ModeBox::refresh()
 {
     setCurrentIndex(findData(static_cast<int>(document.getMode())));
 }
+
+#include "editor/view/parameters/moc_ModeBox.cpp"

@@ -224,3 +224,5 @@ void NumberField::focusOutEvent(QFocusEvent* event)
     commit();
     QLineEdit::focusOutEvent(event);
 }
+
+#include "editor/view/parameters/moc_NumberField.cpp"

@@ -271,3 +271,5 @@ void ParameterPanel::refresh()
         shown.refresh();
     }
 }
+
+#include "editor/view/parameters/moc_ParameterPanel.cpp"

@@ -4,3 +4,5 @@ void RowLabel::mouseDoubleClickEvent(QMouseEvent*)
 {
     emit doubleClicked();
 }
+
+#include "editor/view/parameters/moc_RowLabel.cpp"

@@ -42,3 +42,5 @@ void CompareControls::addTo(QToolBar& tools)
     addMenuButton(tools, tr("Compare"),
                   tr("Compare source and result; hold S for the source alone"), menu);
 }
+
+#include "editor/view/picture/moc_CompareControls.cpp"

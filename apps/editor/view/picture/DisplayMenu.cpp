@@ -114,3 +114,5 @@ void DisplayMenu::giveUp(std::exception_ptr const& failure)
     clear();
     emit failed(failure);
 }
+
+#include "editor/view/picture/moc_DisplayMenu.cpp"

@@ -260,3 +260,5 @@ bool PickMarks::openMenu(QPointF const& place, QPoint const& onScreen)
     menu->popup(onScreen);
     return true;
 }
+
+#include "editor/view/picture/moc_PickMarks.cpp"

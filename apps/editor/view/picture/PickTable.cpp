@@ -88,3 +88,5 @@ void PickTable::show(PicksNotice notice)
     setVisible(!picks.getPicks().empty());
     place();
 }
+
+#include "editor/view/picture/moc_PickTable.cpp"

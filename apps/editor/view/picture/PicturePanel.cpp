@@ -169,3 +169,5 @@ void PicturePanel::showPixel()
     }
     emit pixelTextChanged(text);
 }
+
+#include "editor/view/picture/moc_PicturePanel.cpp"

@@ -497,3 +497,5 @@ void PictureWidget::leaveEvent(QEvent*)
 {
     picks.leave();
 }
+
+#include "editor/view/picture/moc_PictureWidget.cpp"

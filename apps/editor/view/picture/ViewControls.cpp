@@ -158,3 +158,5 @@ void ViewControls::takeView()
     panel.setTransform({static_cast<ViewTransform::Channels>(channels), exposure->value(),
                         srgb->isChecked(), processor});
 }
+
+#include "editor/view/picture/moc_ViewControls.cpp"

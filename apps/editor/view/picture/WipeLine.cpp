@@ -207,3 +207,5 @@ bool WipeLine::pressKey(QKeyEvent const& event)
     picture.update();
     return true;
 }
+
+#include "editor/view/picture/moc_WipeLine.cpp"

@@ -313,3 +313,5 @@ void RenderDialog::showRun()
         emit ended(tr("Render: %1").arg(text), run.hasFailed());
     }
 }
+
+#include "editor/view/render/moc_RenderDialog.cpp"

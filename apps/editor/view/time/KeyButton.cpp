@@ -71,3 +71,5 @@ void KeyButton::paintEvent(QPaintEvent*)
         painter.drawRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
     }
 }
+
+#include "editor/view/time/moc_KeyButton.cpp"

@@ -361,3 +361,5 @@ void TimePanel::showState()
 {
     state->setText(getStateText());
 }
+
+#include "editor/view/time/moc_TimePanel.cpp"

@@ -476,3 +476,5 @@ void TimeRuler::drawMoment(QPainter& painter) const
     QPointF const head[] = {{x - 4, tip - 6}, {x + 4, tip - 6}, {x, tip}};
     painter.drawPolygon(head, 3);
 }
+
+#include "editor/view/time/moc_TimeRuler.cpp"

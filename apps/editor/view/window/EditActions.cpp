@@ -26,3 +26,5 @@ void EditActions::show(HistoryState const& state)
     redo->setText(tr("&Redo %1").arg(redone));
     setHelp(*redo, tr("Redo %1").arg(redone));
 }
+
+#include "editor/view/window/moc_EditActions.cpp"

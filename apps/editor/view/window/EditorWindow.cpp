@@ -336,3 +336,5 @@ void EditorWindow::updateTitle()
     setWindowTitle(project + "[*] — Remap Color");
     setWindowModified(document.isModified());
 }
+
+#include "editor/view/window/moc_EditorWindow.cpp"

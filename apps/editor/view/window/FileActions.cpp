@@ -220,3 +220,5 @@ bool FileActions::mayDiscard()
     default: return false;
     }
 }
+
+#include "editor/view/window/moc_FileActions.cpp"

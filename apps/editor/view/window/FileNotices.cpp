@@ -136,3 +136,5 @@ void FileNotices::lookAtPicture()
         bar.offer(Subject::Picture, tr("%1 is gone from its folder.").arg(nameOf(picture)), {});
     }
 }
+
+#include "editor/view/window/moc_FileNotices.cpp"

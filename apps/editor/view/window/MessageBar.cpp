@@ -69,3 +69,5 @@ void MessageBar::choose(Subject subject, int choice)
 {
     getRow(subject).choose(choice);
 }
+
+#include "editor/view/window/moc_MessageBar.cpp"

@@ -85,3 +85,5 @@ void MessageRow::close()
     clear();
     emit closed();
 }
+
+#include "editor/view/window/moc_MessageRow.cpp"

@@ -65,3 +65,5 @@ void ReadingState::showText()
                               : QString::fromUtf8("…");
     text->setText(tr("reading %1%2").arg(QString::fromStdString(name), share));
 }
+
+#include "editor/view/window/moc_ReadingState.cpp"

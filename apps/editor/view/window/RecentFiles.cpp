@@ -129,3 +129,5 @@ void RecentFiles::check()
         }
     }).detach();
 }
+
+#include "editor/view/window/moc_RecentFiles.cpp"

@@ -135,3 +135,5 @@ void RecoveryKeeper::discard()
     left.pop_front();
     offerNext();
 }
+
+#include "editor/view/window/moc_RecoveryKeeper.cpp"

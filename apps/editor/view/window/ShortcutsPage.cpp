@@ -75,3 +75,5 @@ ShortcutsPage::ShortcutsPage(QMenuBar const& menus, Panels const& panels, QWidge
     layout->addWidget(page);
     resize(600, 680);
 }
+
+#include "editor/view/window/moc_ShortcutsPage.cpp"

@@ -79,3 +79,5 @@ void WindowLayout::reset()
     window.restoreState(first);
     giveSizes();
 }
+
+#include "editor/view/window/moc_WindowLayout.cpp"
