@@ -159,8 +159,10 @@ void Document::setNumbers(std::string const& label, std::vector<std::string> con
 {
     NodeValues states;
     for (std::string const& name : names) {
-        states.emplace(name,
-                       std::visit(WithNumber{time, number}, *getNode().getValue(name)->getState()));
+        auto const value = getNode().getValue(name);
+        ValueState const state = std::visit(WithNumber{time, number}, *value->getState());
+        value->check(state);
+        states.emplace(name, state);
     }
     edit(label, states);
 }

@@ -53,7 +53,8 @@ public:
     /// One step of the history. Throws ValueError, having changed nothing.
     void edit(std::string const& label, NodeValues const& states);
 
-    /// The same with a number for each name; a switch is on unless it is 0.
+    /// The same with a number for each name; a switch is on unless it is 0. Of several that refuse
+    /// it, the first of `names` says why.
     void setNumbers(std::string const& label, std::vector<std::string> const& names, double number);
 
     double getNumber(std::string const& name) const;

@@ -1,9 +1,9 @@
 #include "editor/view/curves/CurvePanel.h"
 
 #include "editor/model/curves/CurveHints.h"
-#include "editor/view/curves/FittedLabel.h"
 #include "editor/view/curves/KeyBar.h"
 #include "editor/view/time/KeyButton.h"
+#include "editor/view/window/FittedLabel.h"
 #include "editor/view/window/Theme.h"
 
 #include <QButtonGroup>

@@ -41,6 +41,7 @@ KeyHelps NumberField::getKeyHelps()
     return {{tr("Type"), tr("a number or a sum, such as 0.18*2")},
             {tr("Drag sideways"), tr("change it; Ctrl finely, Shift coarsely")},
             {tr("Up, Down, wheel"), tr("a step, while it has the focus")},
+            {tr("Double-click"), tr("reset the parameter")},
             {tr("Esc"), tr("take back what was typed or dragged")}};
 }
 
@@ -170,6 +171,14 @@ void NumberField::mouseReleaseEvent(QMouseEvent* event)
         selectAll();
     }
     QLineEdit::mouseReleaseEvent(event);
+}
+
+void NumberField::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    QLineEdit::mouseDoubleClickEvent(event);
+    if (event->button() == Qt::LeftButton) {
+        emit doubleClicked();
+    }
 }
 
 void NumberField::wheelEvent(QWheelEvent* event)

@@ -33,6 +33,7 @@ signals:
     void dragged(double number);
     void dragEnded();
     void dragAbandoned();
+    void doubleClicked();
 
 protected:
     /// What has been typed.
@@ -42,6 +43,7 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;

@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QToolButton>
 #include <algorithm>
+#include <iterator>
 
 namespace {
 
@@ -20,6 +21,12 @@ constexpr int nbChannels = 3;
 std::string makeEditLabel(std::string const& name)
 {
     return "Set " + name;
+}
+
+/// The row's name if it is set as a whole.
+std::string const& nameTogether(ParameterRow const& row, std::vector<std::string> const& together)
+{
+    return together.size() > 1 ? row.name : together.front();
 }
 
 QString const channelLetters[] = {"R", "G", "B"};
@@ -103,7 +110,7 @@ void ParameterPanel::addRow(QGridLayout& grid, int place, ParameterRow const& ro
     ShownRow shown{row, {}, {}, {}};
     auto* const label = new RowLabel(QString::fromStdString(row.label), this);
     label->setToolTip(tr("Double click to reset"));
-    connect(label, &RowLabel::doubleClicked, this, [this, row] { reset(row); });
+    connect(label, &RowLabel::doubleClicked, this, [this, row] { reset(row.name, row.names); });
     grid.addWidget(label, place, Label);
     shown.widgets.push_back(label);
     switch (row.kind) {
@@ -200,7 +207,8 @@ void ParameterPanel::addReset(QGridLayout& grid, int place, ShownRow& shown)
     button->setAutoRaise(true);
     button->setToolTip(tr("Reset %1").arg(QString::fromStdString(shown.row.label)));
     button->setAccessibleName(button->toolTip());
-    connect(button, &QToolButton::clicked, this, [this, row = shown.row] { reset(row); });
+    connect(button, &QToolButton::clicked, this,
+            [this, row = shown.row] { reset(row.name, row.names); });
     grid.addWidget(button, place, Reset);
     shown.widgets.push_back(button);
     shown.refresh = [this, button, row = shown.row, before = shown.refresh] {
@@ -219,6 +227,10 @@ void ParameterPanel::connectField(NumberField* field, ParameterRow const& row,
     };
     connect(field, &NumberField::entered, this, set);
     connect(field, &NumberField::dragged, this, set);
+    connect(field, &NumberField::doubleClicked, this, [this, row, name] {
+        std::vector<std::string> const together = listTogether(row, name);
+        reset(nameTogether(row, together), together);
+    });
     connect(field, &NumberField::dragBegan, this,
             [this, row] { document.beginDrag(makeEditLabel(row.name)); });
     connect(field, &NumberField::dragEnded, this, [this] { document.endDrag(); });
@@ -228,26 +240,37 @@ void ParameterPanel::connectField(NumberField* field, ParameterRow const& row,
 void ParameterPanel::setNumber(NumberField* field, ParameterRow const& row, std::string const& name,
                                double number)
 {
-    bool const isLinked = !row.link.empty() && document.getNumber(row.link) != 0.0;
+    std::vector<std::string> const together = listTogether(row, name);
     try {
-        document.setNumbers(makeEditLabel(isLinked ? row.name : name),
-                            isLinked ? row.names : std::vector{name}, number);
+        document.setNumbers(makeEditLabel(nameTogether(row, together)), together, number);
         field->showNumber(document.getNumber(name)); // "1+1" that is 2 already
     } catch (ValueError const& error) {
         field->refuse(QString::fromStdString(error.what()));
     }
 }
 
-void ParameterPanel::reset(ParameterRow const& row)
+/// What is set with the value: itself first, then those that are linked to it.
+std::vector<std::string> ParameterPanel::listTogether(ParameterRow const& row,
+                                                      std::string const& name) const
+{
+    std::vector<std::string> together{name};
+    if (!row.link.empty() && document.getNumber(row.link) != 0.0) {
+        std::copy_if(row.names.begin(), row.names.end(), std::back_inserter(together),
+                     [&](std::string const& other) { return other != name; });
+    }
+    return together;
+}
+
+void ParameterPanel::reset(std::string const& title, std::vector<std::string> const& names)
 {
     NodeValues states;
     bool isChanged = false;
-    for (std::string const& name : row.names) {
+    for (std::string const& name : names) {
         states.emplace(name, defaults.at(name));
         isChanged = isChanged || !isDefault(name);
     }
     if (isChanged) {
-        document.edit("Reset " + row.name, states);
+        document.edit("Reset " + title, states);
     }
 }
 

@@ -45,7 +45,8 @@ private:
     void connectField(NumberField* field, ParameterRow const& row, std::string const& name);
     void setNumber(NumberField* field, ParameterRow const& row, std::string const& name,
                    double number);
-    void reset(ParameterRow const& row);
+    std::vector<std::string> listTogether(ParameterRow const& row, std::string const& name) const;
+    void reset(std::string const& title, std::vector<std::string> const& names);
     bool isDefault(std::string const& name) const;
     void refresh();
 

@@ -9,6 +9,8 @@
 
 namespace {
 
+constexpr int mostNameWidth = 170; // the pixel's values need the room
+
 QString formatWindow(GeRectangle<int> const& window)
 {
     return QString::fromUtf8("%1 × %2").arg(window.getWidth()).arg(window.getHeight());
@@ -143,7 +145,8 @@ void PicturePanel::showView()
 
 void PicturePanel::tellView()
 {
-    QStringList parts{QString::fromStdString(plate.getFile().filename().string())};
+    QString const name = QString::fromStdString(makePrintable(plate.getFile().filename().string()));
+    QStringList parts{fontMetrics().elidedText(name, Qt::ElideMiddle, mostNameWidth)};
     if (plate.getPicture() != nullptr) {
         double const percent = picture->getZoom() * 100.0;
         parts << formatWindow(plate.getPicture()->info.dataWindow)
@@ -153,7 +156,7 @@ void PicturePanel::tellView()
     } else {
         parts << tr("no picture");
     }
-    emit viewTextChanged(parts.join("   "));
+    emit viewTextChanged(parts.join("   "), name);
 }
 
 void PicturePanel::showPixel()

@@ -41,8 +41,8 @@ signals:
     void failed(std::exception_ptr const& failure);
     /// The pixel under the cursor; empty for none.
     void pixelTextChanged(QString const& text);
-    /// The picture and how it is looked at.
-    void viewTextChanged(QString const& text);
+    /// The picture and how it is looked at, and the file's whole name.
+    void viewTextChanged(QString const& text, QString const& name);
 
 private:
     void takePlate(PlateNotice const& notice);

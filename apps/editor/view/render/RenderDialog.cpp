@@ -1,5 +1,6 @@
 #include "editor/view/render/RenderDialog.h"
 
+#include "editor/view/window/FittedLabel.h"
 #include "editor/view/window/Theme.h"
 #include "files/PrintableText.h"
 #include "session/Failures.h"
@@ -24,12 +25,13 @@
 
 namespace {
 
-constexpr int linesOfCommand = 4;
+constexpr int linesOfCommand = 6;
 constexpr int linesOfMessages = 5;
 
-QPlainTextEdit* makeText(QString const& name, int lines, QWidget* parent)
+QPlainTextEdit* makeText(QString const& name, int lines, QFont const& font, QWidget* parent)
 {
     auto* const text = new QPlainTextEdit(parent);
+    text->setFont(font);
     text->setReadOnly(true);
     text->setAccessibleName(name);
     text->setTabChangesFocus(true);
@@ -47,11 +49,14 @@ std::string getWord(QComboBox const* choice)
 RenderDialog::RenderDialog(Document& editedDocument, Plate& shownPlate, Timeline& shownTimeline,
                            QAction* saveAction, QWidget* parent)
     : QDialog(parent), document(editedDocument), plate(shownPlate), timeline(shownTimeline),
-      input(new QLabel(this)), output(new QLineEdit(this)), frames(new QLineEdit(this)),
-      command(makeText(tr("The command line that does the same"), linesOfCommand, this)),
+      input(new FittedLabel(this, Qt::ElideMiddle)), output(new QLineEdit(this)),
+      frames(new QLineEdit(this)),
+      command(makeText(tr("The command line that does the same"), linesOfCommand,
+                       QFontDatabase::systemFont(QFontDatabase::FixedFont), this)),
       commandNote(new QLabel(this)), copy(new QPushButton(tr("&Copy"), this)),
       save(new QPushButton(tr("&Save project"), this)), progress(new QProgressBar(this)),
-      state(new QLabel(this)), messages(makeText(tr("What was said"), linesOfMessages, this))
+      state(new QLabel(this)),
+      messages(makeText(tr("What was said"), linesOfMessages, font(), this))
 {
     setWindowTitle(tr("Render"));
     resize(640, 480);
@@ -60,7 +65,6 @@ RenderDialog::RenderDialog(Document& editedDocument, Plate& shownPlate, Timeline
     whole->addLayout(form);
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     form->setLabelAlignment(Qt::AlignRight);
-    input->setTextFormat(Qt::PlainText);
     input->setTextInteractionFlags(Qt::TextSelectableByMouse);
     input->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     state->setTextFormat(Qt::PlainText);
@@ -155,7 +159,6 @@ QWidget* RenderDialog::makeCommandRow(QAction* saveAction)
     whole->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     auto* const column = new QVBoxLayout(whole);
     column->setContentsMargins(0, 0, 0, 0);
-    command->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     command->setPlaceholderText(tr("is shown once the project is saved"));
     column->addWidget(command);
     auto* const row = new QHBoxLayout();
@@ -214,8 +217,8 @@ void RenderDialog::showDefaults()
         output->setText(QString::fromStdString(suggested.string()));
         frames->clear();
     }
-    input->setText(name.empty() ? tr("no picture is open") : QString::fromStdString(name));
-    input->setToolTip(input->text());
+    input->setLines(name.empty() ? tr("no picture is open")
+                                 : QString::fromStdString(makePrintable(name)));
     frames->setEnabled(plate.isSequence());
     frames->setPlaceholderText(plate.isSequence() ? tr("all that there are")
                                                   : tr("the picture that is shown"));

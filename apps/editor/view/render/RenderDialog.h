@@ -7,6 +7,7 @@
 #include <QDialog>
 
 class QAction;
+class FittedLabel;
 class QComboBox;
 class QFormLayout;
 class QLabel;
@@ -55,7 +56,7 @@ private:
     std::string shownInput;
     bool wasRunning = false;
 
-    QLabel* input;
+    FittedLabel* input;
     QLineEdit* output;
     QLineEdit* frames;
     QComboBox* existing = nullptr;

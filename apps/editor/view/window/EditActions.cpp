@@ -2,6 +2,22 @@
 
 #include "editor/view/window/Actions.h"
 
+namespace {
+
+/// What was done is an order as well: "Undo: open project".
+void say(QAction& action, QString const& what, bool isPossible, std::string const& label)
+{
+    QString done = QString::fromStdString(label);
+    if (!done.isEmpty()) {
+        done.front() = done.front().toLower();
+    }
+    action.setEnabled(isPossible);
+    action.setText(isPossible ? what + ": " + done : what);
+    setHelp(action, action.text().remove('&'));
+}
+
+} // namespace
+
 EditActions::EditActions(Document& editedDocument, QWidget* window)
     : QObject(window), document(editedDocument),
       undo(makeAction(window, {tr("&Undo"), {}, {QKeySequence::Undo}, tr("Undo")},
@@ -17,14 +33,8 @@ EditActions::EditActions(Document& editedDocument, QWidget* window)
 
 void EditActions::show(HistoryState const& state)
 {
-    QString const undone = QString::fromStdString(state.undoLabel);
-    QString const redone = QString::fromStdString(state.redoLabel);
-    undo->setEnabled(state.canUndo);
-    undo->setText(tr("&Undo %1").arg(undone));
-    setHelp(*undo, tr("Undo %1").arg(undone));
-    redo->setEnabled(state.canRedo);
-    redo->setText(tr("&Redo %1").arg(redone));
-    setHelp(*redo, tr("Redo %1").arg(redone));
+    say(*undo, tr("&Undo"), state.canUndo, state.undoLabel);
+    say(*redo, tr("&Redo"), state.canRedo, state.redoLabel);
 }
 
 #include "editor/view/window/moc_EditActions.cpp"

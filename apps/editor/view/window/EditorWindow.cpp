@@ -166,6 +166,7 @@ QDockWidget* EditorWindow::makePanel(QString const& title, QString const& name, 
     auto* const dock = new QDockWidget(title, this);
     dock->setObjectName(name);
     dock->setWidget(panel);
+    dock->installEventFilter(this);
     return dock;
 }
 
@@ -256,7 +257,11 @@ void EditorWindow::buildStatusBar()
     statusBar()->addPermanentWidget(reading);
     statusBar()->addPermanentWidget(pictureText);
     connect(picture, &PicturePanel::pixelTextChanged, pixelText, &QLabel::setText);
-    connect(picture, &PicturePanel::viewTextChanged, pictureText, &QLabel::setText);
+    connect(picture, &PicturePanel::viewTextChanged, pictureText,
+            [pictureText](QString const& text, QString const& name) {
+                pictureText->setText(text);
+                pictureText->setToolTip(name);
+            });
 }
 
 void EditorWindow::openPicture(std::filesystem::path const& file)
@@ -313,6 +318,17 @@ void EditorWindow::keyPressEvent(QKeyEvent* event)
     } else {
         QMainWindow::keyPressEvent(event);
     }
+}
+
+/// What a floating panel has not used a key for, either: it is a window by itself.
+bool EditorWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    auto const* const panel = qobject_cast<QDockWidget*>(watched);
+    if (panel != nullptr && panel->isFloating() && event->type() == QEvent::KeyPress) {
+        keyPressEvent(static_cast<QKeyEvent*>(event));
+        return event->isAccepted();
+    }
+    return QMainWindow::eventFilter(watched, event);
 }
 
 void EditorWindow::dragEnterEvent(QDragEnterEvent* event)

@@ -8,10 +8,21 @@
 
 namespace {
 
-/// Names of files have no blanks, but may be broken after their folders.
-QString makeBreakable(QString text)
+/// Names of files have no blanks, but may be broken after their folders, and where they are long.
+QString makeBreakable(QString const& text)
 {
-    return text.replace('/', "/" + QString(QChar(0x200b)));
+    constexpr int mostTogether = 16; // letters
+    QString broken;
+    int together = 0;
+    for (QChar const letter : text) {
+        broken += letter;
+        together = letter.isSpace() ? 0 : together + 1;
+        if (letter == '/' || (together >= mostTogether && !letter.isHighSurrogate())) {
+            broken += QChar(0x200b); // a space without width
+            together = 0;
+        }
+    }
+    return broken;
 }
 
 } // namespace

@@ -9,9 +9,10 @@
 
 namespace {
 
-QString withoutMarks(QString text)
+/// What an action does at all; what it would do right now may stand after a colon.
+QString withoutMarks(QString const& text)
 {
-    return text.remove('&').remove(QString::fromUtf8("…"));
+    return text.section(": ", 0, 0).remove('&').remove(QString::fromUtf8("…"));
 }
 
 KeyHelps listKeys(QMenu const& menu)

@@ -84,6 +84,22 @@ TEST_F(RecoveryTest, NothingIsLeftOfProgramsThatEndInOrderOrStillRun)
     EXPECT_TRUE(fs::is_empty(place));
 }
 
+TEST_F(RecoveryTest, WhatAKilledProgramWasWritingGoesAfterADay)
+{
+    fs::create_directories(place);
+    std::string const tail = ".0123456789abcdef.tmp.json";
+    for (auto const& [name, hours] : {std::pair(".old", 25), std::pair(".young", 23)}) {
+        fs::path const file = place / (name + tail);
+        saveBytes(file, "{");
+        fs::last_write_time(file, fs::file_time_type::clock::now() - std::chrono::hours(hours));
+    }
+    recovery = makeRecovery();
+    recovery->keep(work);
+    recovery.reset();
+    EXPECT_FALSE(fs::exists(place / (".old" + tail)));
+    EXPECT_TRUE(fs::exists(place / (".young" + tail)));
+}
+
 TEST_F(RecoveryTest, DamagedFilesAreSaidToBe)
 {
     keepAndDie(work);

@@ -85,6 +85,29 @@ TEST_F(ParameterPanelTest, LinkedChannelsAreSetTogetherAndResetInOneStep)
     EXPECT_EQ(countSteps(), before + 1);
 }
 
+TEST_F(ParameterPanelTest, DoubleClickOnAFieldResetsWhatItSets)
+{
+    enter("Linear.Gamma.Red", "2");
+    QTest::mouseClick(&findNamed<QCheckBox>("Link the channels of Gamma"), Qt::LeftButton);
+    QTest::mouseDClick(&field("Linear.Gamma.Green"), Qt::LeftButton);
+    EXPECT_EQ(gammas(), (Numbers{2.0, 1.0, 2.0}));
+    QTest::mouseClick(&findNamed<QCheckBox>("Link the channels of Gamma"), Qt::LeftButton);
+    QTest::mouseDClick(&field("Linear.Gamma.Red"), Qt::LeftButton);
+    EXPECT_EQ(gammas(), (Numbers{1.0, 1.0, 1.0}));
+    EXPECT_EQ(document.getHistory().getUndoLabel(), "Reset Linear.Gamma");
+}
+
+TEST_F(ParameterPanelTest, RefusalNamesTheInputThatWasTypedInto)
+{
+    document.setNumbers("", {"Mode"}, 1);
+    for (char const* const name :
+         {"EXRDisplay.Defog.Red", "EXRDisplay.Defog.Green", "EXRDisplay.Defog.Blue"}) {
+        enter(name, "-1");
+        EXPECT_TRUE(field(name).toolTip().contains(name)) << field(name).toolTip().toStdString();
+        EXPECT_EQ(document.getNumber(name), 0.0);
+    }
+}
+
 TEST_F(ParameterPanelTest, WheelTurnsOnlyWhatHasTheFocusAndRangesAreKept)
 {
     NumberField& mix = field("Mix");

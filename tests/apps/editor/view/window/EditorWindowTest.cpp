@@ -5,10 +5,12 @@
 #include "editor/model/document/UserFolders.h"
 
 #include <QDropEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QStatusBar>
 #include <QTest>
 #include <QWheelEvent>
 #include <fstream>
@@ -134,6 +136,25 @@ TEST_F(EditorWindowTest, WhatCannotBeReadIsSaidAndWhatWasOpenStays)
     EXPECT_TRUE(window->getBar().getText().contains("look.json"));
     QTest::qWait(0);
     EXPECT_EQ(window->windowTitle(), shown);
+}
+
+TEST_F(EditorWindowTest, LongNamesTakeNoRoomFromWhatMattersMore)
+{
+    std::string const longName(200, 'n');
+    fs::copy_file(scene, folder / (longName + ".exr"));
+    open(folder / (longName + ".exr"));
+    window->openPicture(folder / (longName + ".gone"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !window->getBar().getText().isEmpty(); },
+                                longestWaitMilliseconds));
+    window->resize(700, 560);
+    QTest::qWait(0);
+    for (QLabel* const label : window->getBar().findChildren<QLabel*>()) {
+        QRect const wrapped = label->fontMetrics().boundingRect({0, 0, label->width(), 10000},
+                                                                Qt::TextWordWrap, label->text());
+        EXPECT_LE(wrapped.width(), label->width()) << label->text().toStdString();
+    }
+    constexpr int ofThePixel = 300; // of 700
+    EXPECT_GE(window->statusBar()->findChildren<QLabel*>().front()->width(), ofThePixel);
 }
 
 TEST_F(EditorWindowTest, WhatIsDroppedIsOpened)

@@ -78,10 +78,14 @@ TEST_F(ReachTest, WhatTakesKeysHasANameAndButtonsHaveATipWithTheirKey)
 
 TEST_F(ReachTest, NoKeyHasTwoMeaningsAndAllAreOnThePage)
 {
+    window.getDocument().setNumbers("Open project", {"Mix"}, 0.5);
     QTest::keyClick(&window, Qt::Key_F1);
     auto const* const page = window.findChild<QTextBrowser*>();
     ASSERT_NE(page, nullptr);
     QString const text = page->toPlainText();
+    EXPECT_TRUE(text.contains("Ctrl+Z\nUndo\n")) << text.toStdString();
+    EXPECT_EQ(window.menuBar()->actions()[1]->menu()->actions().front()->text(),
+              "&Undo: open project");
     std::map<QWidget const*, std::set<QString>> taken;
     for (QAction const* const action : listOffered()) {
         for (QKeySequence const& keys : action->shortcuts()) {

@@ -6,6 +6,7 @@
 #include "apps/editor/ShotFixture.h"
 #include "editor/view/window/EditorWindow.h"
 
+#include <QDockWidget>
 #include <QTest>
 #include <QToolButton>
 
@@ -40,6 +41,7 @@ TEST_F(ReadingStateTest, LongReadingIsSaidAndEscapeGivesItUpWhereverTheFocusIs)
     auto const before = shown;
     QWidget* const field = window.getParameters().findField("Mix");
     QWidget* const button = window.getReadingState().findChild<QToolButton*>();
+    window.findChild<QDockWidget*>("parameters")->setFloating(true);
     for (QWidget* const focus :
          std::initializer_list<QWidget*>{&window.getPicture(), &window.getCurvePanel().getCurves(),
                                          &window.getTimePanel().getRuler(), field, button}) {

@@ -2,12 +2,12 @@
 
 #include <QLabel>
 
-/// Lines that ask for no room: what does not fit ends in dots and is whole in the tip.
+/// Lines that ask for no room: of what does not fit, dots stand for a part, and the tip has all.
 class FittedLabel : public QLabel {
     Q_OBJECT
 
 public:
-    explicit FittedLabel(QWidget* parent);
+    explicit FittedLabel(QWidget* parent, Qt::TextElideMode leftOut = Qt::ElideRight);
 
     void setLines(QString const& lines);
 
@@ -21,4 +21,5 @@ private:
     void fit();
 
     QString whole;
+    Qt::TextElideMode mode;
 };

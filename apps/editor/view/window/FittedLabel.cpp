@@ -1,6 +1,6 @@
-#include "editor/view/curves/FittedLabel.h"
+#include "editor/view/window/FittedLabel.h"
 
-FittedLabel::FittedLabel(QWidget* parent) : QLabel(parent)
+FittedLabel::FittedLabel(QWidget* parent, Qt::TextElideMode leftOut) : QLabel(parent), mode(leftOut)
 {
     setTextFormat(Qt::PlainText);
 }
@@ -23,9 +23,9 @@ void FittedLabel::fit()
 {
     QStringList lines = whole.split('\n');
     for (QString& line : lines) {
-        line = fontMetrics().elidedText(line, Qt::ElideRight, width());
+        line = fontMetrics().elidedText(line, mode, width());
     }
     setText(lines.join('\n'));
 }
 
-#include "editor/view/curves/moc_FittedLabel.cpp"
+#include "editor/view/window/moc_FittedLabel.cpp"
