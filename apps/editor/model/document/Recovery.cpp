@@ -2,6 +2,7 @@
 
 #include "editor/model/document/UserThread.h"
 #include "files/FileError.h"
+#include "files/PrintableText.h"
 #include "runtime/project/Project.h"
 
 #include <algorithm>
@@ -178,6 +179,11 @@ void Recovery::write(UnsavedWork const& work)
         }
         std::error_code failure;
         std::filesystem::create_directories(folder, failure);
+        if (failure) {
+            throw FileError(FileError::Fault::Surroundings,
+                            "the folder " + quoteFile(folder) +
+                                " cannot be made: " + describeSystemError(failure.value()));
+        }
         if (!lock.isHeld()) {
             lock = LockFile(lockOf(place), describeThisProcess());
         }

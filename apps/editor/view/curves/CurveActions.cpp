@@ -8,6 +8,8 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMenu>
+#include <algorithm>
+#include <numeric>
 
 namespace {
 
@@ -84,6 +86,8 @@ void CurveActions::buildCurveActions()
          tr("To the three curves"),
          {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_V)}},
         [this] { paste(CurveEditor::Target::All); });
+    add(list, {tr("Add &key"), tr("Halfway to the next; the shape stays"), {Qt::Key_Insert}},
+        [this] { insertHalfway(); });
     add(list, {tr("P&resets…"), tr("Curves that are kept by name")}, [this] { openPresets(); });
     addSeparator(list);
     add(list, {tr("&Straight"), tr("Lines from key to key")},
@@ -206,6 +210,20 @@ void CurveActions::paste(CurveEditor::Target target)
         model.editor.paste(QGuiApplication::clipboard()->text().trimmed().toStdString(), target);
     } catch (ValueError const& error) {
         throw ValueError("the clipboard has no curve: " + std::string(error.what()));
+    }
+}
+
+/// From the selected key to the next one, or between the last two.
+void CurveActions::insertHalfway()
+{
+    int const lead = model.editor.getLead();
+    CurvePoints const points = model.editor.getCurve(lead);
+    std::size_t const nbKeys = CurveEditing::countKeys(points);
+    if (nbKeys > 1) {
+        CurveEditing::Selection const& keys = model.editor.getSelection(lead);
+        std::size_t const from = std::min(keys.empty() ? 0 : keys.back(), nbKeys - 2);
+        model.editor.insertKey(lead, std::midpoint(CurveEditing::getKey(points, from).x,
+                                                   CurveEditing::getKey(points, from + 1).x));
     }
 }
 

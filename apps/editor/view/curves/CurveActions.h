@@ -37,6 +37,7 @@ private:
     void buildShowActions();
     void copy();
     void paste(CurveEditor::Target target);
+    void insertHalfway();
     void openPresets();
     void openOffset();
     void openMenu(QPoint const& place, QPoint const& onScreen);

@@ -133,17 +133,19 @@ QWidget* CurvePanel::makeLine()
 
 KeyHelps CurvePanel::getKeyHelps() const
 {
-    return {{tr("Click on a curve"), tr("add a key, the shape stays")},
-            {tr("Drag"), tr("move the key or handle; from an empty place, select the keys within")},
-            {tr("Shift and drag"), tr("along one axis")},
-            {tr("Alt and drag"), tr("a handle alone; a key's handles out of it; the graph")},
-            {tr("Ctrl and click on a key"), tr("select it besides the others, or no more")},
-            {tr("Double-click on a key"), tr("reset its handles")},
-            {tr("Arrows"), tr("nudge the selected keys; Shift tenfold, Ctrl a tenth")},
-            {tr("Tab, Shift+Tab"), tr("the next or previous key")},
-            {tr("Wheel"), tr("zoom; Shift along x, Ctrl along y, Alt the histogram's height")},
-            {tr("Middle button, wheel sideways"), tr("pan")},
-            {tr("Esc"), tr("take back what is being dragged; select nothing")}};
+    return {
+        {tr("Click on a curve"), tr("add a key, the shape stays")},
+        {tr("Drag"), tr("move the key or handle; from an empty place, select the keys within")},
+        {tr("Shift and drag"), tr("along one axis")},
+        {tr("Alt and drag"), tr("a handle alone; a key's handles out of it; the graph")},
+        {tr("Ctrl and click on a key"), tr("select it besides the others, or no more")},
+        {tr("Double-click on a key"), tr("reset its handles")},
+        {tr("Arrows"), tr("nudge the selected keys; Shift tenfold, Ctrl a tenth")},
+        {tr("Alt+Arrows"), tr("nudge the handle after the selected keys; Shift the one before")},
+        {tr("Tab, Shift+Tab"), tr("the next or previous key")},
+        {tr("Wheel"), tr("zoom; Shift along x, Ctrl along y, Alt the histogram's height")},
+        {tr("Middle button, wheel sideways"), tr("pan")},
+        {tr("Esc"), tr("take back what is being dragged; select nothing")}};
 }
 
 void CurvePanel::addPickActions(QMenu& menu, int number)

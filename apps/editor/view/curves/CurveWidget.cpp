@@ -32,9 +32,19 @@ float findNudgeFactor(Qt::KeyboardModifiers modifiers)
     return modifiers & Qt::ShiftModifier ? 10.0F : modifiers & Qt::ControlModifier ? 0.1F : 1.0F;
 }
 
+bool isVertical(int key)
+{
+    return key == Qt::Key_Up || key == Qt::Key_Down;
+}
+
+bool isForward(int key)
+{
+    return key == Qt::Key_Right || key == Qt::Key_Up;
+}
+
 bool isArrow(int key)
 {
-    return key == Qt::Key_Left || key == Qt::Key_Right || key == Qt::Key_Up || key == Qt::Key_Down;
+    return isVertical(key) || key == Qt::Key_Left || key == Qt::Key_Right;
 }
 
 /// Six digits at most; what is no number by name.
@@ -291,6 +301,7 @@ void CurveWidget::continueDrag(QPointF const& place, Qt::KeyboardModifiers modif
         selectWithin(band->normalized());
     } else {
         dragGrip(place, modifiers);
+        cursorAt = place;
         emit pointed(describe(place));
     }
 }
@@ -373,6 +384,7 @@ void CurveWidget::giveUp()
     drag = Drag::None;
     gripped.reset();
     band.reset();
+    tellPointed();
     update();
 }
 
@@ -390,6 +402,15 @@ void CurveWidget::hover(QPointF const& place)
                                          : Qt::ArrowCursor);
     emit pointed(describe(place));
     update();
+}
+
+/// What lies below the cursor may have moved.
+void CurveWidget::tellPointed()
+{
+    if (drag == Drag::None && cursorAt.has_value()) {
+        gripped.reset();
+        hover(*cursorAt);
+    }
 }
 
 void CurveWidget::unhover()
@@ -451,9 +472,7 @@ void CurveWidget::zoom(QPointF const& about, double factorX, double factorY)
     double const x = std::max(about.x(), scale.getStart());
     setRange(zoomRange(shownAxis, scale.getRange(), scale.toCoordinateOfPlace(x),
                        scale.toY(about.y()), factorX, factorY));
-    if (cursorAt.has_value()) {
-        hover(*cursorAt);
-    }
+    tellPointed();
 }
 
 void CurveWidget::wheelEvent(QWheelEvent* event)
@@ -524,6 +543,9 @@ void CurveWidget::keyPressEvent(QKeyEvent* event)
         giveUp();
     } else if (drag != Drag::None) {
         event->accept(); // the drag ends first
+    } else if (isArrow(event->key()) && event->modifiers() & Qt::AltModifier) {
+        nudgeHandle(event->key(),
+                    event->modifiers() & Qt::ShiftModifier ? Side::Incoming : Side::Outgoing);
     } else if (isArrow(event->key())) {
         attempt([&] { nudge(event->key(), event->modifiers()); });
     } else if (QAction* const action = findAction(*event)) {
@@ -536,10 +558,9 @@ void CurveWidget::keyPressEvent(QKeyEvent* event)
 void CurveWidget::nudge(int key, Qt::KeyboardModifiers modifiers)
 {
     float const factor = findNudgeFactor(modifiers);
-    bool const isUpwards = key == Qt::Key_Right || key == Qt::Key_Up;
-    float const sign = isUpwards ? factor : -factor;
+    float const sign = isForward(key) ? factor : -factor;
     Move move;
-    if (key == Qt::Key_Up || key == Qt::Key_Down) {
+    if (isVertical(key)) {
         move.dy = sign * nudgeStep;
     } else if (shownAxis == CurveAxis::Stops) {
         move.factor = std::exp2(sign * nudgeStops);
@@ -547,6 +568,30 @@ void CurveWidget::nudge(int key, Qt::KeyboardModifiers modifiers)
         move.dx = sign * nudgeStep;
     }
     model.editor.moveSelected("Nudge", move);
+}
+
+/// The selected keys' handles on one side; the others follow as in a drag.
+void CurveWidget::nudgeHandle(int key, Side side)
+{
+    if (!model.editor.hasSelection()) {
+        return;
+    }
+    float const sign = isForward(key) ? 1.0F : -1.0F;
+    float dx = isVertical(key) ? 0.0F : sign * nudgeStep;
+    if (shownAxis == CurveAxis::Stops) {
+        int const lead = model.editor.getLead();
+        float const x =
+            CurveEditing::getCountingHandle(model.editor.getCurve(lead),
+                                            model.editor.getSelection(lead).front(), side)
+                .x;
+        dx *= std::max(x, nudgeStep) * nudgeStops / nudgeStep;
+    }
+    model.editor.beginDrag("Move handle");
+    attempt([&] {
+        model.editor.dragHandle(side, dx, isVertical(key) ? sign * nudgeStep : 0.0F,
+                                CurveEditor::Other::Follows);
+    });
+    model.editor.endDrag();
 }
 
 /// Tab goes from key to key and then on to the next widget.

@@ -61,8 +61,10 @@ private:
     void zoom(QPointF const& about, double factorX, double factorY);
     void zoomByWheel(QWheelEvent const& event);
     void nudge(int key, Qt::KeyboardModifiers modifiers);
+    void nudgeHandle(int key, CurveEditing::Side side);
     void giveUp();
     void hover(QPointF const& place);
+    void tellPointed();
     void unhover();
     QString describe(QPointF const& place) const;
     void selectWithin(QRectF const& band);
@@ -80,7 +82,10 @@ private:
     std::optional<CurveGrip> hovered;
     std::optional<int> hoveredCurve;
 
-    CbFunction<CurveEditor const> edited{[this](CurveEditor const&) { update(); }};
+    CbFunction<CurveEditor const> edited{[this](CurveEditor const&) {
+        tellPointed();
+        update();
+    }};
     CbFunction<CurveHistogram const> counted{[this](CurveHistogram const&) { update(); }};
     CbFunction<ValueChange const> changed{[this](ValueChange const&) { showDisplay(); }};
     CbFunction<PicksNotice const> picked{[this](PicksNotice const&) { update(); }};

@@ -391,9 +391,19 @@ void TimeRuler::drawScale(QPainter& painter) const
         painter.setPen(Theme::frame);
         painter.drawLine(QPointF(x, scaleHeight - 5), QPointF(x, scaleHeight));
         painter.setPen(Theme::dimText);
-        painter.drawText(QRectF(x - labelWidth / 2, 0, labelWidth, scaleHeight - 4),
-                         Qt::AlignCenter, QString::number(frame));
+        drawNumber(painter, x, frame);
     }
+}
+
+/// Whole at the ends, too.
+void TimeRuler::drawNumber(QPainter& painter, double x, Frame frame) const
+{
+    constexpr double fromEdge = 2.0;
+    QString const number = QString::number(frame);
+    double const half = painter.fontMetrics().horizontalAdvance(number) / 2.0 + fromEdge;
+    double const middle =
+        std::clamp(x, std::min(half, width() / 2.0), std::max(width() - half, width() / 2.0));
+    painter.drawText(QRectF(middle - half, 0, 2 * half, scaleHeight - 4), Qt::AlignCenter, number);
 }
 
 /// Of some frames, what has to be known first.

@@ -67,6 +67,7 @@ private:
     void abandon();
     void refreshKeys();
     void drawScale(QPainter& painter) const;
+    void drawNumber(QPainter& painter, double x, Frame frame) const;
     void drawFrames(QPainter& painter) const;
     void drawKeys(QPainter& painter) const;
     void drawMoment(QPainter& painter) const;

@@ -388,6 +388,35 @@ TEST_F(CurvePanelTest, WhyCurvesDoNothingIsSaidAndMended)
     EXPECT_NE(describeMissedKeys(document).find("misses its key"), std::string::npos);
 }
 
+TEST_F(CurvePanelTest, KeysAreAddedAndHandlesMovedByTheKeyboard)
+{
+    auto const handle = [this](Side side) {
+        return CurveEditing::getHandle(document.getCurve(0), 1, side);
+    };
+    type(Qt::Key_Tab);
+    type(Qt::Key_Insert);
+    ASSERT_EQ(countKeys(), 4U);
+    EXPECT_EQ(key(1).x, 0.25F);
+    EXPECT_EQ(editor.getSelection(0), Selection{1});
+    auto const before = document.getCurve(0);
+    struct Case {
+        Qt::KeyboardModifiers keys;
+        Side side;
+    };
+    for (auto const& [keys, side] : {Case{Qt::AltModifier, Side::Outgoing},
+                                     Case{Qt::AltModifier | Qt::ShiftModifier, Side::Incoming}}) {
+        auto const from = handle(side);
+        type(Qt::Key_Up, keys);
+        type(Qt::Key_Left, keys);
+        EXPECT_FLOAT_EQ(handle(side).y, from.y + 0.005F);
+        EXPECT_FLOAT_EQ(handle(side).x, from.x - 0.005F);
+        EXPECT_EQ(key(1).x, 0.25F);
+        document.getHistory().undo();
+        document.getHistory().undo();
+        EXPECT_EQ(document.getCurve(0), before);
+    }
+}
+
 TEST_F(CurvePanelTest, KeysAreReachedByTabAndDescribedUnderTheCursor)
 {
     QSignalSpy pointed(&graph, &CurveWidget::pointed);
@@ -399,7 +428,17 @@ TEST_F(CurvePanelTest, KeysAreReachedByTabAndDescribedUnderTheCursor)
     type(Qt::Key_Backtab, Qt::ShiftModifier);
     EXPECT_EQ(editor.getSelection(0), Selection{1});
     send(QEvent::MouseMove, atKey(1), Qt::NoButton, {});
-    EXPECT_TRUE(pointed.last().front().toString().contains("key 2 of 3"));
+    QString const before = pointed.last().front().toString();
+    EXPECT_TRUE(before.contains("key 2 of 3"));
+    press(atKey(1));
+    move(atKey(1), atKey(1) + QPoint(0, 30));
+    EXPECT_NE(pointed.last().front().toString(), before);
+    type(Qt::Key_Escape);
+    send(QEvent::MouseMove, atKey(1), Qt::NoButton, {});
+    type(Qt::Key_Up);
+    EXPECT_TRUE(pointed.last().front().toString().contains("y 0.505"));
+    document.getHistory().undo();
+    EXPECT_EQ(pointed.last().front().toString(), before);
     EXPECT_EQ(graph.cursor().shape(), Qt::SizeAllCursor);
     send(QEvent::MouseMove, at(0.25F, 0.25F), Qt::NoButton, {});
     EXPECT_EQ(graph.cursor().shape(), Qt::PointingHandCursor);
