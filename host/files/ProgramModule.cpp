@@ -40,7 +40,7 @@ std::filesystem::path findModuleFile(std::string const& fileName)
 void* loadModuleFunction(std::string const& fileName, char const* function)
 {
     std::filesystem::path const file = findModuleFile(fileName);
-    void* const library = ::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* const library = ::dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL);
     void* const found = library == nullptr ? nullptr : ::dlsym(library, function);
     if (found == nullptr) {
         char const* const reason = ::dlerror();

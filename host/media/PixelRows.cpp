@@ -58,15 +58,3 @@ void unpremultiply(std::span<float> pixels)
         }
     }
 }
-
-unsigned toInteger(float value, unsigned largest)
-{
-    if (!(value > 0.F)) {
-        return 0; // NaN too
-    }
-    if (value >= 1.F) {
-        return largest;
-    }
-    // Double holds the product of a float and a 16-bit number without rounding.
-    return static_cast<unsigned>(std::lround(static_cast<double>(value) * largest));
-}

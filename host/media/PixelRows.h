@@ -18,5 +18,17 @@ void premultiply(std::span<float> pixels);
 /// infinite or NaN alone.
 void unpremultiply(std::span<float> pixels);
 
-/// Clamps to 0 to 1 (NaN becomes 0), scales to 0 to `largest` and rounds to nearest.
-unsigned toInteger(float value, unsigned largest);
+/// Clamps to 0 to 1 (NaN becomes 0), scales to 0 to `largest` (16 bits at most) and rounds to
+/// nearest.
+inline unsigned toInteger(float value, unsigned largest)
+{
+    if (!(value > 0.F)) {
+        return 0; // NaN too
+    }
+    if (value >= 1.F) {
+        return largest;
+    }
+    // Double holds the product of a float and a 16-bit number, and half of one more, without
+    // rounding. NOLINTNEXTLINE(bugprone-incorrect-roundings)
+    return static_cast<unsigned>(static_cast<double>(value) * largest + 0.5);
+}

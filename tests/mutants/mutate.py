@@ -23,7 +23,8 @@ TABLES = TOP / "tests" / "mutants"
 WORK = TOP / "build" / "mutate"
 TREE, BUILD = WORK / "tree", WORK / "build"
 VERDICTS = WORK / "verdicts.jsonl"
-TEST_SECONDS = 120  # tests that take this long for a room count as having noticed
+TEST_SECONDS = 1200  # of a room's tests with nothing changed, at most
+patience = {}  # by room: the seconds after which its tests count as having noticed
 ROOMS = re.findall(r"^add_room_tests\((\w+)Tests", (TOP / "tests" / "CMakeLists.txt").read_text(), re.M)
 
 Mutant = collections.namedtuple("Mutant", "room kind what file old new place")
@@ -135,7 +136,10 @@ def run_tests(room):
     """The room's tests in one process, up to the first that fails; its name, or None."""
     log = WORK / "tests.log"
     start = log.stat().st_size if log.exists() else 0
-    if run([BUILD / "bin" / f"{room}Tests", "--gtest_fail_fast"], log.name, TEST_SECONDS):
+    began = time.monotonic()
+    seconds = patience.get(room, TEST_SECONDS)
+    if run([BUILD / "bin" / f"{room}Tests", "--gtest_fail_fast"], log.name, seconds):
+        patience.setdefault(room, 30 + 5 * (time.monotonic() - began))
         return None
     with open(log, "rb") as output:
         output.seek(start)

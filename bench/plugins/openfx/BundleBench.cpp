@@ -102,7 +102,7 @@ void runLoading(benchmark::State& state)
     }
 }
 
-[[maybe_unused]] bool const areRegistered = [] {
+[[maybe_unused]] bool const areFramesRegistered = [] {
     auto const add = [](std::string const& name, auto const& run) {
         benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond);
     };

@@ -11,16 +11,15 @@
 // nothing of the process is switched. (libtiff's, which do belong to the process, OpenImageIO keeps
 // apart by thread itself.)
 //
-// The functions below have the names of the libraries' own. The module is loaded with a scope of
-// its own, in which its names come before those of the libraries that it needs, so OpenImageIO
-// finds these. Where a process has OpenImageIO from its start, it finds the libraries' own.
+// The functions below have the names of the libraries' own; see LibraryFunctions.h.
+
+#include "media/oiio/LibraryFunctions.h"
 
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdio>
-#include <dlfcn.h>
 #include <stdexcept>
 #include <utility>
 
@@ -29,12 +28,6 @@
 #include <png.h>
 
 namespace {
-
-template <typename Function>
-Function findNext(char const* name)
-{
-    return reinterpret_cast<Function>(::dlsym(RTLD_NEXT, name));
-}
 
 /// OpenImageIO's error functions, each of which stands for a kind of file and a direction. Filled
 /// from the front and never changed again.

@@ -9,6 +9,7 @@
 #include "media/PixelRows.h"
 #include "media/oiio/FormatNames.h"
 #include "media/oiio/OiioAttributes.h"
+#include "media/oiio/TiffStrips.h"
 
 #include <algorithm>
 #include <array>
@@ -21,8 +22,11 @@ constexpr std::size_t rgbaComponents = 4;
 constexpr std::uint64_t mostPixels = 1ULL << 33; // of a display window, which may be nonsense
 constexpr int longestJpegSide = 65500;           // the library's limit
 constexpr int paddingRows = 16;                  // written at a time
+constexpr char const* rowsPerStrip = "tiff:RowsPerStrip";
+constexpr int usualRowsPerStrip = 32;
+constexpr std::size_t mostGathered = std::size_t{16} << 20U; // bytes
 
-// Of deflate: files are larger by a fifth than with the libraries' own, in a third of the time.
+// Of deflate: a third of the time that the libraries' own take.
 constexpr int quickLevel = 1;
 constexpr int pngFilterSub = 0x10; // PNG's number for differences along a row
 // Looks for equal bytes in a row only, which is what those differences have: in half the time of a
@@ -169,6 +173,7 @@ void OiioWriter::planAttributes(ImageSource const& source, std::string const& st
     }
     if (kind == FileKind::Tiff) {
         spec.attribute("tiff:zipquality", quickLevel);
+        planStrips();
     }
     if (kind == FileKind::Png) {
         spec.attribute("png:compressionLevel", quickLevel);
@@ -180,6 +185,16 @@ void OiioWriter::planAttributes(ImageSource const& source, std::string const& st
     if (kind == FileKind::Png || !isSourcePremultiplied) {
         spec.attribute("oiio:UnassociatedAlpha", 1);
     }
+}
+
+void OiioWriter::planStrips()
+{
+    int const rows = spec.get_int_attribute(rowsPerStrip, usualRowsPerStrip);
+    spec.attribute(rowsPerStrip, rows);
+    auto const most = mostGathered / static_cast<std::size_t>(spec.scanline_bytes());
+    bool const isGathered =
+        spec.tile_width == 0 && rows > 0 && static_cast<std::size_t>(rows) <= most;
+    stripRows = isGathered ? rows : 1;
 }
 
 void OiioWriter::reportLosses(MediaSource const* source) const
@@ -373,21 +388,42 @@ void OiioWriter::storeSamples(std::span<float const> stored, std::byte* samples)
     }
 }
 
-void OiioWriter::writeRows(int rows, std::span<std::byte const> rowsBytes)
+void OiioWriter::writeRows(int rows, std::span<std::byte const> bytes)
 {
-    int const begin = spec.y + nextRow - displayWindow.y0;
+    nextRow += rows;
+    if (stripRows == 1) {
+        handOver(nextRow - rows, bytes);
+        return;
+    }
+    gathered.insert(gathered.end(), bytes.begin(), bytes.end());
+    auto const rowBytes = static_cast<std::size_t>(spec.scanline_bytes());
+    auto const nbGathered = static_cast<int>(gathered.size() / rowBytes);
+    int const nbLeft = nextRow == displayWindow.y1 ? 0 : nbGathered % stripRows;
+    std::size_t const whole = gathered.size() - static_cast<std::size_t>(nbLeft) * rowBytes;
+    if (whole > 0) {
+        handOver(nextRow - nbGathered, std::span(gathered).first(whole));
+        gathered.erase(gathered.begin(), gathered.begin() + static_cast<std::ptrdiff_t>(whole));
+    }
+}
+
+/// Whole rows of the file from picture row `row` on.
+void OiioWriter::handOver(int row, std::span<std::byte const> bytes)
+{
+    auto const rows =
+        static_cast<int>(bytes.size() / static_cast<std::size_t>(spec.scanline_bytes()));
+    int const begin = spec.y + row - displayWindow.y0;
     bool isWritten = false;
     if (spec.tile_width > 0) {
         isWritten = output->write_tiles(spec.x, spec.x + spec.width, begin, begin + rows, spec.z,
-                                        spec.z + 1, spec.format, rowsBytes.data());
+                                        spec.z + 1, spec.format, bytes.data());
     } else {
-        isWritten =
-            output->write_scanlines(begin, begin + rows, spec.z, spec.format, rowsBytes.data());
+        auto const top = static_cast<std::uint32_t>(row - displayWindow.y0);
+        TiffStrips const strips(top, top + static_cast<std::uint32_t>(rows));
+        isWritten = output->write_scanlines(begin, begin + rows, spec.z, spec.format, bytes.data());
     }
     if (!isWritten || stream.getSystemError() != 0) {
         fail();
     }
-    nextRow += rows;
 }
 
 /// Writes rows of 0 up to `y`.

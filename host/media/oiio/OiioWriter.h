@@ -49,7 +49,9 @@ private:
     void fillRow(IxTile const& result, int y, std::vector<float>& values, std::byte* row) const;
     void reduceToChannels(std::vector<float>& values, std::size_t pixels) const;
     void storeSamples(std::span<float const> values, std::byte* samples) const;
+    void planStrips();
     void writeRows(int rows, std::span<std::byte const> bytes);
+    void handOver(int row, std::span<std::byte const> bytes);
     void padTo(int y);
     [[noreturn]] void fail() const;
     void check() const;
@@ -65,8 +67,10 @@ private:
     std::size_t channels = 0;                        ///< of the file
     OutputDepth depth;
     OIIO::ImageSpec spec;
-    OIIO::ImageSpec sourceSpec; ///< of a source of the same kind
-    int nextRow = 0;            ///< of the display window, in picture coordinates
+    OIIO::ImageSpec sourceSpec;      ///< of a source of the same kind
+    int nextRow = 0;                 ///< of the display window, in picture coordinates
+    int stripRows = 1;               ///< of the file, that the library is to get at a time
+    std::vector<std::byte> gathered; ///< the rows before `nextRow` that it has not got yet
     TemporaryFile temporary;
     OiioStream stream;
     std::unique_ptr<OIIO::ImageOutput, OiioOutputCloser> output; ///< ends before the stream

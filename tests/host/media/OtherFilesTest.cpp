@@ -70,6 +70,24 @@ TEST_F(OtherFilesTest, WholeNumbersAreKeptWithColourUnderLowAlpha)
     }
 }
 
+TEST_F(OtherFilesTest, StripsOfTiffStayWhateverRowsComeAtATime)
+{
+    for (auto const& [rows, compression, planes] :
+         {std::array{"1", "zip", "contig"}, std::array{"7", "zip", "contig"},
+          std::array{"32", "zip", "contig"}, std::array{"75", "zip", "contig"},
+          std::array{"7", "lzw", "contig"}, std::array{"7", "zip", "separate"}}) {
+        SCOPED_TRACE(std::string(rows) + " " + compression + " " + planes);
+        writeOther(
+            file("in.tif"), 23, 3, 16, randomBytes(std::size_t{23} * 75 * 3 * 2),
+            {{"tiff:RowsPerStrip", rows}, {"compression", compression}, {"planarconfig", planes}});
+        for (int const blocks : {1, 3}) {
+            copyImage(file("in.tif"), file("out.tif"), {.blocksPerStrip = blocks});
+            EXPECT_EQ(loadValues(file("out.tif")), loadValues(file("in.tif")));
+            EXPECT_EQ(loadOtherAttributes(file("out.tif")), loadOtherAttributes(file("in.tif")));
+        }
+    }
+}
+
 TEST_F(OtherFilesTest, FloatTiffHoldsEveryFloat)
 {
     writeExr(file("in.exr"),

@@ -56,7 +56,7 @@ void writeRow(benchmark::State& state, IxPixelFormat::Depth depth)
     state.counters["pixels"] = static_cast<double>(rowPixels);
 }
 
-[[maybe_unused]] bool const areRegistered = [] {
+[[maybe_unused]] bool const areConversionsRegistered = [] {
     for (Depth const& depth : depths) {
         std::string const name = std::string("conversion/") + depth.name;
         benchmark::RegisterBenchmark((name + " to float").c_str(), readRow, depth.depth);

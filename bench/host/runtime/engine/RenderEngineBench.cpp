@@ -144,7 +144,7 @@ void addFrames(Work const& work, IxPixelFormat::Depth depth, std::string const& 
     }
 }
 
-[[maybe_unused]] bool const areRegistered = [] {
+[[maybe_unused]] bool const areStripsRegistered = [] {
     for (Work const& work : works) {
         addFrames(work, IxPixelFormat::FLOAT32, "float");
         addFrames(work, IxPixelFormat::FLOAT16, "half");

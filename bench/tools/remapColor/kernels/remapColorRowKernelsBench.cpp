@@ -128,7 +128,7 @@ void runStreamedCopy(benchmark::State& state)
 }
 #endif
 
-[[maybe_unused]] bool const areRegistered = [] {
+[[maybe_unused]] bool const areRowKernelsRegistered = [] {
     auto const add = [](std::string const& name, auto const& run) {
         benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond);
     };
