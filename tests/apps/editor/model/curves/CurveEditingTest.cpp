@@ -102,7 +102,10 @@ TEST(CurveEditing, KeysStopAtThoseThatStay)
     // Handles go with their key.
     EXPECT_FLOAT_EQ(getHandle(moved, 1, Side::Outgoing).x - getKey(moved, 1).x,
                     getHandle(points, 1, Side::Outgoing).x - getKey(points, 1).x);
-    EXPECT_EQ(getKey(moveKeys(points, {1, 3}, {-9.0F}), 1).x, 0.0F);
+    // All go as far as the first of them that has to stop.
+    CurvePoints const movedLeft = moveKeys(points, {1, 3}, {-9.0F});
+    EXPECT_EQ(getKey(movedLeft, 1).x, 0.0F);
+    EXPECT_FLOAT_EQ(getKey(movedLeft, 3).x, 0.6F);
     EXPECT_EQ(getKey(moveKeys(points, {0, 1, 2, 3, 4}, {7.0F}), 4).x, 8.0F);
     EXPECT_EQ(moveKeys(make("0,0 1,1"), {0}, {1.0F}), make("0,0 1,1"));
     // By a factor: where an axis has stops, keys go by as many.
@@ -112,7 +115,7 @@ TEST(CurveEditing, KeysStopAtThoseThatStay)
     EXPECT_FLOAT_EQ(getHandle(scaled, 2, Side::Incoming).x,
                     1.5F * getHandle(points, 2, Side::Incoming).x);
     EXPECT_EQ(getKey(moveKeys(points, {1, 2}, {0.0F, 0.0F, 9.0F}), 2).x, 0.8F);
-    EXPECT_EQ(getKey(moveKeys(points, {3}, {0.0F, 0.0F, 0.1F}), 3).x, 0.4F);
+    EXPECT_FLOAT_EQ(getKey(moveKeys(points, {1, 3}, {0.0F, 0.0F, 0.1F}), 1).x, 0.1F);
 }
 
 TEST(CurveEditing, KeysAreAtThePlacesThatAreTypedToTheBitOrNotAtAll)
@@ -182,9 +185,10 @@ TEST(CurveEditing, HandlesHoldTogetherAsTheyAreSaidTo)
     EXPECT_EQ(reset, points) << "as typed without handles";
     EXPECT_EQ(resetHandles(broken, {0, 2}), broken);
     EXPECT_EQ(classifyHandles(straighten(broken), 1), Handles::Straight);
-    EXPECT_EQ(moveHandle(points, 0, Side::Incoming, getKey(points, 0), Handles::Broken), points);
-    CurvePoints const far = make("-1,0 0,0 3,0; 0.5,1 1,1 2,2");
-    EXPECT_FLOAT_EQ(getCountingHandle(far, 0, Side::Outgoing).x, 1.0F);
+    EXPECT_EQ(straighten(make("0,0.5 3,2 6,0.5")),
+              make("-1,0 0,0.5 1,1; 2,1.5 3,2 4,1.5; 5,1 6,0.5 7,0"));
+    EXPECT_EQ(flip(make("-1,0.5 0,0.25 1,0; 0.5,1 1,2 2,2")),
+              make("-1,0.5 0,0.75 1,1; 0.5,0 1,-1 2,-1"));
 }
 
 TEST(CurveEditing, WhateverIsDoneTheCurveStaysOne)
