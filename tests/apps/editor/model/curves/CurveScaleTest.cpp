@@ -32,6 +32,9 @@ TEST(CurveScale, ZoomKeepsThePlaceAndEndsWhereFloatsDo)
     for (CurveAxis const axis : {CurveAxis::Linear, CurveAxis::Stops}) {
         GraphRange range = getPlainRange(axis);
         double const x = range.left + 0.3 * range.width;
+        GraphRange const taller = zoomRange(axis, range, x, 0.5, 1.0, 2.0);
+        EXPECT_DOUBLE_EQ(taller.width, range.width);
+        EXPECT_DOUBLE_EQ(taller.height, 0.5 * range.height);
         for (int notch = 0; notch < 200; ++notch) {
             range = zoomRange(axis, range, x, 0.5, 1.2, 1.2);
             EXPECT_NEAR((x - range.left) / range.width, 0.3, 1e-6);
