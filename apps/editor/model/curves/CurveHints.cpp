@@ -16,8 +16,8 @@ std::optional<CurveHindrance> findCurveHindrance(Document const& document)
                               "Set to 1", ToolKeys::mix, 1.0};
     }
     if (document.getNumber(adjust) == 0.0) {
-        return CurveHindrance{adjust + " is off: the curves change nothing", "Turn on", adjust,
-                              1.0};
+        return CurveHindrance{"The curves are off (" + adjust + "): they change nothing", "Turn on",
+                              adjust, 1.0};
     }
     return {};
 }

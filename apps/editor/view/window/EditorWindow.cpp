@@ -167,6 +167,7 @@ QDockWidget* EditorWindow::makePanel(QString const& title, QString const& name, 
     dock->setObjectName(name);
     dock->setWidget(panel);
     dock->installEventFilter(this);
+    connect(dock, &QDockWidget::topLevelChanged, dock, &QWidget::setAcceptDrops);
     return dock;
 }
 
@@ -320,15 +321,20 @@ void EditorWindow::keyPressEvent(QKeyEvent* event)
     }
 }
 
-/// What a floating panel has not used a key for, either: it is a window by itself.
+/// What a panel has no use for. A floating one is a window by itself.
 bool EditorWindow::eventFilter(QObject* watched, QEvent* event)
 {
     auto const* const panel = qobject_cast<QDockWidget*>(watched);
-    if (panel != nullptr && panel->isFloating() && event->type() == QEvent::KeyPress) {
-        keyPressEvent(static_cast<QKeyEvent*>(event));
-        return event->isAccepted();
+    if (panel == nullptr || !panel->isFloating()) {
+        return QMainWindow::eventFilter(watched, event);
     }
-    return QMainWindow::eventFilter(watched, event);
+    switch (event->type()) {
+    case QEvent::KeyPress: keyPressEvent(static_cast<QKeyEvent*>(event)); break;
+    case QEvent::DragEnter: dragEnterEvent(static_cast<QDragEnterEvent*>(event)); break;
+    case QEvent::Drop: dropEvent(static_cast<QDropEvent*>(event)); break;
+    default: return QMainWindow::eventFilter(watched, event);
+    }
+    return event->isAccepted();
 }
 
 void EditorWindow::dragEnterEvent(QDragEnterEvent* event)

@@ -4,6 +4,7 @@
 
 #include "editor/model/document/UserFolders.h"
 
+#include <QDockWidget>
 #include <QDropEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -175,6 +176,16 @@ TEST_F(EditorWindowTest, WhatIsDroppedIsOpened)
     EXPECT_TRUE(settled.count() > 0 || settled.wait(longestWaitMilliseconds));
     EXPECT_EQ(number("Linear.Gamma.Green"), 1.7);
     EXPECT_EQ(window->getPlate().getFile(), scene);
+
+    auto* const panel = window->findChild<QDockWidget*>("curves");
+    panel->setFloating(true);
+    dropped.setUrls({QUrl::fromLocalFile((folder / "other.json").c_str())});
+    QDragEnterEvent enteringPanel({100, 100}, Qt::CopyAction, &dropped, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(panel, &enteringPanel);
+    EXPECT_TRUE(panel->acceptDrops() && enteringPanel.isAccepted());
+    QDropEvent onPanel({100, 100}, Qt::CopyAction, &dropped, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(panel, &onPanel);
+    EXPECT_EQ(number("Linear.Gamma.Green"), 3.0);
 }
 
 TEST_F(EditorWindowTest, WorkThatWasLeftIsOfferedAtTheNextStart)
