@@ -11,9 +11,22 @@ namespace {
 
 constexpr int mostNameWidth = 170; // the pixel's values need the room
 
-QString formatWindow(GeRectangle<int> const& window)
+QString formatSize(GeRectangle<int> const& window)
 {
     return QString::fromUtf8("%1 × %2").arg(window.getWidth()).arg(window.getHeight());
+}
+
+/// The pixels that there are, and their place where that is not the display window.
+QString describeWindows(ImageInfo const& info)
+{
+    GeRectangle<int> const& data = info.dataWindow;
+    GeRectangle<int> const& display = info.displayWindow;
+    return data == display ? formatSize(data)
+                           : PicturePanel::tr("%1 at %2,%3 in %4")
+                                 .arg(formatSize(data))
+                                 .arg(data.x0)
+                                 .arg(data.y0)
+                                 .arg(formatSize(display));
 }
 
 /// What makes it differ from the neutral one.
@@ -149,7 +162,7 @@ void PicturePanel::tellView()
     QStringList parts{fontMetrics().elidedText(name, Qt::ElideMiddle, mostNameWidth)};
     if (plate.getPicture() != nullptr) {
         double const percent = picture->getZoom() * 100.0;
-        parts << formatWindow(plate.getPicture()->info.dataWindow)
+        parts << describeWindows(plate.getPicture()->info)
               << QString::number(percent, 'g', percent < 100.0 ? 3 : 4) + " %"
               << (transform == ViewTransform() ? tr("neutral view")
                                                : tr("view: ") + describe(transform));

@@ -100,7 +100,10 @@ TEST_F(CompareTest, WindowsAreAsTheRenderIsAndPixelsAreSquares)
     recipe.dataWindow = {{10, 10}, {29, 29}};
     recipe.displayWindow = {{0, 0}, {39, 39}};
     writeExr(folder.path / "windows.exr", recipe);
+    QSignalSpy said(&panel, &PicturePanel::viewTextChanged);
     open(folder.path / "windows.exr");
+    EXPECT_TRUE(
+        said.last().front().toString().contains(QString::fromUtf8("20 × 20 at 10,10 in 40 × 40")));
     settle([this] { widget.setZoom(8.0, {0.0, 0.0}); });
     QImage const image = grab();
     QPoint const place = onPixel(15, 15);
