@@ -95,7 +95,9 @@ void EditorWindow::buildCentre()
     column->addWidget(picture, 1);
     setCentralWidget(whole);
     connect(picture, &PicturePanel::settled, this, &EditorWindow::settled);
-    connect(picture, &PicturePanel::failed, bar, &MessageBar::tellFailure);
+    connect(picture, &PicturePanel::failed, bar, [this](std::exception_ptr const& failure) {
+        bar->tellFailure(failure, MessageBar::Subject::PictureFailure);
+    });
 }
 
 void EditorWindow::buildFiles()

@@ -121,6 +121,7 @@ void FileActions::openDropped(QMimeData const& data)
 void FileActions::openPicture(fs::path const& file)
 {
     bar.dismiss(Subject::Failure);
+    bar.dismiss(Subject::PictureFailure);
     awaited = file;
     emit pictureAwaited(file);
     plate.open(file);

@@ -131,7 +131,10 @@ void FileNotices::lookAtPicture()
     if (stamp.isThere) {
         bar.offer(Subject::Picture,
                   tr("%1 has been changed by another program.").arg(nameOf(picture)),
-                  {{tr("Read it again"), [this] { plate.reload(); }}});
+                  {{tr("Read it again"), [this] {
+                        bar.dismiss(Subject::PictureFailure);
+                        plate.reload();
+                    }}});
     } else {
         bar.offer(Subject::Picture, tr("%1 is gone from its folder.").arg(nameOf(picture)), {});
     }

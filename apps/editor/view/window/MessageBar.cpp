@@ -34,17 +34,22 @@ void MessageBar::showRows()
 
 void MessageBar::tell(QString const& sentence)
 {
-    getRow(Subject::Failure).show(sentence, Theme::failure, {});
+    say(Subject::Failure, sentence);
+}
+
+void MessageBar::say(Subject subject, QString const& sentence)
+{
+    getRow(subject).show(sentence, Theme::failure, {});
     showRows();
 }
 
-void MessageBar::tellFailure(std::exception_ptr const& failure)
+void MessageBar::tellFailure(std::exception_ptr const& failure, Subject subject)
 {
     try {
         std::rethrow_exception(failure);
     } catch (RenderCancelled const&) { // nothing is wrong
     } catch (...) {
-        tell(QString::fromStdString(describeCurrentFailure().text));
+        say(subject, QString::fromStdString(describeCurrentFailure().text));
     }
 }
 

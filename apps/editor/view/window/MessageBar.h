@@ -14,7 +14,15 @@ class MessageBar : public QWidget {
     Q_OBJECT
 
 public:
-    enum class Subject { Recovery, RecoveryFailure, Save, Project, Picture, Failure };
+    enum class Subject {
+        Recovery,
+        RecoveryFailure,
+        Save,
+        Project,
+        Picture,
+        PictureFailure,
+        Failure
+    };
     struct Choice {
         QString text;
         std::function<void()> chosen;
@@ -26,7 +34,7 @@ public:
     void tell(QString const& sentence);
 
     /// The failure as people see it; nothing for a render that was cancelled.
-    void tellFailure(std::exception_ptr const& failure);
+    void tellFailure(std::exception_ptr const& failure, Subject subject = Subject::Failure);
 
     /// One sentence and what can be done; whatever is chosen, the row goes first. A row that is
     /// closed is not chosen from.
@@ -41,8 +49,9 @@ public:
     void choose(Subject subject, int choice);
 
 private:
-    static constexpr std::size_t nbSubjects = 6;
+    static constexpr std::size_t nbSubjects = 7;
 
+    void say(Subject subject, QString const& sentence);
     MessageRow& getRow(Subject subject) const;
     void showRows();
 

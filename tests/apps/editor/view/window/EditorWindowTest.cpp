@@ -3,6 +3,7 @@
 #include "editor/view/window/EditorWindow.h"
 
 #include "editor/model/document/UserFolders.h"
+#include "editor/view/window/FileActions.h"
 
 #include <QDockWidget>
 #include <QDropEvent>
@@ -20,6 +21,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using Subject = MessageBar::Subject;
 constexpr int longestWaitMilliseconds = 30000; // milliseconds; no measure of speed
 fs::path const scene = fs::path(EXAMPLES) / "scene.exr";
 
@@ -126,12 +128,16 @@ TEST_F(EditorWindowTest, WhatCannotBeReadIsSaidAndWhatWasOpenStays)
         window->openPicture(file);
         EXPECT_TRUE(QTest::qWaitFor(
             [&] {
-                return window->getBar().getText().contains(
-                    QString::fromStdString(file.filename().string()));
+                return window->getBar()
+                    .getText(Subject::PictureFailure)
+                    .contains(QString::fromStdString(file.filename().string()));
             },
             longestWaitMilliseconds));
     }
-    window->openProject(folder / "wrong.json");
+    settled.clear();
+    window->getFiles().openFiles({folder / "none.exr", folder / "wrong.json"});
+    EXPECT_TRUE(settled.wait(longestWaitMilliseconds));
+    EXPECT_TRUE(window->getBar().getText(Subject::PictureFailure).contains("none.exr"));
     EXPECT_TRUE(window->getBar().getText().contains("wrong.json"));
     window->saveProject(folder / "no folder" / "look.json");
     EXPECT_TRUE(window->getBar().getText().contains("look.json"));
@@ -145,8 +151,9 @@ TEST_F(EditorWindowTest, LongNamesTakeNoRoomFromWhatMattersMore)
     fs::copy_file(scene, folder / (longName + ".exr"));
     open(folder / (longName + ".exr"));
     window->openPicture(folder / (longName + ".gone"));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !window->getBar().getText().isEmpty(); },
-                                longestWaitMilliseconds));
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return !window->getBar().getText(Subject::PictureFailure).isEmpty(); },
+        longestWaitMilliseconds));
     window->resize(700, 560);
     QTest::qWait(0);
     for (QLabel* const label : window->getBar().findChildren<QLabel*>()) {
@@ -199,7 +206,7 @@ TEST_F(EditorWindowTest, WorkThatWasLeftIsOfferedAtTheNextStart)
     window->goOn();
     window->show();
     EXPECT_EQ(number("Linear.Gamma.Green"), 1.0);
-    EXPECT_TRUE(window->getBar().getText(MessageBar::Subject::Recovery).contains("Unsaved work"));
+    EXPECT_TRUE(window->getBar().getText(Subject::Recovery).contains("Unsaved work"));
     for (auto* const button : window->getBar().findChildren<QPushButton*>()) {
         if (button->text() == "Restore") {
             QTest::mouseClick(button, Qt::LeftButton);
@@ -211,5 +218,5 @@ TEST_F(EditorWindowTest, WorkThatWasLeftIsOfferedAtTheNextStart)
     window = nullptr;
     window = std::make_unique<EditorWindow>();
     window->goOn();
-    EXPECT_TRUE(window->getBar().getText(MessageBar::Subject::Recovery).isEmpty());
+    EXPECT_TRUE(window->getBar().getText(Subject::Recovery).isEmpty());
 }
