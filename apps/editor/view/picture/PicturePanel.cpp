@@ -95,7 +95,8 @@ KeyHelps PicturePanel::getKeyHelps() const
             {tr("Drag"), tr("set the pick of an area, or move a pick")},
             {tr("N"), tr("select the next pick")},
             {tr("Arrows"), tr("pan, or move the selected pick; Shift by ten, Ctrl its size")},
-            {tr("Delete, Shift+Delete"), tr("remove the selected pick, all picks")}};
+            {tr("Delete, Shift+Delete"), tr("remove the selected pick, all picks")},
+            {tr("Esc"), tr("take back what is being dragged")}};
 }
 
 void PicturePanel::setTransform(ViewTransform const& newTransform)

@@ -58,16 +58,17 @@ TimeRuler::TimeRuler(Document& editedDocument, Plate& shownPlate, Timeline& show
 
 KeyHelps TimeRuler::getKeyHelps()
 {
-    return {{tr("press or drag above"), tr("goes to that frame")},
-            {tr("click a diamond; Ctrl"), tr("selects that key; one more or less")},
-            {tr("drag diamonds; Ctrl"), tr("moves the selected keys; copies them; Esc: back")},
-            {tr("drag from an empty place below"), tr("selects the keys within")},
-            {tr("double click a diamond"), tr("goes to that key")},
-            {tr("Return"), tr("selects the key at this frame")},
-            {tr("Shift and ←, →"), tr("move the selected keys by a frame")},
+    return {{tr("Press or drag above"), tr("go to that frame")},
+            {tr("Click on a diamond"), tr("select that key; Ctrl one more or less")},
+            {tr("Drag diamonds"), tr("move the selected keys; Ctrl copies them")},
+            {tr("Drag from an empty place below"), tr("select the keys within")},
+            {tr("Double-click on a diamond"), tr("go to that key")},
+            {tr("Return"), tr("select the key at this frame")},
+            {tr("Shift+Left, Shift+Right"), tr("move the selected keys by a frame")},
             {tr("Ctrl+A, Ctrl+C, Ctrl+V"),
              tr("select all keys; copy the selected ones; put them at this frame")},
-            {tr("Delete"), tr("removes the selected keys")}};
+            {tr("Delete"), tr("remove the selected keys")},
+            {tr("Esc"), tr("take back what is being dragged; select nothing")}};
 }
 
 void TimeRuler::setNames(Keys::Names const& newNames)

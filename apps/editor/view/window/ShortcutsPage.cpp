@@ -22,7 +22,7 @@ KeyHelps listKeys(QMenu const& menu)
         if (!action->shortcut().isEmpty()) {
             keys.push_back(
                 {QKeySequence::listToString(action->shortcuts(), QKeySequence::NativeText)
-                     .replace("; ", ", "),
+                     .replace("; ", QObject::tr(" or ")),
                  withoutMarks(action->text())});
         }
         if (action->menu() != nullptr) {
