@@ -408,7 +408,6 @@ void CurveWidget::hover(QPointF const& place)
 void CurveWidget::tellPointed()
 {
     if (drag == Drag::None && cursorAt.has_value()) {
-        gripped.reset();
         hover(*cursorAt);
     }
 }
@@ -430,7 +429,7 @@ void CurveWidget::leaveEvent(QEvent*)
 QString CurveWidget::describe(QPointF const& place) const
 {
     CurveScale const scale = getScale();
-    auto const& key = gripped.has_value() ? gripped : hovered;
+    auto const& key = drag != Drag::None && gripped.has_value() ? gripped : hovered;
     if (key.has_value()) {
         CurvePoints const points = model.editor.getCurve(key->key.channel);
         GePoint2<float> const there =
