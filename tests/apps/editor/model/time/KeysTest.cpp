@@ -49,6 +49,7 @@ TEST_F(KeysTest, DiamondSetsAndRemovesKeysOfSeveralValuesAtTheMoment)
     document.setNumbers("", {exposure}, 4.0); // a value at another frame is a key
     EXPECT_EQ(keysOf(exposure), (List{{12, 2}, {20, 4}}));
     EXPECT_EQ(keys.find(names), Keys::Presence::Elsewhere) << "one of the two";
+    EXPECT_EQ(keys.find({curve, exposure}), Keys::Presence::Elsewhere);
     keys.toggle("both", names);
     EXPECT_EQ(keys.find(names), Keys::Presence::Here);
     keys.toggle("both", names);

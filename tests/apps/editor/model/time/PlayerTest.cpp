@@ -5,6 +5,8 @@
 #include "apps/editor/ShotFixture.h"
 #include "session/Failures.h"
 
+#include <set>
+
 namespace {
 
 using Milliseconds = std::chrono::milliseconds;
@@ -26,6 +28,7 @@ protected:
             Frame const before = timeline.getFrame();
             now += std::exchange(asked, Milliseconds(0));
             player.wake();
+            went.insert(timeline.getFrame());
             waitUntil([this] { return !plate.isReading(); });
             if (player.isPlaying() && plate.getPicture() != nullptr &&
                 timeline.getFrame() != before) {
@@ -42,6 +45,7 @@ protected:
     Timeline timeline{document, plate};
     Player::Clock::time_point now{};
     Milliseconds asked{0};
+    std::set<Frame> went; ///< whether there was something to show or not
     Player player{timeline,
                   document,
                   plate,
@@ -99,6 +103,7 @@ TEST_F(PlayerTest, PlaysAtItsRateOverMissingAndUnreadableFrames)
     EXPECT_EQ(now - begun, Milliseconds(500)) << "the sixth begins after five";
     EXPECT_NEAR(player.getMeasuredRate(), 10.0, 0.01);
     EXPECT_FALSE(player.isSlow());
+    EXPECT_FALSE(went.contains(4)) << "what is known to be missing is not tried";
 
     player.stop();
     player.play(-1);
